@@ -1,0 +1,149 @@
+#pragma once
+
+// One application: installed on this machine, known only from the catalogue, or both.
+// Text fields use "-" for "not known" (in localPath: not installed) and "" for empty; a null QString is absent.
+
+#include <QDateTime>
+#include <QJsonObject>
+#include <QString>
+#include <QVariantMap>
+
+#include <atomic>
+#include <optional>
+
+struct VLMdItem;
+
+class VLApp
+{
+public:
+    VLApp() = default;
+
+    // An installed record built from a scanned bundle's attributes.
+    static VLApp initWithMdItem(const VLMdItem &item);
+    // A record restored from its archive form (the scan store); runs every load-time repair.
+    static VLApp initWithCoder(const QJsonObject &archive);
+    QJsonObject encodeWithCoder() const;
+
+    // Catalogue ingestion: the short-key JSON of the matching reply and the other catalogue item shapes.
+    static VLApp initWithServerItemJSON(const QVariantMap &item);
+    static VLApp initWithServerItem(const QVariantMap &item);
+    static VLApp initWithWatchListItem(const QVariantMap &item);
+    static VLApp initWithPurchaseItem(const QVariantMap &item);
+    static VLApp initWithPromoItem(const QVariantMap &item);
+    static std::optional<VLApp> initWithLink(const QString &link);
+
+    QString description() const;
+    QString createDownloadPath() const;
+    void updateModDate();
+
+    // Installed version discovery from the bundle at localPath.
+    QString getBundleID() const;
+    bool getIsAppStore() const;
+    QString getLocalVersion() const;
+    QString localBundleVersion() const;
+    QString localShortBundleVersion() const;
+    QString localGetInfoVersion() const;
+    QString localShortBundleVersionFromVersionPlist() const;
+    void getLocalVersionTakingIntoAccountVersionOverride();
+    void setVersiontoMASVersion();
+    // Path of the bundle's icon file (.icns or .png), or "" when it has none.
+    QString iconFilePath() const;
+
+    // Verdicts.
+    void checkIfOutdated();
+    void checkIfPaidUpgrade();
+    bool getRequiresNewerOSVersion() const;
+
+    bool isInstalled() const { return localPath != QStringLiteral("-") && !localPath.isEmpty(); }
+
+    static QString stringFromFileSizeString(const QString &kilobytes);
+    static quint32 getRandomNumberBetween(qint32 from, qint32 to);
+
+    // Identity and installed state.
+    QString localPath;
+    QString digestString;
+    QString name;
+    QString localizedName;
+    QString displayName;
+    QString bundleID;
+    QString localVersion;
+    QString kind;
+    QDateTime lastOpened;
+    QDateTime lastModified;
+    QString appIcon; // path of the icon file; the desktop program turns it into an image
+    bool isAppStore = false;
+
+    // Catalogue state.
+    QString vlID;
+    QString vlVersion;
+    QString vlDate;
+    QString masVersion;
+    QString masDate;
+    QString mas_url;
+    QString download_url;
+    QString shortDescription;
+    QString longDescription;
+    QString releaseNotes;
+    QString fileSize;
+    QString minOS;
+    QString beta;
+    QString paid_update;
+    QString developer;
+    QString license;
+    QString version_override;
+    QString opens_in_window;
+    QString vld_install_from_link;
+    QString filehash;
+    QString sortDate;
+    QString lastmatched;
+    QDateTime lastupdated;
+    QString keywords;
+    std::optional<double> ranking;
+
+    // User choices.
+    QString skippedVersion;
+    bool isSetLocalVersionToCurrent = false;
+    bool dontCheckForUpdates = false;
+
+    // Verdicts.
+    bool isOutdated = false;
+    bool isPaidUpgrade = false;
+    bool requiresNewerOSVersion = false;
+
+    // Watch list.
+    QString wlID;
+    QString listname;
+
+    // Purchase.
+    QString orderid;
+    QString serialNumber;
+    QString orderDate;
+    QString orderTotal;
+    QString purchasedVersion;
+
+    // Deal.
+    QString deal_id;
+    QString deal_url;
+    QString discount;
+    QString deal_price;
+    QString deal_vers;
+    QString parent_promo_id;
+
+    QString allAppWords;
+
+    // Download and installation state; never archived.
+    bool isInstalling = false;
+    bool isDownloading = false;
+    bool didCancel = false;
+    bool didFail = false;
+    bool didStartReceivingContent = false;
+    QString failMessage;
+    QString downloadPath;
+    qint64 receivedContentLength = 0;
+    qint64 expectedContentLength = 0;
+    double percentDownloaded = 0.0;
+
+private:
+    void setCatalogueDefaults();
+    void applyAppStoreNaming();
+};
