@@ -1,0 +1,42 @@
+#pragma once
+
+// One velmora-cli command: its name, a one-line description, and execute() over the words after its name.
+// Commands write their output to ctx.out only (pure JSON with --json) and messages to ctx.err.
+
+#include <QStringList>
+#include <QTextStream>
+
+#include <memory>
+#include <vector>
+
+struct CommandContext
+{
+    QTextStream &out;
+    QTextStream &err;
+    bool json = false;    // --json was given anywhere on the line
+    bool verbose = false; // --verbose was given anywhere on the line
+};
+
+enum ExitCode { ExitSuccess = 0, ExitFailure = 1, ExitUsage = 2 };
+
+class Command
+{
+public:
+    virtual ~Command() = default;
+    virtual QString name() const = 0;
+    virtual QString description() const = 0;
+    // Full help text for "velmora-cli NAME --help".
+    virtual QString help() const = 0;
+    // arguments: the words after the command name, with --json and --verbose already taken out
+    // (except for commands that take their arguments verbatim, see takesArgumentsVerbatim).
+    virtual int execute(const QStringList &arguments, CommandContext &ctx) = 0;
+    // True for commands whose arguments must not be read as options at all.
+    virtual bool takesArgumentsVerbatim(const QStringList &arguments) const
+    {
+        Q_UNUSED(arguments);
+        return false;
+    }
+};
+
+// Every command, in the order "velmora-cli --help" lists them. Defined in Commands.cpp.
+std::vector<std::unique_ptr<Command>> allCommands();
