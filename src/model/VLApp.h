@@ -11,6 +11,7 @@
 #include <atomic>
 #include <optional>
 
+class BundleReader;
 struct VLMdItem;
 
 class VLApp
@@ -144,6 +145,16 @@ public:
     double percentDownloaded = 0.0;
 
 private:
-    void setCatalogueDefaults();
+    void setInstalledDefaults();
     void applyAppStoreNaming();
+    void repairAppStoreNaming();
+    // The readers over one BundleReader, so a pass over a bundle parses each file once.
+    QString getLocalVersion(BundleReader &bundle) const;
+    QString localBundleVersion(BundleReader &bundle) const;
+    QString localShortBundleVersion(BundleReader &bundle) const;
+    QString localGetInfoVersion(BundleReader &bundle) const;
+    QString localShortBundleVersionFromVersionPlist(BundleReader &bundle) const;
+    void getLocalVersionTakingIntoAccountVersionOverride(BundleReader &bundle);
+    QString getBundleID(BundleReader &bundle) const;
+    QString iconFilePath(BundleReader &bundle) const;
 };

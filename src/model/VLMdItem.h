@@ -20,4 +20,6 @@ struct VLMdItem
 
     // Reads the attributes of the bundle (or composition file) at path from the file system.
     static VLMdItem fromPath(const QString &path);
+    // The modification date of the file or folder itself (a link is not followed), or nullopt.
+    static std::optional<QDateTime> modificationDate(const QString &path);
 };

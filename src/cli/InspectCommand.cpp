@@ -1,0 +1,90 @@
+#include "cli/InspectCommand.h"
+
+#include "cli/AppJson.h"
+#include "model/BundleReader.h"
+#include "model/VLApp.h"
+#include "model/VLMdItem.h"
+
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
+#include <QJsonDocument>
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("velmora-cli", text);
+}
+
+// What a reader of the bundle would stumble over: no information dictionary, or files it could not parse.
+QStringList bundleWarnings(const QString &path)
+{
+    BundleReader bundle(path);
+    const bool hasInfo = bundle.infoDictionary().has_value();
+    bundle.versionPlistDictionary();
+    bundle.infoPlistStringsDictionary();
+    QStringList warnings = bundle.problems();
+    warnings.removeDuplicates();
+    if (!hasInfo && warnings.isEmpty()) {
+        warnings.append(tr("%1 is not a bundle: it has no Info.plist").arg(path));
+    }
+    return warnings;
+}
+
+QString summaryLine(const VLApp &app)
+{
+    const auto orDash = [](const QString &text) { return text.isEmpty() ? QStringLiteral("-") : text; };
+    return QStringList{orDash(app.displayName), orDash(app.bundleID), orDash(app.localVersion), orDash(app.kind),
+                       app.isAppStore ? QStringLiteral("App Store") : QStringLiteral("not App Store")}
+        .join(QLatin1Char('\t'));
+}
+
+} // namespace
+
+QString InspectCommand::description() const
+{
+    return tr("Read installed bundles and print their versions");
+}
+
+QString InspectCommand::help() const
+{
+    return tr("Usage: velmora-cli inspect [--json] PATH...\n"
+              "\n"
+              "Reads each bundle (Foo.app, Bar.prefPane, ...) the way a scan does and prints one line per bundle:\n"
+              "display name, bundle identifier, installed version, kind, and App Store or not, separated by tabs.\n"
+              "With --json, prints a JSON array with one object per bundle, keyed by the record's field names.\n"
+              "A path that does not exist is an error; a folder that is not a readable bundle is read anyway\n"
+              "(its versions are \"-\") with a warning on stderr.\n");
+}
+
+int InspectCommand::execute(const QStringList &arguments, CommandContext &ctx)
+{
+    if (arguments.isEmpty()) {
+        ctx.err << "error: " << tr("inspect needs at least one PATH") << "\n\n" << help();
+        return ExitUsage;
+    }
+    int exitCode = ExitSuccess;
+    QList<VLApp> apps;
+    for (const QString &argument : arguments) {
+        const QFileInfo file(argument);
+        if (!file.exists() && !file.isSymLink()) {
+            ctx.err << "error: " << argument << ": " << tr("no such file or folder") << '\n';
+            exitCode = ExitFailure;
+            continue;
+        }
+        const QString path = QDir::cleanPath(file.absoluteFilePath());
+        for (const QString &warning : bundleWarnings(path)) {
+            ctx.err << "warning: " << warning << '\n';
+        }
+        apps.append(VLApp::initWithMdItem(VLMdItem::fromPath(path)));
+    }
+    if (ctx.json) {
+        ctx.out << QJsonDocument(appsToJson(apps)).toJson(QJsonDocument::Indented);
+    } else {
+        for (const VLApp &app : apps) {
+            ctx.out << summaryLine(app) << '\n';
+        }
+    }
+    return exitCode;
+}

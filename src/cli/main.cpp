@@ -1,0 +1,127 @@
+// velmora-cli: Velmora Desktop without a display, for terminals, scripts and servers.
+
+#include "cli/Command.h"
+#include "model/Log.h"
+
+#include <QCoreApplication>
+
+#include <cstdio>
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("velmora-cli", text);
+}
+
+bool isHelp(const QString &word)
+{
+    return word == QLatin1String("--help") || word == QLatin1String("-h");
+}
+
+void printUsage(QTextStream &stream, const std::vector<std::unique_ptr<Command>> &commands)
+{
+    stream << tr("Usage: velmora-cli [--verbose] [--json] COMMAND [ARGUMENTS]") << "\n\n"
+           << tr("Velmora Desktop finds the applications on this computer and keeps them up to date.") << "\n\n"
+           << tr("Commands:") << '\n';
+    for (const auto &command : commands) {
+        stream << "  " << command->name().leftJustified(10) << ' ' << command->description() << '\n';
+    }
+    stream << '\n'
+           << tr("Options:") << '\n'
+           << "  --json      " << tr("print JSON on stdout (commands that list records)") << '\n'
+           << "  --verbose   " << tr("copy the program's log lines to stderr") << '\n'
+           << "  --version   " << tr("print the version") << '\n'
+           << "  --help      " << tr("print this help; velmora-cli COMMAND --help explains one command") << '\n';
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication app(argc, argv);
+    QCoreApplication::setOrganizationName(QStringLiteral("Velmora"));
+    QCoreApplication::setApplicationName(QStringLiteral("Velmora Desktop"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
+
+    QTextStream out(stdout);
+    QTextStream err(stderr);
+    CommandContext ctx{out, err};
+    const auto commands = allCommands();
+    const QStringList words = app.arguments().mid(1);
+
+    // Options before the command.
+    qsizetype index = 0;
+    for (; index < words.size() && words.at(index).startsWith(QLatin1Char('-')); ++index) {
+        const QString &word = words.at(index);
+        if (isHelp(word)) {
+            printUsage(out, commands);
+            return ExitSuccess;
+        }
+        if (word == QLatin1String("--version")) {
+            out << VELMORA_VERSION << '\n';
+            return ExitSuccess;
+        }
+        if (word == QLatin1String("--verbose")) {
+            ctx.verbose = true;
+        } else if (word == QLatin1String("--json")) {
+            ctx.json = true;
+        } else {
+            err << "error: " << tr("unknown option %1").arg(word) << "\n\n";
+            printUsage(err, commands);
+            return ExitUsage;
+        }
+    }
+    if (index >= words.size()) {
+        printUsage(err, commands);
+        return ExitUsage;
+    }
+    QString commandName = words.at(index++);
+    if (commandName == QLatin1String("help") && index < words.size()) {
+        commandName = words.at(index);
+        index = words.size();
+        for (const auto &command : commands) {
+            if (command->name() == commandName) {
+                out << command->help();
+                return ExitSuccess;
+            }
+        }
+    }
+    Command *command = nullptr;
+    for (const auto &candidate : commands) {
+        if (candidate->name() == commandName) {
+            command = candidate.get();
+        }
+    }
+    if (!command) {
+        err << "error: " << tr("unknown command %1").arg(commandName) << "\n\n";
+        printUsage(err, commands);
+        return ExitUsage;
+    }
+    if (index < words.size() && isHelp(words.at(index))) {
+        out << command->help();
+        return ExitSuccess;
+    }
+
+    // --json and --verbose may stand anywhere, up to where a command starts taking its words verbatim.
+    QStringList arguments;
+    for (; index < words.size(); ++index) {
+        if (command->takesArgumentsVerbatim(arguments)) {
+            arguments += words.mid(index);
+            break;
+        }
+        const QString &word = words.at(index);
+        if (word == QLatin1String("--json")) {
+            ctx.json = true;
+        } else if (word == QLatin1String("--verbose")) {
+            ctx.verbose = true;
+        } else {
+            arguments.append(word);
+        }
+    }
+    installLogRouting(ctx.verbose);
+    const int exitCode = command->execute(arguments, ctx);
+    out.flush();
+    err.flush();
+    return exitCode;
+}
