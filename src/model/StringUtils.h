@@ -10,6 +10,7 @@
 QString trimmedString(const QString &text);
 // Every "\n", "\r" and "\t" removed; the pieces are joined with nothing in between.
 QString removeTabsAndReturns(const QString &text);
+// An empty or absent other text is never found.
 bool containsString(const QString &text, const QString &other, bool ignoringCase = false);
 
 // Digests of the text's UTF-8 bytes. Text with unpaired surrogates is not representable: null result.
@@ -17,6 +18,7 @@ QByteArray md5Hash(const QString &text);
 QString md5HexHash(const QString &text);
 QByteArray sha1Hash(const QString &text);
 QString sha1HexHash(const QString &text);
+// Any buffer, an empty one too, has a digest.
 QByteArray md5Hash(const QByteArray &bytes);
 QString md5HexHash(const QByteArray &bytes);
 QByteArray sha1Hash(const QByteArray &bytes);
@@ -33,6 +35,7 @@ QString urlEncodeValue(const QString &text);
 QString stripHtml(const QString &html);
 
 // Length-prefixed byte strings (first byte = length). Encodings: "UTF-8", "ISO-8859-1" or any name QStringConverter knows.
+// Null when the bytes are fewer than the length byte says, do not decode, or the encoding is unknown.
 QString stringWithPascalString(const QByteArray &pascal, const char *encoding = "ISO-8859-1");
 // Writes text into buffer (at most size bytes including the length byte); false when it does not fit or cannot be encoded.
 bool convertToPascalStringInBuffer(const QString &text, char *buffer, int size, const char *encoding = "ISO-8859-1");
