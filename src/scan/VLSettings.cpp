@@ -31,7 +31,7 @@ const std::vector<SettingDefinition> &VLSettings::definitions()
         {dealsHost, SettingType::String, kDefaultHost},
         {analyticsHost, SettingType::String, kDefaultHost},
         {shortenerHost, SettingType::String, kDefaultHost},
-        {volumeRoot, SettingType::String, QStringLiteral("/")},
+        {SettingKey::volumeRoot, SettingType::String, QStringLiteral("/")},
         {osVersion, SettingType::String, {}},
         {escalationCommand, SettingType::String, QStringLiteral("pkexec")},
         {lastNotified, SettingType::String, {}},

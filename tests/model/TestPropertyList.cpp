@@ -1,0 +1,116 @@
+// Property lists in the forms bundles ship: XML, binary, and old-style .strings text in several encodings.
+
+#include "model/OldStylePlistParser.h"
+#include "model/PropertyList.h"
+#include "support/TestMain.h"
+
+#include <QStringEncoder>
+
+class TestPropertyList : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void oldStyleText_data()
+    {
+        QTest::addColumn<QString>("text");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QVariant>("expected");
+
+        QTest::newRow("quoted pair") << R"("CFBundleShortVersionString" = "1.5";)" << "CFBundleShortVersionString"
+                                     << QVariant(QStringLiteral("1.5"));
+        QTest::newRow("unquoted key") << "CFBundleName = \"Foo\";" << "CFBundleName" << QVariant(QStringLiteral("Foo"));
+        QTest::newRow("comments") << "/* a */ // b\nk /* c */ = \"v\"; // d" << "k" << QVariant(QStringLiteral("v"));
+        QTest::newRow("escapes") << "k = \"a\\\"b\\\\c\\nd\\U00e9\\101\";" << "k"
+                                 << QVariant(QStringLiteral("a\"b\\c\nd") + QChar(0xE9) + QStringLiteral("A"));
+        QTest::newRow("braced dictionary") << "{ k = v; }" << "k" << QVariant(QStringLiteral("v"));
+        QTest::newRow("array value") << "k = (a, \"b c\");" << "k"
+                                     << QVariant(QVariantList{QStringLiteral("a"), QStringLiteral("b c")});
+        QTest::newRow("lone key stands for itself") << "\"k\";" << "k" << QVariant(QStringLiteral("k"));
+    }
+
+    void oldStyleText()
+    {
+        QFETCH(QString, text);
+        QFETCH(QString, key);
+        QFETCH(QVariant, expected);
+        const auto dict = parseOldStylePlist(text.toUtf8());
+        QVERIFY(dict);
+        QCOMPARE(dict->value(key), expected);
+    }
+
+    void malformedOldStyleText_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("missing semicolon") << QByteArray("k = \"v\"");
+        QTest::newRow("unterminated string") << QByteArray("k = \"v;");
+        QTest::newRow("missing closing brace") << QByteArray("{ k = v;");
+        QTest::newRow("bad escape") << QByteArray("k = \"\\Uzz\";");
+        QTest::newRow("stray equals") << QByteArray("= v;");
+        QTest::newRow("deep nesting") << QByteArray(200, '(');
+    }
+
+    void malformedOldStyleText()
+    {
+        QFETCH(QByteArray, bytes);
+        QString problem;
+        QVERIFY(!parseOldStylePlist(bytes, &problem));
+        QVERIFY(!problem.isEmpty());
+    }
+
+    void encodings_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        const QString text = QStringLiteral("k = \"") + QChar(0x65E5) + QStringLiteral("1.0\";");
+        QTest::newRow("utf-16le with mark") << QByteArray("\xFF\xFE") + QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(text));
+        QTest::newRow("utf-16be with mark") << QByteArray("\xFE\xFF") + QByteArray(QStringEncoder(QStringEncoder::Utf16BE)(text));
+        QTest::newRow("utf-16le without mark") << QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(text));
+        QTest::newRow("utf-8 with mark") << QByteArray("\xEF\xBB\xBF") + text.toUtf8();
+        QTest::newRow("utf-8") << text.toUtf8();
+        QTest::newRow("binary plist") << PropertyList::toBinary({{QStringLiteral("k"), QString(QChar(0x65E5) + QStringLiteral("1.0"))}});
+    }
+
+    void encodings()
+    {
+        QFETCH(QByteArray, bytes);
+        const auto dict = PropertyList::parseStrings(bytes);
+        QVERIFY(dict);
+        QCOMPARE(dict->value(QStringLiteral("k")).toString(), QString(QChar(0x65E5) + QStringLiteral("1.0")));
+    }
+
+    void xmlAndBinaryRoundTrip()
+    {
+        const QVariantMap dict = {
+            {QStringLiteral("s"), QStringLiteral("text")},
+            {QStringLiteral("i"), qint64(42)},
+            {QStringLiteral("r"), 1.5},
+            {QStringLiteral("b"), true},
+            {QStringLiteral("d"), QDateTime(QDate(2026, 11, 22), QTime(12, 0), Qt::UTC)},
+            {QStringLiteral("a"), QVariantList{QStringLiteral("x"), qint64(1)}},
+            {QStringLiteral("m"), QVariantMap{{QStringLiteral("k"), QStringLiteral("v")}}},
+        };
+        QCOMPARE(PropertyList::parseDictionary(PropertyList::toXml(dict)), dict);
+        QCOMPARE(PropertyList::parseDictionary(PropertyList::toBinary(dict)), dict);
+    }
+
+    void rejectedDictionaries_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::newRow("empty") << QByteArray();
+        QTest::newRow("not a plist") << QByteArray("hello");
+        QTest::newRow("truncated xml") << QByteArray("<?xml version=\"1.0\"?><plist><dict><key>a</key>");
+        QTest::newRow("truncated binary") << PropertyList::toBinary({{QStringLiteral("k"), QStringLiteral("v")}}).left(20);
+        QTest::newRow("array root") << QByteArray("<?xml version=\"1.0\"?><plist version=\"1.0\"><array/></plist>");
+    }
+
+    void rejectedDictionaries()
+    {
+        QFETCH(QByteArray, bytes);
+        QString problem;
+        QVERIFY(!PropertyList::parseDictionary(bytes, &problem));
+        QVERIFY(!problem.isEmpty());
+    }
+};
+
+VELMORA_TEST_MAIN(TestPropertyList)
+#include "TestPropertyList.moc"
