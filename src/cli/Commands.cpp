@@ -1,6 +1,9 @@
 #include "cli/Command.h"
 
+#include "cli/DefaultsCommand.h"
 #include "cli/InspectCommand.h"
+#include "cli/ListCommand.h"
+#include "cli/ScanCommand.h"
 #include "cli/VersionCommand.h"
 
 std::vector<std::unique_ptr<Command>> allCommands()
@@ -8,5 +11,8 @@ std::vector<std::unique_ptr<Command>> allCommands()
     std::vector<std::unique_ptr<Command>> commands;
     commands.push_back(std::make_unique<VersionCommand>());
     commands.push_back(std::make_unique<InspectCommand>());
+    commands.push_back(std::make_unique<ScanCommand>());
+    commands.push_back(std::make_unique<ListCommand>());
+    commands.push_back(std::make_unique<DefaultsCommand>());
     return commands;
 }

@@ -1,26 +1,30 @@
 #pragma once
 
-// Builds bundles on disk for tests: folders with property lists in the places real bundles keep them.
+// Builds folders of bundles for tests: app, plug-in and widget folders with an XML Info.plist, plain files and
+// links, under one root folder.
 
 #include <QByteArray>
 #include <QString>
 #include <QVariantMap>
 
-namespace BundleTree {
+class BundleTree
+{
+public:
+    explicit BundleTree(const QString &root);
 
-enum class PlistFormat { Xml, Binary };
+    QString root() const { return m_root; }
+    QString path(const QString &relative) const;
 
-// Writes bytes to path, creating the folders above it.
-bool writeFile(const QString &path, const QByteArray &bytes);
-bool writePlist(const QString &path, const QVariantMap &dictionary, PlistFormat format = PlistFormat::Xml);
+    // A bundle folder with Contents/Info.plist holding info (no file when info is empty). When info names a
+    // CFBundleExecutable, Contents/MacOS/<name> is made as well.
+    QString addBundle(const QString &relative, const QVariantMap &info = {});
+    QString addFile(const QString &relative, const QByteArray &content = {});
+    QString addFolder(const QString &relative);
+    QString addSymlink(const QString &relative, const QString &target);
 
-// An information dictionary; empty arguments leave their key out.
-QVariantMap info(const QString &bundleID, const QString &shortVersion, const QString &bundleVersion = {});
+    // Strings, booleans, integers, doubles, lists and dictionaries as an XML property list.
+    static QByteArray xmlPlist(const QVariantMap &dictionary);
 
-// Creates path as a bundle whose Contents/Info.plist holds info, and returns path.
-QString makeBundle(const QString &path, const QVariantMap &info, PlistFormat format = PlistFormat::Xml);
-
-// Contents/Resources/English.lproj/InfoPlist.strings as old-style text in UTF-16 with a byte-order mark.
-bool writeInfoPlistStrings(const QString &bundlePath, const QString &text);
-
-} // namespace BundleTree
+private:
+    QString m_root;
+};

@@ -1,0 +1,82 @@
+#include "cli/ListCommand.h"
+
+#include "cli/AppJson.h"
+#include "cli/RecordLines.h"
+#include "scan/OutdatedFilter.h"
+#include "scan/VLScanData.h"
+#include "scan/VLSettings.h"
+
+#include <QCoreApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace {
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("velmora-cli", text);
+}
+} // namespace
+
+QString ListCommand::description() const
+{
+    return tr("Print the applications of the last scan");
+}
+
+QString ListCommand::help() const
+{
+    return tr("Usage: velmora-cli list [--outdated | --installed | --all] [--json]\n"
+              "\n"
+              "Prints the records of the stored scan in stored order, one line each: display name, installed\n"
+              "version, newest version and path, separated by tabs (\"-\" where nothing is known).\n"
+              "  --all        every record, including purchases and deals that are not installed (the default)\n"
+              "  --installed  the records of applications installed on this computer\n"
+              "  --outdated   the installed applications with an update, as the update list shows them (the\n"
+              "               settings showMAS, showBeta, showPaidUpgrades and showNewerOS apply)\n"
+              "With --json, prints a JSON array with one object per record, with every field.\n");
+}
+
+int ListCommand::execute(const QStringList &arguments, CommandContext &ctx)
+{
+    QString filter;
+    for (const QString &argument : arguments) {
+        const bool known = argument == QLatin1String("--outdated") || argument == QLatin1String("--installed") ||
+                           argument == QLatin1String("--all");
+        if (!known || (!filter.isEmpty() && filter != argument)) {
+            ctx.err << "error: "
+                    << (known ? tr("choose one of --outdated, --installed and --all")
+                              : tr("unexpected argument %1").arg(argument))
+                    << "\n\n"
+                    << help();
+            return ExitUsage;
+        }
+        filter = argument;
+    }
+
+    VLScanData store;
+    const AppList apps = store.apps().value_or(AppList());
+    AppList listed;
+    if (filter == QLatin1String("--outdated")) {
+        listed = outdatedApps(apps, OutdatedFilterOptions::fromSettings(VLSettings()));
+    } else if (filter == QLatin1String("--installed")) {
+        for (const AppRef &app : apps) {
+            if (app->isInstalled()) {
+                listed.append(app);
+            }
+        }
+    } else {
+        listed = apps;
+    }
+
+    if (ctx.json) {
+        QJsonArray array;
+        for (const AppRef &app : std::as_const(listed)) {
+            array.append(appToJson(*app));
+        }
+        ctx.out << QJsonDocument(array).toJson(QJsonDocument::Indented);
+    } else {
+        for (const AppRef &app : std::as_const(listed)) {
+            ctx.out << recordLine({app->displayName, app->localVersion, app->vlVersion, app->localPath}) << '\n';
+        }
+    }
+    return ExitSuccess;
+}

@@ -1,0 +1,65 @@
+#include "cli/ScanCommand.h"
+
+#include "cli/AppJson.h"
+#include "cli/RecordLines.h"
+#include "scan/VLAppScanner.h"
+#include "scan/VLNotificationCenter.h"
+
+#include <QCoreApplication>
+#include <QEventLoop>
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace {
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("velmora-cli", text);
+}
+} // namespace
+
+QString ScanCommand::description() const
+{
+    return tr("Find the applications installed on this computer");
+}
+
+QString ScanCommand::help() const
+{
+    return tr("Usage: velmora-cli scan [--json]\n"
+              "\n"
+              "Searches the application, plug-in, widget and screen-saver folders (under the setting volumeRoot and\n"
+              "your home folder, then the folders of the setting searchpaths), leaves out what the blacklist\n"
+              "names, and prints one line per application, sorted by file name: display name, installed version\n"
+              "and path, separated by tabs. With --json, prints a JSON array with one object per application.\n"
+              "The stored scan is not changed.\n");
+}
+
+int ScanCommand::execute(const QStringList &arguments, CommandContext &ctx)
+{
+    if (!arguments.isEmpty()) {
+        ctx.err << "error: " << tr("unexpected argument %1").arg(arguments.first()) << "\n\n" << help();
+        return ExitUsage;
+    }
+    VLAppScanner scanner;
+    AppList apps;
+    QEventLoop loop;
+    VLNotificationCenter::defaultCenter().subscribe(QLatin1String(kVLAppScannerFinished), &loop,
+                                                    [&](const QVariant &object) {
+                                                        apps = object.value<AppList>();
+                                                        loop.quit();
+                                                    });
+    scanner.createSearchPredicate();
+    loop.exec();
+
+    if (ctx.json) {
+        QJsonArray array;
+        for (const AppRef &app : std::as_const(apps)) {
+            array.append(appToJson(*app));
+        }
+        ctx.out << QJsonDocument(array).toJson(QJsonDocument::Indented);
+    } else {
+        for (const AppRef &app : std::as_const(apps)) {
+            ctx.out << recordLine({app->displayName, app->localVersion, app->localPath}) << '\n';
+        }
+    }
+    return ExitSuccess;
+}

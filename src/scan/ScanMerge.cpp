@@ -1,0 +1,86 @@
+#include "scan/ScanMerge.h"
+
+#include "model/Log.h"
+
+#include <QFileInfo>
+#include <QHash>
+#include <QSet>
+
+namespace {
+
+const QString kNotInstalled = QStringLiteral("-");
+
+bool fileExists(const QString &path)
+{
+    // "-" and "" are markers, not names: a file that happens to be called "-" in the working folder is no app.
+    return !path.isEmpty() && path != kNotInstalled && QFileInfo::exists(path);
+}
+
+} // namespace
+
+namespace ScanMerge {
+
+void doQuickSanityCheck(AppList &apps)
+{
+    QSet<const VLApp *> trashed;
+    for (const AppRef &app : std::as_const(apps)) {
+        if (!fileExists(app->localPath)) {
+            app->localPath = kNotInstalled;
+        }
+        if (app->localPath.contains(QLatin1String(".Trash"))) {
+            vlLog(QStringLiteral("cache data contained app in Trash - removing %1").arg(app->displayName));
+            trashed.insert(app.get());
+        }
+    }
+    if (!trashed.isEmpty()) {
+        apps.removeIf([&trashed](const AppRef &app) { return trashed.contains(app.get()); });
+    }
+}
+
+void updateAppsUsingNewScan(AppList &apps, const AppList &newScan)
+{
+    const AppList scan = newScan;
+
+    QSet<QString> scannedPaths;
+    scannedPaths.reserve(scan.size());
+    for (const AppRef &entry : scan) {
+        scannedPaths.insert(entry->localPath);
+    }
+
+    // Removal pass: purchases and deals are remembered even when their app is gone.
+    QSet<const VLApp *> removed;
+    for (const AppRef &app : std::as_const(apps)) {
+        if (scannedPaths.contains(app->localPath)) {
+            continue;
+        }
+        if (!app->orderid.isEmpty() || !app->deal_id.isEmpty()) {
+            app->localPath = kNotInstalled;
+        } else {
+            removed.insert(app.get());
+        }
+    }
+    if (!removed.isEmpty()) {
+        apps.removeIf([&removed](const AppRef &app) { return removed.contains(app.get()); });
+    }
+
+    // Addition pass: the first stored record with a path answers for it, as a search in stored order would.
+    QHash<QString, VLApp *> storedByPath;
+    storedByPath.reserve(apps.size());
+    for (const AppRef &app : std::as_const(apps)) {
+        if (!storedByPath.contains(app->localPath)) {
+            storedByPath.insert(app->localPath, app.get());
+        }
+    }
+    AppList additions;
+    for (const AppRef &entry : scan) {
+        const auto found = storedByPath.constFind(entry->localPath);
+        if (found != storedByPath.cend()) {
+            (*found)->lastOpened = entry->lastOpened;
+        } else {
+            additions.append(entry);
+        }
+    }
+    apps.append(additions);
+}
+
+} // namespace ScanMerge

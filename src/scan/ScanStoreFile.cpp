@@ -1,0 +1,128 @@
+#include "scan/ScanStoreFile.h"
+
+#include "model/AppPaths.h"
+
+#include <QFile>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QSaveFile>
+
+#include <sys/stat.h>
+
+namespace {
+const QString kAppsKey = QStringLiteral("apps");
+}
+
+ScanStoreFile::ScanStoreFile(const QString &path)
+    : m_path(path)
+    , m_lockFile(path + QStringLiteral(".lock"))
+{
+    // A change may hold the lock for as long as a match with the service takes; only a dead holder makes it stale.
+    m_lockFile.setStaleLockTime(0);
+}
+
+QString ScanStoreFile::defaultPath()
+{
+    return AppPaths::dataFolder() + QStringLiteral("/vldscan.vld6");
+}
+
+ScanStoreFile::Stamp ScanStoreFile::stamp() const
+{
+    struct stat info = {};
+    if (stat(QFile::encodeName(m_path).constData(), &info) != 0) {
+        return {};
+    }
+    return {true, info.st_dev, info.st_ino, qint64(info.st_size),
+            qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec};
+}
+
+ScanStoreFile::Contents ScanStoreFile::read()
+{
+    Contents contents;
+    QFile file(m_path);
+    contents.stamp = stamp();
+    if (!contents.stamp.exists) {
+        return contents;
+    }
+    contents.modified = QDateTime::fromMSecsSinceEpoch(contents.stamp.modifiedNs / 1000000, Qt::UTC);
+    if (!file.open(QIODevice::ReadOnly)) {
+        contents.status = Status::Damaged;
+        keepAside(true);
+        return contents;
+    }
+    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+    file.close();
+    const QJsonValue apps = document.object().value(kAppsKey);
+    if (!document.isObject() || !apps.isArray()) {
+        contents.status = Status::Damaged;
+        keepAside(true);
+        return contents;
+    }
+    contents.status = Status::Loaded;
+    bool strayEntries = false;
+    for (const QJsonValue &entry : apps.toArray()) {
+        if (entry.isObject()) {
+            contents.apps.append(entry);
+        } else {
+            strayEntries = true;
+        }
+    }
+    if (strayEntries) {
+        keepAside(false);
+    }
+    return contents;
+}
+
+bool ScanStoreFile::write(const QJsonArray &apps)
+{
+    const bool locked = lock(-1);
+    QSaveFile file(m_path);
+    bool ok = file.open(QIODevice::WriteOnly);
+    if (ok) {
+        file.write(QJsonDocument(QJsonObject{{kAppsKey, apps}}).toJson(QJsonDocument::Compact));
+        ok = file.commit();
+    }
+    if (locked) {
+        unlock();
+    }
+    return ok;
+}
+
+void ScanStoreFile::keepAside(bool move)
+{
+    const QString aside = damagedPath();
+    // Moving needs the lock: the file must not be swapped for a good one between the read and the move.
+    const bool locked = move && lock(1000);
+    if (locked) {
+        QFile::remove(aside);
+        QFile::rename(m_path, aside);
+        unlock();
+        return;
+    }
+    QFile source(m_path);
+    QSaveFile copy(aside);
+    if (source.open(QIODevice::ReadOnly) && copy.open(QIODevice::WriteOnly)) {
+        copy.write(source.readAll());
+        copy.commit();
+    }
+}
+
+bool ScanStoreFile::lock(int timeoutMs)
+{
+    if (m_lockDepth > 0) {
+        ++m_lockDepth;
+        return true;
+    }
+    if (!m_lockFile.tryLock(timeoutMs)) {
+        return false;
+    }
+    m_lockDepth = 1;
+    return true;
+}
+
+void ScanStoreFile::unlock()
+{
+    if (m_lockDepth > 0 && --m_lockDepth == 0) {
+        m_lockFile.unlock();
+    }
+}

@@ -1,0 +1,180 @@
+#include "scan/VLAppScanner.h"
+
+#include "model/Log.h"
+#include "model/VLMdItem.h"
+#include "scan/BundleWalk.h"
+#include "scan/VLNotificationCenter.h"
+#include "scan/VLSettings.h"
+
+#include <QDir>
+#include <QThread>
+
+#include <exception>
+
+namespace {
+
+QString lastComponent(const QString &path)
+{
+    return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+}
+
+AppList recordsFromPaths(const QStringList &paths, const VLBlacklist &blacklist, const std::atomic<bool> *cancel)
+{
+    AppList apps;
+    apps.reserve(paths.size());
+    for (const QString &path : paths) {
+        if (cancel && cancel->load(std::memory_order_relaxed)) {
+            break;
+        }
+        // The blacklist needs only the name and the path, so a hidden bundle costs no attribute reads.
+        if (blacklist.appIsOnBlackList(lastComponent(path), path)) {
+            continue;
+        }
+        apps.append(std::make_shared<VLApp>(VLApp::initWithMdItem(VLMdItem::fromPath(path))));
+    }
+    return apps;
+}
+
+} // namespace
+
+struct VLAppScanner::Run
+{
+    QStringList scopes;
+    VLBlacklist blacklist;
+    std::atomic<bool> cancel{false};
+    qsizetype found = 0;
+    AppList apps;
+    std::optional<QString> failure;
+};
+
+VLAppScanner::VLAppScanner(QObject *parent)
+    : QObject(parent)
+{
+    VLSettings settings;
+    if (const auto text = VLBlacklist::fetchServerText(settings.hostURL(SettingKey::serviceHost, QStringLiteral("https")))) {
+        m_blacklist.append(VLBlacklist::splitServerList(*text));
+    }
+}
+
+VLAppScanner::VLAppScanner(const VLBlacklist &blacklist, QObject *parent)
+    : QObject(parent)
+    , m_blacklist(blacklist)
+{
+}
+
+VLAppScanner::~VLAppScanner()
+{
+    stopRun();
+}
+
+QStringList VLAppScanner::searchScopes()
+{
+    VLSettings settings;
+    const QString root = settings.volumeRoot();
+    const QString home = QDir::homePath();
+    QStringList scopes = {
+        root + QStringLiteral("Applications"),
+        home + QStringLiteral("/Applications"),
+        root + QStringLiteral("Developer/Applications"),
+        home + QStringLiteral("/Library/Screen Savers"),
+        home + QStringLiteral("/Library/Widgets"),
+        home + QStringLiteral("/Library/PreferencePanes"),
+        home + QStringLiteral("/Library/Internet Plug-Ins"),
+        root + QStringLiteral("Library/Screen Savers"),
+        root + QStringLiteral("Library/Widgets"),
+        root + QStringLiteral("Library/PreferencePanes"),
+        root + QStringLiteral("Library/Internet Plug-Ins"),
+        root + QStringLiteral("Library/Application Support/SIMBL"),
+    };
+    scopes.append(settings.arrayValue(SettingKey::searchpaths));
+    return scopes;
+}
+
+void VLAppScanner::createSearchPredicate()
+{
+    m_scopes = searchScopes();
+    startRun();
+}
+
+void VLAppScanner::runQuery()
+{
+    startRun();
+}
+
+bool VLAppScanner::appIsOnBlackList(const VLMdItem &item) const
+{
+    const QString path = item.path.value_or(QString());
+    return m_blacklist.appIsOnBlackList(item.fsName.value_or(lastComponent(path)), path);
+}
+
+AppList VLAppScanner::collectApps(const QStringList &scopes, const VLBlacklist &blacklist,
+                                  const std::atomic<bool> *cancel)
+{
+    return recordsFromPaths(BundleWalk::findBundles(scopes, cancel), blacklist, cancel);
+}
+
+void VLAppScanner::startRun()
+{
+    stopRun();
+    m_doneScanning.store(false);
+    auto run = std::make_shared<Run>();
+    run->scopes = m_scopes;
+    run->blacklist = m_blacklist;
+    m_run = run;
+    m_thread = QThread::create([run] {
+        // Nothing may escape a worker thread: a failure becomes the scan's outcome.
+        try {
+            const QStringList paths = BundleWalk::findBundles(run->scopes, &run->cancel);
+            run->found = paths.size();
+            run->apps = recordsFromPaths(paths, run->blacklist, &run->cancel);
+        } catch (const std::exception &e) {
+            run->failure = QString::fromLocal8Bit(e.what());
+        } catch (...) {
+            run->failure = QStringLiteral("unknown failure");
+        }
+    });
+    connect(m_thread, &QThread::finished, this, [this, run] { finishRun(run); });
+    m_thread->start();
+}
+
+void VLAppScanner::stopRun()
+{
+    if (m_run) {
+        m_run->cancel.store(true);
+        m_run.reset();
+    }
+    if (m_thread) {
+        m_thread->disconnect(this);
+        m_thread->wait();
+        delete m_thread;
+        m_thread = nullptr;
+    }
+}
+
+void VLAppScanner::finishRun(const std::shared_ptr<Run> &run)
+{
+    if (run != m_run) {
+        return; // abandoned for a newer scan
+    }
+    m_thread->wait();
+    delete m_thread;
+    m_thread = nullptr;
+    m_run.reset();
+
+    VLNotificationCenter &center = VLNotificationCenter::defaultCenter();
+    if (run->failure) {
+        vlLog(QStringLiteral("Scanner Exception %1").arg(*run->failure));
+        m_doneScanning.store(true);
+        center.post(QLatin1String(kVLAppScannerFinished));
+        return;
+    }
+    if (run->found == 0) {
+        vlLog(QStringLiteral("mdQuery resultCount = 0"));
+        m_doneScanning.store(true);
+        center.post(QLatin1String(kVLAppScannerFinished));
+        return;
+    }
+    m_doneScanning.store(true);
+    center.post(QLatin1String(m_sendResultsToBackgroundCheker ? kVLAppScannerFinishedBackground : kVLAppScannerFinished),
+                QVariant::fromValue(run->apps));
+}

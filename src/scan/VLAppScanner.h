@@ -1,0 +1,71 @@
+#pragma once
+
+// Finds the software installed on this machine and hands the records to the check driver.
+//
+// A new scanner is made for every scan; making one reads the service's blacklist (blocking). createSearchPredicate()
+// starts the scan on a worker thread and returns at once; the outcome arrives on the scanner's own thread, through
+// its event loop, as the notification "VLAppScannerFinished" (or "VLAppScannerFinishedBackground" when
+// sendResultsToBackgroundCheker is set) with the AppList as its object, or with no object when nothing was found
+// or the scan failed. doneScanning() turns true just before that notification is posted.
+
+#include "scan/AppList.h"
+#include "scan/VLBlacklist.h"
+
+#include <QObject>
+#include <QStringList>
+
+#include <atomic>
+#include <memory>
+
+struct VLMdItem;
+class QThread;
+
+inline constexpr char kVLAppScannerFinished[] = "VLAppScannerFinished";
+inline constexpr char kVLAppScannerFinishedBackground[] = "VLAppScannerFinishedBackground";
+
+class VLAppScanner : public QObject
+{
+    Q_OBJECT
+
+public:
+    // The built-in blacklist followed by the service host's list.
+    explicit VLAppScanner(QObject *parent = nullptr);
+    // The given blacklist only; nothing is fetched.
+    explicit VLAppScanner(const VLBlacklist &blacklist, QObject *parent = nullptr);
+    ~VLAppScanner() override;
+
+    // The folders searched, in order: the local domain's under the setting volumeRoot, the user's under $HOME,
+    // then the setting searchpaths as given.
+    static QStringList searchScopes();
+
+    // Starts a scan over searchScopes(); a scan already running is abandoned for the new one.
+    void createSearchPredicate();
+    void runQuery();
+
+    bool appIsOnBlackList(const VLMdItem &item) const;
+
+    // The whole scan on the calling thread: bundles found under scopes, blacklisted ones left out, as records.
+    static AppList collectApps(const QStringList &scopes, const VLBlacklist &blacklist,
+                               const std::atomic<bool> *cancel = nullptr);
+
+    const QStringList &blackListApps() const { return m_blacklist.names(); }
+    const QStringList &scopes() const { return m_scopes; }
+    bool sendResultsToBackgroundCheker() const { return m_sendResultsToBackgroundCheker; }
+    void setSendResultsToBackgroundCheker(bool background) { m_sendResultsToBackgroundCheker = background; }
+    bool doneScanning() const { return m_doneScanning.load(); }
+    void setDoneScanning(bool done) { m_doneScanning.store(done); }
+
+private:
+    struct Run;
+
+    void startRun();
+    void stopRun();
+    void finishRun(const std::shared_ptr<Run> &run);
+
+    VLBlacklist m_blacklist;
+    QStringList m_scopes;
+    bool m_sendResultsToBackgroundCheker = false;
+    std::atomic<bool> m_doneScanning{false};
+    std::shared_ptr<Run> m_run;
+    QThread *m_thread = nullptr;
+};

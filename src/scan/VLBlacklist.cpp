@@ -1,0 +1,197 @@
+#include "scan/VLBlacklist.h"
+
+#include "model/PathNames.h"
+#include "model/PropertyList.h"
+
+#include <QDir>
+#include <QEventLoop>
+#include <QFile>
+#include <QNetworkAccessManager>
+#include <QNetworkReply>
+#include <QStringDecoder>
+
+namespace {
+
+const QStringList kVirtualMachineIdentifiers = {QStringLiteral("com.parallels.winapp"),
+                                                QStringLiteral("com.vmware.proxyApp")};
+
+bool containsAny(const QString &text, std::initializer_list<const char *> needles)
+{
+    for (const char *needle : needles) {
+        if (text.contains(QLatin1String(needle))) {
+            return true;
+        }
+    }
+    return false;
+}
+
+// Most bundles are not virtual-machine apps: look for the identifiers in the raw bytes before paying for a parse.
+// A binary list stores ASCII text as is and other text as UTF-16 big-endian; an XML list in an ASCII-compatible
+// encoding holds the text as is unless it spells characters as references. Anything else is parsed.
+bool mayNameVirtualMachineApp(const QByteArray &bytes)
+{
+    const bool binary = bytes.startsWith("bplist");
+    if (!binary && (bytes.contains('\0') || bytes.contains("&#"))) {
+        return true;
+    }
+    for (const QString &identifier : kVirtualMachineIdentifiers) {
+        if (bytes.contains(identifier.toLatin1())) {
+            return true;
+        }
+        if (binary) {
+            QByteArray utf16;
+            for (const QChar c : identifier) {
+                utf16.append('\0').append(char(c.unicode()));
+            }
+            if (bytes.contains(utf16)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+bool isVirtualMachineApp(const QString &bundlePath)
+{
+    QFile file(bundlePath + QStringLiteral("/Contents/Info.plist"));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return false;
+    }
+    const QByteArray bytes = file.readAll();
+    if (!mayNameVirtualMachineApp(bytes)) {
+        return false;
+    }
+    const auto info = PropertyList::parseDictionary(bytes);
+    if (!info) {
+        return false;
+    }
+    const QString identifier = info->value(QStringLiteral("CFBundleIdentifier")).toString();
+    // An Adobe identifier alone is no reason to hide an app: only these two mark a virtual-machine wrapper.
+    for (const QString &vm : kVirtualMachineIdentifiers) {
+        if (identifier.contains(vm)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+QString decodeText(const QByteArray &bytes, const QByteArray &contentType)
+{
+    std::optional<QStringConverter::Encoding> encoding = QStringConverter::encodingForData(bytes);
+    if (!encoding) {
+        const qsizetype charset = contentType.toLower().indexOf("charset=");
+        if (charset >= 0) {
+            QByteArray name = contentType.mid(charset + 8).trimmed();
+            name = name.left(name.indexOf(';')).trimmed();
+            if (name.startsWith('"') && name.endsWith('"') && name.size() >= 2) {
+                name = name.mid(1, name.size() - 2);
+            }
+            encoding = QStringConverter::encodingForName(name.constData());
+        }
+    }
+    if (encoding) {
+        QStringDecoder decoder(*encoding);
+        return decoder.decode(bytes);
+    }
+    QStringDecoder utf8(QStringConverter::Utf8);
+    const QString text = utf8.decode(bytes);
+    return utf8.hasError() ? QString::fromLatin1(bytes) : text;
+}
+
+} // namespace
+
+const QStringList &VLBlacklist::builtInWidgets()
+{
+    // The last entry is not a widget and can never match here; it has always been on this list.
+    static const QStringList widgets = {
+        QStringLiteral("iCal.wdgt"),          QStringLiteral("iTunes.wdgt"),         QStringLiteral("Tile Game.wdgt"),
+        QStringLiteral("Address Book.wdgt"),  QStringLiteral("World Clock.wdgt"),    QStringLiteral("Unit Converter.wdgt"),
+        QStringLiteral("Translation.wdgt"),   QStringLiteral("Remote Desktop.wdgt"), QStringLiteral("Web Clip.wdgt"),
+        QStringLiteral("Stickies.wdgt"),      QStringLiteral("Stocks.wdgt"),         QStringLiteral("Ski Report.wdgt"),
+        QStringLiteral("Dictionary.wdgt"),    QStringLiteral("Calculator.wdgt"),     QStringLiteral("Weather.wdgt"),
+        QStringLiteral("Calendar.wdgt"),      QStringLiteral("Contacts.wdgt"),       QStringLiteral("Flight Tracker.wdgt"),
+        QStringLiteral("ESPN.wdgt"),          QStringLiteral("Movies.wdgt"),         QStringLiteral("MusicManager.prefPane"),
+    };
+    return widgets;
+}
+
+QStringList VLBlacklist::splitServerList(const QString &text)
+{
+    QStringList names = text.split(QLatin1Char('\n'));
+    names.removeAll(QString());
+    return names;
+}
+
+std::optional<QString> VLBlacklist::fetchServerText(const QString &baseUrl)
+{
+    QNetworkAccessManager manager;
+    QNetworkRequest request(QUrl(baseUrl + QStringLiteral("/vld6blacklist")));
+    // No limit of our own beyond the one a platform URL read has, so a silent host cannot stall a scan for good.
+    request.setTransferTimeout(60000);
+    QNetworkReply *reply = manager.get(request);
+    QEventLoop loop;
+    QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
+    loop.exec(QEventLoop::ExcludeUserInputEvents);
+    reply->deleteLater();
+    if (reply->error() != QNetworkReply::NoError) {
+        return std::nullopt;
+    }
+    return decodeText(reply->readAll(), reply->header(QNetworkRequest::ContentTypeHeader).toByteArray());
+}
+
+VLBlacklist::VLBlacklist()
+    : VLBlacklist(builtInList())
+{
+}
+
+VLBlacklist::VLBlacklist(const QStringList &names)
+{
+    append(names);
+}
+
+void VLBlacklist::append(const QStringList &names)
+{
+    m_names.append(names);
+    for (const QString &name : names) {
+        m_lookup.insert(name);
+    }
+}
+
+bool VLBlacklist::appIsOnBlackList(const QString &fsName, const QString &path) const
+{
+    const QString name = stringByDeletingPathExtension(fsName);
+    const QString standardPath = QDir::cleanPath(path);
+    const QString file = standardPath.mid(standardPath.lastIndexOf(QLatin1Char('/')) + 1);
+    const QString extension = pathExtension(file);
+
+    bool listed = m_lookup.contains(name);
+    if (containsAny(name, {"Firmware", "QuickTime Player 7"})) {
+        listed = true;
+    }
+    if (containsAny(file, {"Flash Player.prefPane", "MusicManager.prefPane", "BOINCSaver.saver"})) {
+        listed = true;
+    }
+    if (containsAny(name, {"install", "Install", "Remove", "Removal", "Scheduler", "Setup", "Reset"})) {
+        listed = true;
+    }
+    // Third-party widgets are what people install widgets for: only the system's own are hidden, whatever the name.
+    if (extension == QLatin1String("wdgt")) {
+        listed = builtInWidgets().contains(file);
+    }
+    if (extension == QLatin1String("ideplugin") || extension == QLatin1String("xcodeplugin") ||
+        extension == QLatin1String("xcplugin") || extension == QLatin1String("dcplugin")) {
+        listed = true;
+    }
+    if (standardPath.contains(QLatin1String("Toast 11 Titanium")) && !name.contains(QLatin1String("Toast Titanium"))) {
+        listed = true;
+    }
+    if ((extension == QLatin1String("plugin") || extension == QLatin1String("webplugin")) &&
+        !standardPath.contains(QLatin1String("Internet Plug-Ins"))) {
+        listed = true;
+    }
+    // The property list is read only when nothing else has decided yet; the outcome is the same.
+    if (!listed && isVirtualMachineApp(standardPath)) {
+        listed = true;
+    }
+    return listed;
+}

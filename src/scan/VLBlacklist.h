@@ -1,0 +1,37 @@
+#pragma once
+
+// Which scanned bundles are never reported: the built-in names, the names the service adds, and the rules
+// of appIsOnBlackList for installers, firmware updaters, widgets, developer plug-ins and virtual-machine apps.
+
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+class VLBlacklist
+{
+public:
+    // The built-in names, in their order.
+    static const QStringList &builtInList();
+    // The widgets that come with the system; any other widget is reported whatever its name.
+    static const QStringList &builtInWidgets();
+
+    // The service's list: its text split at "\n", empty pieces left out, duplicates and carriage returns kept.
+    static QStringList splitServerList(const QString &text);
+    // GET baseUrl + "/vld6blacklist", blocking; nullopt when nothing could be read.
+    static std::optional<QString> fetchServerText(const QString &baseUrl);
+
+    VLBlacklist();
+    explicit VLBlacklist(const QStringList &names);
+
+    const QStringList &names() const { return m_names; }
+    void append(const QStringList &names);
+
+    // fsName: the bundle's file name ("Foo Setup.app"); path: where it lies.
+    bool appIsOnBlackList(const QString &fsName, const QString &path) const;
+
+private:
+    QStringList m_names;
+    QSet<QString> m_lookup;
+};

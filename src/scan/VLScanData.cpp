@@ -1,0 +1,213 @@
+#include "scan/VLScanData.h"
+
+#include "scan/ScanMerge.h"
+
+#include <QJsonArray>
+
+namespace {
+const QString kFilehash = QStringLiteral("filehash");
+
+bool isPresentMark(const QString &text)
+{
+    return !text.isEmpty() && text != QLatin1String("-");
+}
+} // namespace
+
+VLScanData::VLScanData()
+    : VLScanData(pathForDataFile())
+{
+}
+
+VLScanData::VLScanData(const QString &filePath)
+    : m_file(filePath)
+{
+    if (m_file.stamp().exists) {
+        loadDataFromDisk();
+        doQuickSanityCheck();
+    }
+}
+
+QString VLScanData::pathForDataFile()
+{
+    return ScanStoreFile::defaultPath();
+}
+
+QJsonObject VLScanData::archiveOf(const VLApp &app)
+{
+    QJsonObject archive = app.encodeWithCoder();
+    // Kept so that a later process can still check a download against the catalogue's hash.
+    if (!archive.contains(kFilehash) && !app.filehash.isNull()) {
+        archive.insert(kFilehash, app.filehash);
+    }
+    return archive;
+}
+
+AppRef VLScanData::appFromArchive(const QJsonObject &archive)
+{
+    auto app = std::make_shared<VLApp>(VLApp::initWithCoder(archive));
+    if (app->filehash.isNull() && archive.value(kFilehash).isString()) {
+        app->filehash = archive.value(kFilehash).toString();
+    }
+    return app;
+}
+
+void VLScanData::loadDataFromDisk()
+{
+    QMutexLocker locker(&m_mutex);
+    const ScanStoreFile::Contents contents = m_file.read();
+    m_knownStamp = contents.status == ScanStoreFile::Status::Damaged ? m_file.stamp() : contents.stamp;
+    if (contents.status != ScanStoreFile::Status::Loaded) {
+        m_apps.reset();
+        return;
+    }
+    m_fileModDate = contents.modified;
+    AppList apps;
+    apps.reserve(contents.apps.size());
+    for (const QJsonValue &entry : contents.apps) {
+        apps.append(appFromArchive(entry.toObject()));
+    }
+    m_apps = std::move(apps);
+}
+
+bool VLScanData::saveDataToDisk()
+{
+    QMutexLocker locker(&m_mutex);
+    QJsonArray archive;
+    if (m_apps) {
+        for (const AppRef &app : std::as_const(*m_apps)) {
+            archive.append(archiveOf(*app));
+        }
+    }
+    const bool written = m_file.write(archive);
+    if (written) {
+        m_knownStamp = m_file.stamp();
+    }
+    return written;
+}
+
+void VLScanData::doQuickSanityCheck()
+{
+    QMutexLocker locker(&m_mutex);
+    if (m_apps) {
+        ScanMerge::doQuickSanityCheck(*m_apps);
+    }
+}
+
+void VLScanData::updateAppsUsingNewScan(const AppList &newScan)
+{
+    QMutexLocker locker(&m_mutex);
+    if (m_apps) {
+        ScanMerge::updateAppsUsingNewScan(*m_apps, newScan);
+    }
+}
+
+AppRef VLScanData::appWithVLID(const QString &vlID) const
+{
+    QMutexLocker locker(&m_mutex);
+    if (m_apps) {
+        for (const AppRef &app : std::as_const(*m_apps)) {
+            if (app->vlID == vlID) {
+                return app;
+            }
+        }
+    }
+    return nullptr;
+}
+
+bool VLScanData::hasAppWithVLID(const QString &vlID) const
+{
+    return appWithVLID(vlID) != nullptr;
+}
+
+bool VLScanData::hasOutdatedAppWithVLID(const QString &vlID) const
+{
+    QMutexLocker locker(&m_mutex);
+    if (m_apps) {
+        for (const AppRef &app : std::as_const(*m_apps)) {
+            if (app->vlID == vlID && !app->isInstalling && !app->isDownloading && app->isInstalled() &&
+                app->isOutdated) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+bool VLScanData::hasPurchaseWithVLID(const QString &vlID) const
+{
+    QMutexLocker locker(&m_mutex);
+    if (m_apps) {
+        for (const AppRef &app : std::as_const(*m_apps)) {
+            if (app->vlID == vlID && !app->isInstalled() && isPresentMark(app->purchasedVersion)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+bool VLScanData::hasPurchaseInstalledWithVLID(const QString &vlID) const
+{
+    QMutexLocker locker(&m_mutex);
+    if (m_apps) {
+        for (const AppRef &app : std::as_const(*m_apps)) {
+            if (app->vlID == vlID && app->isInstalled() && isPresentMark(app->purchasedVersion)) {
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+std::optional<AppList> VLScanData::apps() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_apps;
+}
+
+void VLScanData::setApps(const std::optional<AppList> &apps)
+{
+    QMutexLocker locker(&m_mutex);
+    m_apps = apps;
+}
+
+QDateTime VLScanData::fileModDate() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_fileModDate;
+}
+
+void VLScanData::setFileModDate(const QDateTime &date)
+{
+    QMutexLocker locker(&m_mutex);
+    m_fileModDate = date;
+}
+
+bool VLScanData::reloadIfChangedOnDisk()
+{
+    QMutexLocker locker(&m_mutex);
+    if (m_file.stamp() == m_knownStamp) {
+        return false;
+    }
+    loadDataFromDisk();
+    doQuickSanityCheck();
+    return true;
+}
+
+VLScanData::Change::Change(VLScanData &store, int timeoutMs)
+    : m_store(store)
+{
+    store.m_mutex.lock();
+    m_locked = store.m_file.lock(timeoutMs);
+    if (m_locked) {
+        m_reloaded = store.reloadIfChangedOnDisk();
+    }
+}
+
+VLScanData::Change::~Change()
+{
+    if (m_locked) {
+        m_store.m_file.unlock();
+    }
+    m_store.m_mutex.unlock();
+}

@@ -1,0 +1,86 @@
+#pragma once
+
+// The last scan, kept: the ordered records found on this machine and matched by the service, plus the
+// purchases and deals remembered although not installed. One store per process, kept in "vldscan.vld6".
+//
+// Thread safety: every operation takes the store's re-entrant mutex; hold mutex() yourself to walk apps() and
+// change records as one step.
+//
+// Two processes (the desktop program and velmora-cli) share the file. A process that changes the store wraps
+// the whole read-change-write in a Change: it takes the file lock, reloads the records first when another
+// process has written the file since this one read or wrote it, and releases the lock when it ends. Keep a
+// Change short: a match with the service is better done between two Changes, applying its reply by digest.
+
+#include "scan/AppList.h"
+#include "scan/ScanStoreFile.h"
+
+#include <QDateTime>
+#include <QJsonObject>
+#include <QRecursiveMutex>
+
+#include <optional>
+
+class VLScanData
+{
+public:
+    // Reads the store file (a missing file leaves apps() absent) and runs the sanity check.
+    VLScanData();
+    explicit VLScanData(const QString &filePath);
+
+    static QString pathForDataFile();
+    QString filePath() const { return m_file.path(); }
+
+    // Replaces the records with the file's; absent when the file is missing or damaged (then kept aside).
+    void loadDataFromDisk();
+    // Writes the records atomically; false when the file could not be written (the records stay as they are).
+    bool saveDataToDisk();
+
+    void doQuickSanityCheck();
+    void updateAppsUsingNewScan(const AppList &newScan);
+
+    AppRef appWithVLID(const QString &vlID) const;
+    bool hasAppWithVLID(const QString &vlID) const;
+    bool hasOutdatedAppWithVLID(const QString &vlID) const;
+    bool hasPurchaseWithVLID(const QString &vlID) const;
+    bool hasPurchaseInstalledWithVLID(const QString &vlID) const;
+
+    // A copy of the list (the records themselves are shared); nullopt when absent.
+    std::optional<AppList> apps() const;
+    void setApps(const std::optional<AppList> &apps);
+    QDateTime fileModDate() const;
+    void setFileModDate(const QDateTime &date);
+
+    QRecursiveMutex &mutex() const { return m_mutex; }
+
+    // Reloads the records when another process has written the file since this store last read or wrote it.
+    // Returns true when it reloaded. Callers that change the store use a Change, which does this under the lock.
+    bool reloadIfChangedOnDisk();
+
+    class Change
+    {
+    public:
+        // timeoutMs < 0 waits for the lock as long as another process holds it.
+        explicit Change(VLScanData &store, int timeoutMs = -1);
+        ~Change();
+        Change(const Change &) = delete;
+        Change &operator=(const Change &) = delete;
+
+        bool isLocked() const { return m_locked; }
+        bool reloaded() const { return m_reloaded; }
+
+    private:
+        VLScanData &m_store;
+        bool m_locked = false;
+        bool m_reloaded = false;
+    };
+
+    static QJsonObject archiveOf(const VLApp &app);
+    static AppRef appFromArchive(const QJsonObject &archive);
+
+private:
+    mutable QRecursiveMutex m_mutex;
+    ScanStoreFile m_file;
+    ScanStoreFile::Stamp m_knownStamp;
+    std::optional<AppList> m_apps;
+    QDateTime m_fileModDate;
+};
