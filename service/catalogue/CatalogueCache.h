@@ -1,0 +1,37 @@
+#pragma once
+
+// Keeps the in-memory catalogue in step with the store: rebuilt whenever an import (in this process or
+// another) has moved the store's revision. Files that this service serves get their hash and size here.
+
+#include "catalogue/CatalogueIndex.h"
+
+#include <QDateTime>
+
+#include <mutex>
+
+class CatalogueCache
+{
+public:
+    CatalogueCache(CatalogueStore &store, QString filesDir);
+    std::shared_ptr<const CatalogueIndex> current();
+
+    // The file behind a link that points to this service's files, or "" for other links.
+    QString localFile(const QString &link) const;
+
+private:
+    struct FileFacts
+    {
+        qint64 size = 0;
+        QDateTime modified;
+        QString sha256;
+    };
+    CatalogueEntry entryFor(const StoredApp &app);
+    void fillFileFacts(QJsonObject &record, const QString &link);
+
+    CatalogueStore &m_store;
+    const QString m_filesDir;
+    std::mutex m_mutex;
+    qint64 m_revision = -1;
+    std::shared_ptr<const CatalogueIndex> m_index;
+    QHash<QString, FileFacts> m_fileFacts;
+};

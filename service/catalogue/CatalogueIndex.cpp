@@ -1,0 +1,98 @@
+#include "catalogue/CatalogueIndex.h"
+
+#include "catalogue/RecordFields.h"
+#include "wire/JsonText.h"
+
+#include <QJsonArray>
+
+namespace {
+
+QString folded(const QString &key)
+{
+    return key.trimmed().toCaseFolded();
+}
+
+} // namespace
+
+QString firstBundleId(const QJsonObject &record)
+{
+    const QJsonArray ids = record.value(RecordFields::bundleIds).toArray();
+    return ids.isEmpty() ? QString() : ids.at(0).toString();
+}
+
+QByteArray encodeShortKeyMembers(const QString &id, const QJsonObject &record)
+{
+    QByteArray out = "\"m\":" + JsonText::quoted(id);
+    for (const RecordFields::KeyPair &key : RecordFields::shortKeys) {
+        const QJsonValue value = record.value(key.stored);
+        if (value.isString())
+            out += ",\"" + QByteArray(key.wire.data(), key.wire.size()) + "\":" + JsonText::quoted(value.toString());
+    }
+    if (record.value(RecordFields::ranking).isDouble())
+        out += ",\"f1\":" + QByteArray::number(record.value(RecordFields::ranking).toDouble(), 'g', 17);
+    return out;
+}
+
+CatalogueIndex::CatalogueIndex(std::vector<CatalogueEntry> entries) : m_entries(std::move(entries))
+{
+    for (int i = 0; i < int(m_entries.size()); ++i) {
+        const CatalogueEntry &entry = m_entries[size_t(i)];
+        m_byId.insert(entry.id, i);
+        add(m_byBundleId, entry.record.value(RecordFields::bundleIds), i);
+        add(m_byBundleName, entry.record.value(RecordFields::bundleNames), i);
+        add(m_byDisplayName, entry.record.value(RecordFields::displayNames), i);
+    }
+}
+
+void CatalogueIndex::add(QHash<QString, Candidate> &table, const QJsonValue &keys, int entry)
+{
+    const QJsonArray list = keys.toArray();
+    for (int position = 0; position < list.size(); ++position) {
+        const QString key = folded(list.at(position).toString());
+        if (key.isEmpty())
+            continue;
+        const Candidate candidate{entry, position};
+        auto it = table.find(key);
+        if (it == table.end())
+            table.insert(key, candidate);
+        else if (better(candidate, *it))
+            *it = candidate;
+    }
+}
+
+// Several records may claim one key (an app and its beta channel): the record that lists the key earlier
+// wins, then a release over a beta, then the older catalogue id.
+bool CatalogueIndex::better(const Candidate &a, const Candidate &b) const
+{
+    const CatalogueEntry &x = m_entries[size_t(a.entry)];
+    const CatalogueEntry &y = m_entries[size_t(b.entry)];
+    if (a.position != b.position)
+        return a.position < b.position;
+    if (x.isBeta != y.isBeta)
+        return !x.isBeta;
+    return x.id.toLongLong() < y.id.toLongLong();
+}
+
+const CatalogueEntry *CatalogueIndex::lookup(const QHash<QString, Candidate> &table, const QString &key) const
+{
+    const QString foldedKey = folded(key);
+    if (foldedKey.isEmpty())
+        return nullptr;
+    const auto it = table.constFind(foldedKey);
+    return it == table.constEnd() ? nullptr : &m_entries[size_t(it->entry)];
+}
+
+const CatalogueEntry *CatalogueIndex::match(const AppDescription &app) const
+{
+    if (const CatalogueEntry *entry = lookup(m_byBundleId, app.bundleId))
+        return entry;
+    if (const CatalogueEntry *entry = lookup(m_byBundleName, app.bundleName))
+        return entry;
+    return lookup(m_byDisplayName, app.displayName);
+}
+
+const CatalogueEntry *CatalogueIndex::byId(const QString &id) const
+{
+    const auto it = m_byId.constFind(id);
+    return it == m_byId.constEnd() ? nullptr : &m_entries[size_t(*it)];
+}

@@ -1,0 +1,28 @@
+#pragma once
+
+// Options every command shares and the places the service keeps its things by default.
+
+#include "members/SecretBox.h"
+#include "storage/Storage.h"
+
+#include <QCommandLineParser>
+
+namespace Options {
+
+// --db PATH and --key-file PATH.
+void addCommon(QCommandLineParser &parser);
+QString databasePath(const QCommandLineParser &parser);
+QString keyFilePath(const QCommandLineParser &parser);
+
+// The update files built with the service, and the bundled sample catalogue.
+QString defaultFilesDir();
+QString sampleCataloguePath();
+
+// Open what --db and --key-file name; print the reason and return null when that fails.
+std::unique_ptr<Storage> openStorage(const QCommandLineParser &parser);
+std::optional<SecretBox> openSecrets(const QCommandLineParser &parser);
+
+// Parses a command's arguments (args[0] is the command name); prints the reason and returns false on bad usage.
+bool parse(QCommandLineParser &parser, const QStringList &args);
+
+} // namespace Options

@@ -1,0 +1,38 @@
+#include "catalogue/CatalogueFile.h"
+#include "commands/Commands.h"
+#include "commands/Options.h"
+#include "http/HttpServer.h"
+
+#include <cstdio>
+
+int serveCommand(const QStringList &args)
+{
+    QCommandLineParser parser;
+    Options::addCommon(parser);
+    parser.addOption({QStringLiteral("listen"),
+                      QStringLiteral("Address to listen on, HOST:PORT; port 0 takes a free port (default 127.0.0.1:8642)."),
+                      QStringLiteral("ADDRESS"), QStringLiteral("127.0.0.1:8642")});
+    parser.addOption({QStringLiteral("files"), QStringLiteral("Folder served under /files/."), QStringLiteral("DIR"),
+                      Options::defaultFilesDir()});
+    parser.addOption({QStringLiteral("no-sample"), QStringLiteral("Start with an empty catalogue.")});
+    if (!Options::parse(parser, args) || !parser.positionalArguments().isEmpty())
+        return 2;
+    const auto address = ListenAddress::parse(parser.value(QStringLiteral("listen")));
+    if (!address) {
+        std::fprintf(stderr, "error: --listen wants HOST:PORT\n");
+        return 2;
+    }
+    auto storage = Options::openStorage(parser);
+    auto secrets = Options::openSecrets(parser);
+    if (!storage || !secrets)
+        return 1;
+    // A fresh database starts with the bundled sample, so a first start can check and update at once.
+    if (storage->catalogue->apps().isEmpty() && !parser.isSet(QStringLiteral("no-sample"))) {
+        const ImportSummary summary = CatalogueFile::importFile(*storage->catalogue, Options::sampleCataloguePath());
+        if (!summary.error.isEmpty())
+            std::fprintf(stderr, "warning: sample catalogue not loaded: %s\n", qUtf8Printable(summary.error));
+    }
+    CatalogueCache catalogue(*storage->catalogue, parser.value(QStringLiteral("files")));
+    ServiceContext context{*storage, catalogue, *secrets, parser.value(QStringLiteral("files"))};
+    return HttpServer::run(context, *address);
+}

@@ -1,0 +1,102 @@
+// Matching, app information, the blacklist, install-link bundles and download records.
+
+#include "catalogue/RecordFields.h"
+#include "http/Reply.h"
+#include "http/Routes.h"
+#include "wire/AutomatchRequest.h"
+#include "wire/JsonText.h"
+#include "wire/PathSegments.h"
+#include "wire/Zlib.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace {
+
+QByteArray matchReply(const httplib::Request &req, const CatalogueIndex &index, const AutomatchRequest &request)
+{
+    QByteArray json = "{";
+    for (auto it = request.apps.begin(); it != request.apps.end(); ++it) {
+        const CatalogueEntry *entry = index.match(it->description);
+        if (!entry)
+            continue;
+        if (json.size() > 1)
+            json += ',';
+        json += '"' + QByteArray::number(it.key()) + "\":{\"h\":" + JsonText::quoted(it->digest)
+                + ",\"i\":" + JsonText::quoted(it->installedVersion);
+        if (!entry->link.isEmpty())
+            json += ",\"e1\":" + JsonText::quoted(Reply::absoluteLink(req, entry->link));
+        json += ',' + entry->encodedMembers + '}';
+    }
+    json += '}';
+    return json;
+}
+
+void automatch(const httplib::Request &req, httplib::Response &res, ServiceContext &context)
+{
+    QString error;
+    const auto request = AutomatchRequest::parse(QByteArray::fromStdString(req.body), &error);
+    if (!request)
+        return Reply::fail(res, 400, error);
+    const auto index = context.catalogue.current();
+    Reply::bytes(res, Zlib::compress(matchReply(req, *index, *request)), "application/octet-stream");
+}
+
+void blacklist(const httplib::Request &, httplib::Response &res, ServiceContext &context)
+{
+    const QStringList names = context.storage.catalogue->blacklist();
+    Reply::text(res, names.isEmpty() ? QString() : names.join(u'\n') + u'\n');
+}
+
+void appInfo(const httplib::Request &req, httplib::Response &res, ServiceContext &context)
+{
+    const auto index = context.catalogue.current();
+    const CatalogueEntry *entry = index->byId(QString::fromStdString(req.matches[1]));
+    if (!entry)
+        return Reply::fail(res, 404, QStringLiteral("unknown catalogue id"));
+    QJsonObject info;
+    for (const RecordFields::KeyPair &key : RecordFields::appInfoKeys) {
+        if (entry->record.contains(key.stored))
+            info.insert(key.wire, entry->record.value(key.stored));
+    }
+    const QString bundleId = firstBundleId(entry->record);
+    if (!bundleId.isEmpty())
+        info.insert(QLatin1StringView("bundleid"), bundleId);
+    if (!entry->link.isEmpty())
+        info.insert(QLatin1StringView("link"), Reply::absoluteLink(req, entry->link));
+    Reply::json(res, QJsonDocument(info).toJson(QJsonDocument::Compact));
+}
+
+void bundle(const httplib::Request &req, httplib::Response &res, ServiceContext &context)
+{
+    const auto ids = context.storage.catalogue->bundle(QString::fromStdString(req.matches[1]));
+    if (!ids)
+        return Reply::fail(res, 404, QStringLiteral("unknown bundle"));
+    Reply::text(res, ids->join(u','));
+}
+
+// /download604/VLID/DIGEST/LOGIN/0/0/INSTALLATION/SERIAL; the login may be empty.
+void downloadRecord(const httplib::Request &req, httplib::Response &res, ServiceContext &context)
+{
+    const auto segments = PathSegments::split(req.target);
+    if (!segments || segments->size() < 3)
+        return Reply::fail(res, 400, QStringLiteral("malformed download record"));
+    const QString appId = segments->at(1);
+    if (!context.storage.catalogue->app(appId))
+        return Reply::fail(res, 404, QStringLiteral("unknown catalogue id"));
+    const auto segment = [&](qsizetype i) { return segments->value(i); };
+    if (!context.storage.activity->addDownload({appId, segment(2), segment(3), segment(6), segment(7)}))
+        return Reply::fail(res, 503, QStringLiteral("cannot record the download"));
+    Reply::text(res, QStringLiteral("OK"));
+}
+
+} // namespace
+
+void registerCatalogueRoutes(httplib::Server &server, ServiceContext &context)
+{
+    server.Post("/vld603scan/automatch", withContext(context, automatch));
+    server.Get("/vld6blacklist", withContext(context, blacklist));
+    server.Get(R"(/vld6appinfo/index/vlid/([^/]*))", withContext(context, appInfo));
+    server.Get(R"(/bundle/([^/]+))", withContext(context, bundle));
+    server.Get(R"(/download604/.*)", withContext(context, downloadRecord));
+}

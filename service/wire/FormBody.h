@@ -1,0 +1,46 @@
+#pragma once
+
+// An application/x-www-form-urlencoded body as the program writes it: some fields URL-encoded, others (the
+// installed version, base64 texts, a local path) raw. So each field can be read either way.
+
+#include <QByteArray>
+#include <QJsonObject>
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+namespace Percent {
+// Strict percent-decoding to UTF-8; nullopt on a broken escape or bytes that are not UTF-8.
+std::optional<QString> decode(QByteArray bytes, bool plusIsSpace);
+} // namespace Percent
+
+class FormBody
+{
+public:
+    struct Field
+    {
+        QString name; // percent-decoded
+        QByteArray raw;
+    };
+
+    // Nullopt when a field name is not decodable.
+    static std::optional<FormBody> parse(const QByteArray &body);
+    // A body "a=" + a JSON object, written raw (as the program does) or URL-encoded.
+    static std::optional<QJsonObject> jsonObject(const QByteArray &body, const char *name);
+    // A number sent as a JSON number or a decimal text; 0 otherwise.
+    static qint64 jsonInteger(const QJsonValue &value);
+
+    const QList<Field> &fields() const { return m_fields; }
+    bool contains(const QString &name) const;
+    // The first field's value, raw (as UTF-8) or URL-decoded; decoded() is nullopt when the field is missing or
+    // malformed.
+    QString raw(const QString &name) const;
+    std::optional<QString> decoded(const QString &name) const;
+    // Everything from the field's value to the end of the body: for a last field that may hold "&" itself.
+    QString rawToEnd(const QString &name) const;
+
+private:
+    QByteArray m_body;
+    QList<Field> m_fields;
+};
