@@ -1,0 +1,545 @@
+// Records made and refreshed from the catalogue: matching-reply items (short keys) and their older long-key
+// form, watch-list, purchase and promotion items, app-info replies and install links.
+
+#include "model/Log.h"
+#include "model/PathNames.h"
+#include "model/StringUtils.h"
+#include "model/VLApp.h"
+#include "model/VersionRules.h"
+
+#include <QDateTime>
+#include <QFileInfo>
+#include <QUrl>
+
+namespace {
+
+const QString kDash = QStringLiteral("-");
+const QString kEmpty = QStringLiteral("");
+const QString kAppStoreMark = QStringLiteral(" ") + QChar(0xF8FF);
+// Shown for a catalogue date that the item does not give.
+const QString kNoDate = QStringLiteral(" -- ");
+
+// The keys of one catalogue item, in the short form of the matching reply or the long form of older replies.
+struct ItemKeys
+{
+    QString name, installedVersion, keywords, ranking, currentVersion, masDate, minOS, vlID, originalPath,
+        opensInWindow, installFromLink, paidUpgrade, link, masLink, versionOverride, masVersion, stability, license,
+        fileSize, developer, shortDescription, releaseNotes, sortDate, vlDate, wlID, listName, orderID, serialNumber,
+        orderDate, purchasedVersion, filehash;
+};
+
+const ItemKeys &shortKeys()
+{
+    static const ItemKeys keys{
+        QStringLiteral("g"),  QStringLiteral("i"), QStringLiteral("g1"), QStringLiteral("f1"), QStringLiteral("j"),
+        QStringLiteral("r"),  QStringLiteral("l"), QStringLiteral("m"),  QStringLiteral("h"),  QStringLiteral("x"),
+        QStringLiteral("y"),  QStringLiteral("z"), QStringLiteral("e1"), QStringLiteral("a1"), QStringLiteral("v"),
+        QStringLiteral("k"),  QStringLiteral("n"), QStringLiteral("o"),  QStringLiteral("p"),  QStringLiteral("u"),
+        QStringLiteral("t"),  QStringLiteral("w"), QStringLiteral("s"),  QStringLiteral("q"),  QStringLiteral("e"),
+        QStringLiteral("f"),  QStringLiteral("a"), QStringLiteral("b"),  QStringLiteral("c"),  QStringLiteral("d"),
+        QStringLiteral("filehash"),
+    };
+    return keys;
+}
+
+// Keywords and ranking have no long form: that shape never carried them.
+const ItemKeys &longKeys()
+{
+    static const ItemKeys keys{
+        QStringLiteral("name"),
+        QStringLiteral("installed_version"),
+        QString(),
+        QString(),
+        QStringLiteral("current_version"),
+        QStringLiteral("mas_date"),
+        QStringLiteral("min_os"),
+        QStringLiteral("vl_id"),
+        QStringLiteral("original_path"),
+        QStringLiteral("opens_in_window"),
+        QStringLiteral("vld_install_from_link"),
+        QStringLiteral("paidupgrade"),
+        QStringLiteral("link"),
+        QStringLiteral("mas_download_url"),
+        QStringLiteral("version_override"),
+        QStringLiteral("mas_version"),
+        QStringLiteral("stability"),
+        QStringLiteral("license"),
+        QStringLiteral("file_size"),
+        QStringLiteral("developer"),
+        QStringLiteral("shortdescr"),
+        QStringLiteral("release_notes"),
+        QStringLiteral("sort_date"),
+        QStringLiteral("vl_date"),
+        QStringLiteral("wl_id"),
+        QStringLiteral("list_name"),
+        QStringLiteral("orderid"),
+        QStringLiteral("serial_number"),
+        QStringLiteral("order_date"),
+        QStringLiteral("purchased_version"),
+        QStringLiteral("filehash"),
+    };
+    return keys;
+}
+
+QString dateText(const QDateTime &date)
+{
+    return date.toUTC().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + QStringLiteral(" +0000");
+}
+
+QString nowText()
+{
+    return dateText(QDateTime::currentDateTimeUtc());
+}
+
+QString orDash(const QString &text)
+{
+    return text.isEmpty() ? kDash : text;
+}
+
+void setIfPresent(QString &field, const QString &value)
+{
+    if (!value.isNull()) {
+        field = value;
+    }
+}
+
+std::optional<double> rankingValue(const QVariantMap &item, const QString &key)
+{
+    const QString text = VLApp::getJSONItemWithName(key, item);
+    bool ok = false;
+    const double value = text.toDouble(&ok);
+    return ok ? std::optional<double>(value) : std::nullopt;
+}
+
+// The digest names the record's scratch folder and icon file, so a value from the wire that is not a plain
+// file name is ignored in favour of the one made from the catalogue id.
+QString digestFor(const QString &given, const QString &vlID)
+{
+    if (!VLApp::catalogueIconPath(given).isEmpty()) {
+        return given;
+    }
+    return md5HexHash(vlID.isNull() ? kEmpty : vlID);
+}
+
+// This one app can never be installed from a link.
+void applyInstallFromLinkRule(VLApp &app)
+{
+    if (app.vlID == QLatin1String("10146")) {
+        app.vld_install_from_link = QStringLiteral("2");
+    }
+}
+
+// A new download link comes with the hash of its own file, or none: a hash must never outlive its link.
+void takeLink(VLApp &app, const QString &link, const QString &hash)
+{
+    app.download_url = link;
+    app.filehash = hash;
+}
+
+void takeName(VLApp &app, const QString &name)
+{
+    app.name = name;
+    app.localizedName = name;
+    app.displayName = stringByDeletingPathExtension(name);
+}
+
+void appendAppStoreMark(VLApp &app)
+{
+    if (app.isAppStore && !containsString(app.displayName, QString(QChar(0xF8FF)), true)) {
+        app.displayName += kAppStoreMark;
+        app.setVersiontoMASVersion();
+    }
+}
+
+// The icon already in the cache; fetching a missing one is getIcon's job, on a worker thread.
+QString cachedIcon(const VLApp &app)
+{
+    const QString path = VLApp::catalogueIconPath(app.digestString);
+    return !path.isEmpty() && QFileInfo::exists(path) ? path : kEmpty;
+}
+
+// A record that exists only in the catalogue: nothing installed, no versions known yet.
+void setCatalogueOnlyMarkers(VLApp &app)
+{
+    for (QString *field : {&app.localPath, &app.localVersion, &app.vlVersion, &app.skippedVersion, &app.masVersion,
+                           &app.vlDate, &app.masDate}) {
+        *field = kDash;
+    }
+}
+
+void finishCatalogueOnlyRecord(VLApp &app)
+{
+    applyInstallFromLinkRule(app);
+    app.kind = app.name.isNull() ? kEmpty : pathExtension(app.name);
+    app.isOutdated = false;
+    app.requiresNewerOSVersion = app.getRequiresNewerOSVersion();
+    app.percentDownloaded = 0.0;
+    app.downloadPath = app.createDownloadPath();
+    app.appIcon = cachedIcon(app);
+}
+
+void takeListAndPurchaseKeys(VLApp &app, const QVariantMap &item, const ItemKeys &keys)
+{
+    const auto text = [&item](const QString &key) { return VLApp::getJSONItemWithName(key, item); };
+    setIfPresent(app.wlID, text(keys.wlID));
+    setIfPresent(app.listname, text(keys.listName));
+    setIfPresent(app.orderid, text(keys.orderID));
+    setIfPresent(app.serialNumber, text(keys.serialNumber));
+    setIfPresent(app.orderDate, text(keys.orderDate));
+    setIfPresent(app.purchasedVersion, text(keys.purchasedVersion));
+}
+
+VLApp newFromCatalogueItem(const QVariantMap &item, const ItemKeys &keys)
+{
+    const auto text = [&item](const QString &key) { return VLApp::getJSONItemWithName(key, item); };
+    VLApp app;
+    app.isDownloading = false;
+    app.localPath = kDash;
+
+    takeName(app, text(keys.name));
+    app.localVersion = orDash(text(keys.installedVersion));
+    app.keywords = text(keys.keywords);
+    app.ranking = rankingValue(item, keys.ranking);
+    app.vlVersion = text(keys.currentVersion);
+    app.skippedVersion = kDash;
+    app.masDate = text(keys.masDate);
+    app.minOS = text(keys.minOS);
+    app.vlID = text(keys.vlID);
+    app.digestString = digestFor(text(keys.originalPath), app.vlID);
+    app.opens_in_window = text(keys.opensInWindow);
+    app.vld_install_from_link = text(keys.installFromLink);
+    app.paid_update = text(keys.paidUpgrade);
+    takeLink(app, text(keys.link), text(keys.filehash));
+    app.mas_url = text(keys.masLink);
+    app.version_override = text(keys.versionOverride);
+    app.masVersion = text(keys.masVersion);
+    app.beta = text(keys.stability);
+    // The size key on purpose, not the licence key: a new record shows its size text as its licence until the
+    // first update, which reads the licence key.
+    app.license = text(keys.fileSize);
+    app.fileSize = text(keys.fileSize);
+    app.developer = text(keys.developer);
+    app.shortDescription = text(keys.shortDescription);
+    app.releaseNotes = text(keys.releaseNotes);
+    app.sortDate = text(keys.sortDate);
+    const QString vlDate = text(keys.vlDate);
+    app.vlDate = vlDate.isNull() ? kNoDate : vlDate;
+    // The minimum OS is read a second time, last; this later read is the one that stands.
+    app.minOS = text(keys.minOS);
+    applyInstallFromLinkRule(app);
+
+    app.isOutdated = false;
+    app.isAppStore = app.getIsAppStore();
+    appendAppStoreMark(app);
+
+    app.requiresNewerOSVersion = app.getRequiresNewerOSVersion();
+    app.kind = app.name.isNull() ? kEmpty : pathExtension(app.name);
+    app.appIcon = cachedIcon(app);
+    app.lastmatched = nowText();
+    app.percentDownloaded = 0.0;
+    app.downloadPath = app.createDownloadPath();
+
+    takeListAndPurchaseKeys(app, item, keys);
+    return app;
+}
+
+void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys &keys)
+{
+    const auto text = [&item](const QString &key) { return VLApp::getJSONItemWithName(key, item); };
+    const QString version = text(keys.currentVersion);
+    const QString id = text(keys.vlID);
+    // Dates the catalogue no longer gives must not linger.
+    app.vlDate = kDash;
+    app.masDate = kDash;
+    app.updateModDate();
+    // The user's skipped version stays as it is: it only hides the one version it names.
+    setIfPresent(app.vlVersion, version);
+    setIfPresent(app.vlID, id);
+
+    setIfPresent(app.opens_in_window, text(keys.opensInWindow));
+    setIfPresent(app.vld_install_from_link, text(keys.installFromLink));
+    setIfPresent(app.paid_update, text(keys.paidUpgrade));
+    const QString link = text(keys.link);
+    const QString hash = text(keys.filehash);
+    if (!link.isNull()) {
+        takeLink(app, link, hash);
+    } else {
+        setIfPresent(app.filehash, hash);
+    }
+    setIfPresent(app.mas_url, text(keys.masLink));
+    setIfPresent(app.version_override, text(keys.versionOverride));
+    setIfPresent(app.masVersion, text(keys.masVersion));
+    setIfPresent(app.beta, text(keys.stability));
+    setIfPresent(app.license, text(keys.license));
+    setIfPresent(app.fileSize, text(keys.fileSize));
+    setIfPresent(app.developer, text(keys.developer));
+    setIfPresent(app.shortDescription, text(keys.shortDescription));
+    setIfPresent(app.releaseNotes, text(keys.releaseNotes));
+    setIfPresent(app.sortDate, text(keys.sortDate));
+    setIfPresent(app.vlDate, text(keys.vlDate));
+    applyInstallFromLinkRule(app);
+    app.lastmatched = nowText();
+
+    if (app.isSetLocalVersionToCurrent) {
+        vlLog(QStringLiteral("set version to current set %1 %2 %3").arg(app.localPath, app.localVersion, app.vlVersion));
+        app.localVersion = app.vlVersion;
+    } else {
+        app.getLocalVersionTakingIntoAccountVersionOverride();
+    }
+    app.setVersiontoMASVersion();
+
+    setIfPresent(app.masDate, text(keys.masDate));
+    setIfPresent(app.keywords, text(keys.keywords));
+    if (const auto ranking = rankingValue(item, keys.ranking)) {
+        app.ranking = ranking;
+    }
+
+    app.checkIfOutdated();
+    app.requiresNewerOSVersion = app.getRequiresNewerOSVersion();
+    takeListAndPurchaseKeys(app, item, keys);
+}
+
+// Watch-list items: the long keys, with the minimum OS cleaned to its number. Fields the item lacks stay
+// as they are on an update; an installed record keeps the names and identifier its bundle gave it.
+void takeWatchListItem(VLApp &app, const QVariantMap &item, bool creating)
+{
+    const ItemKeys &keys = longKeys();
+    const auto text = [&item](const QString &key) { return VLApp::getJSONItemWithName(key, item); };
+    setIfPresent(app.wlID, text(keys.wlID));
+    setIfPresent(app.listname, text(keys.listName));
+    const QString name = text(keys.name);
+    if (!name.isNull() && !app.isInstalled()) {
+        takeName(app, name);
+    }
+    setIfPresent(app.vlVersion, text(keys.currentVersion));
+    setIfPresent(app.shortDescription, text(keys.shortDescription));
+    setIfPresent(app.vlID, text(keys.vlID));
+    setIfPresent(app.opens_in_window, text(keys.opensInWindow));
+    setIfPresent(app.vld_install_from_link, text(keys.installFromLink));
+    setIfPresent(app.paid_update, text(keys.paidUpgrade));
+    const QString link = text(keys.link);
+    const QString hash = text(keys.filehash);
+    if (!link.isNull()) {
+        takeLink(app, link, hash);
+    } else {
+        setIfPresent(app.filehash, hash);
+    }
+    setIfPresent(app.mas_url, text(keys.masLink));
+    setIfPresent(app.version_override, text(keys.versionOverride));
+    setIfPresent(app.masVersion, text(keys.masVersion));
+    const QString minOS = text(keys.minOS);
+    if (creating || !minOS.isNull()) {
+        app.minOS = cleanOSVersion(minOS);
+    }
+    setIfPresent(app.beta, text(keys.stability));
+    setIfPresent(app.license, text(keys.license));
+    setIfPresent(app.fileSize, text(keys.fileSize));
+    setIfPresent(app.developer, text(keys.developer));
+    setIfPresent(app.releaseNotes, text(keys.releaseNotes));
+    setIfPresent(app.sortDate, text(keys.sortDate));
+    const QString vlDate = text(keys.vlDate);
+    if (!vlDate.isNull()) {
+        app.vlDate = vlDate;
+    } else if (creating) {
+        app.vlDate = kNoDate;
+    }
+    applyInstallFromLinkRule(app);
+}
+
+void takePurchaseItem(VLApp &app, const QVariantMap &item)
+{
+    const auto text = [&item](const char *key) { return VLApp::getJSONItemWithName(QLatin1String(key), item); };
+    const QString name = text("name");
+    if (!app.isInstalled()) {
+        if (!name.isNull()) {
+            takeName(app, name);
+        }
+        setIfPresent(app.bundleID, text("bundle_id"));
+    }
+    setIfPresent(app.vlID, text("vl_id"));
+    setIfPresent(app.orderid, text("orderid"));
+    setIfPresent(app.serialNumber, text("serial_number"));
+    setIfPresent(app.orderDate, text("order_date"));
+    setIfPresent(app.purchasedVersion, text("purchased_version"));
+    setIfPresent(app.opens_in_window, text("opens_in_window"));
+    setIfPresent(app.vld_install_from_link, text("vld_install_from_link"));
+    applyInstallFromLinkRule(app);
+}
+
+} // namespace
+
+QString VLApp::getJSONItemWithName(const QString &key, const QVariantMap &item)
+{
+    const auto found = item.constFind(key);
+    if (key.isEmpty() || found == item.cend()) {
+        return {};
+    }
+    const QVariant &value = *found;
+    switch (value.typeId()) {
+    case QMetaType::QString: {
+        const QString text = value.toString();
+        return text.isNull() ? kEmpty : text;
+    }
+    case QMetaType::Bool:
+        return value.toBool() ? QStringLiteral("1") : QStringLiteral("0");
+    case QMetaType::Int:
+    case QMetaType::UInt:
+    case QMetaType::Long:
+    case QMetaType::ULong:
+    case QMetaType::LongLong:
+    case QMetaType::ULongLong:
+    case QMetaType::Double:
+    case QMetaType::Float:
+        // Numbers where text belongs (ids, sizes, flags) are read as their shortest decimal text: 10146, 0.5.
+        return value.toString();
+    case QMetaType::QDateTime:
+        return dateText(value.toDateTime());
+    default:
+        // Null, and values no text field can hold (lists, dictionaries, data).
+        return {};
+    }
+}
+
+VLApp VLApp::initWithServerItemJSON(const QVariantMap &item)
+{
+    return newFromCatalogueItem(item, shortKeys());
+}
+
+VLApp VLApp::initWithServerItem(const QVariantMap &item)
+{
+    return newFromCatalogueItem(item, longKeys());
+}
+
+void VLApp::updateWithServerItemJSON(const QVariantMap &item)
+{
+    updateFromCatalogueItem(*this, item, shortKeys());
+}
+
+void VLApp::updateWithServerItem(const QVariantMap &item)
+{
+    updateFromCatalogueItem(*this, item, longKeys());
+}
+
+VLApp VLApp::initWithWatchListItem(const QVariantMap &item)
+{
+    VLApp app;
+    setCatalogueOnlyMarkers(app);
+    takeWatchListItem(app, item, true);
+    app.digestString = md5HexHash(app.vlID.isNull() ? kEmpty : app.vlID);
+    finishCatalogueOnlyRecord(app);
+    return app;
+}
+
+void VLApp::updateWithWatchListsItem(const QVariantMap &item)
+{
+    takeWatchListItem(*this, item, false);
+    if (isInstalled()) {
+        checkIfOutdated();
+    }
+    requiresNewerOSVersion = getRequiresNewerOSVersion();
+}
+
+VLApp VLApp::initWithPurchaseItem(const QVariantMap &item)
+{
+    VLApp app;
+    setCatalogueOnlyMarkers(app);
+    takePurchaseItem(app, item);
+    app.digestString = md5HexHash(app.vlID.isNull() ? kEmpty : app.vlID);
+    finishCatalogueOnlyRecord(app);
+    return app;
+}
+
+void VLApp::updateWithPromoPurchaseItem(const QVariantMap &item)
+{
+    takePurchaseItem(*this, item);
+}
+
+VLApp VLApp::initWithPromoItem(const QVariantMap &item)
+{
+    const auto text = [&item](const char *key) { return getJSONItemWithName(QLatin1String(key), item); };
+    VLApp app;
+    setCatalogueOnlyMarkers(app);
+    app.name = text("title");
+    app.displayName = app.name;
+    app.bundleID = text("bundle_id");
+    app.shortDescription = text("shortdescr");
+    app.vlID = text("prod_id");
+    app.deal_id = text("id");
+    app.deal_url = text("link");
+    app.discount = text("discount");
+    app.deal_price = text("price");
+    app.deal_vers = text("appversion");
+    app.parent_promo_id = text("parent_sales_profile_id");
+    app.digestString = md5HexHash(app.vlID.isNull() ? kEmpty : app.vlID);
+    finishCatalogueOnlyRecord(app);
+    return app;
+}
+
+std::optional<VLApp> VLApp::initWithLink(const QString &link)
+{
+    // velmora://app/VLID/NAME/VERSION
+    const QStringList parts = link.split(QLatin1Char('/'));
+    if (parts.size() < 6 || parts.at(3).isEmpty()) {
+        return std::nullopt;
+    }
+    VLApp app;
+    app.isDownloading = false;
+    app.vlVersion = QUrl::fromPercentEncoding(parts.at(5).toUtf8());
+    app.name = parts.at(4);
+    app.localizedName = app.name;
+    app.displayName = app.name;
+    for (QString *field : {&app.localPath, &app.localVersion, &app.skippedVersion, &app.masVersion, &app.vlDate,
+                           &app.masDate}) {
+        *field = kDash;
+    }
+    app.sortDate = QString::number(QDateTime::currentSecsSinceEpoch());
+    for (QString *field : {&app.shortDescription, &app.fileSize, &app.minOS, &app.beta, &app.paid_update,
+                           &app.developer, &app.license, &app.releaseNotes, &app.version_override,
+                           &app.download_url, &app.mas_url, &app.purchasedVersion}) {
+        *field = kEmpty;
+    }
+    app.vlID = parts.at(3);
+    app.digestString = md5HexHash(app.vlID);
+    app.lastmatched = nowText();
+    applyInstallFromLinkRule(app);
+    app.kind = pathExtension(app.name);
+    app.requiresNewerOSVersion = false;
+    app.percentDownloaded = 0.0;
+    app.downloadPath = app.createDownloadPath();
+    app.appIcon = cachedIcon(app);
+    // A link always offers an install; updateWithServerInfo fills in the rest.
+    app.isOutdated = true;
+    return app;
+}
+
+void VLApp::applyServerInfo(const QVariantMap &info)
+{
+    const auto text = [&info](const char *key) { return getJSONItemWithName(QLatin1String(key), info); };
+    setIfPresent(shortDescription, text("shortDescription"));
+    setIfPresent(developer, text("developer"));
+    const QString os = text("minOS");
+    if (!os.isNull()) {
+        minOS = cleanOSVersion(os);
+    }
+    setIfPresent(releaseNotes, text("releaseNotes"));
+    setIfPresent(vlDate, text("vlDate"));
+    setIfPresent(license, text("license"));
+    setIfPresent(beta, text("stability"));
+    setIfPresent(longDescription, text("descr"));
+    setIfPresent(bundleID, text("bundleid"));
+    const QString title = text("title");
+    if (!title.isNull()) {
+        name = title;
+        displayName = title;
+    }
+    setIfPresent(fileSize, text("filesize"));
+    setIfPresent(paid_update, text("paidupgrade"));
+    setIfPresent(version_override, text("version_override"));
+    const QString link = text("link");
+    if (!link.isNull()) {
+        takeLink(*this, link, text("filehash"));
+    }
+    setIfPresent(mas_url, text("mas_download_url"));
+    requiresNewerOSVersion = getRequiresNewerOSVersion();
+    lastmatched = nowText();
+}
