@@ -1,0 +1,40 @@
+#pragma once
+
+// Plain HTTP to a running service, and the decoders the tests need for its replies.
+
+#include "support/ServiceProcess.h"
+
+#include <QJsonObject>
+#include <QVariantMap>
+
+#include <httplib.h>
+
+struct HttpAnswer
+{
+    int status = 0; // 0: no answer
+    QByteArray body;
+    httplib::Headers headers;
+    QByteArray header(const char *name) const;
+};
+
+class ServiceClient
+{
+public:
+    explicit ServiceClient(const ServiceProcess &service);
+    HttpAnswer get(const QByteArray &target, const httplib::Headers &headers = {});
+    HttpAnswer post(const QByteArray &target, const QByteArray &body,
+                    const char *contentType = "application/x-www-form-urlencoded");
+
+    // POSTs a matching request and returns the decompressed, parsed reply (empty on any failure).
+    QJsonObject automatch(const QByteArray &body);
+
+private:
+    httplib::Client m_client;
+};
+
+namespace Replies {
+QByteArray inflate(const QByteArray &zlibStream);
+// The "entries" of an XML property-list reply, each a dictionary.
+QList<QVariantMap> plistEntries(const QByteArray &xml);
+QString md5Hex(const QByteArray &bytes);
+} // namespace Replies

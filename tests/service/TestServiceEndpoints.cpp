@@ -1,0 +1,285 @@
+// Black-box tests of velmora-service's endpoints against its bundled sample catalogue.
+
+#include "ServiceClient.h"
+#include "support/TestMain.h"
+
+#include <QFile>
+#include <QJsonDocument>
+
+namespace {
+
+// One app group of a matching request, encoded as the program encodes it.
+QByteArray appFields(int index, const QByteArray &bundleName, const QByteArray &digest, const QByteArray &displayName,
+                     const QByteArray &version, const QByteArray &bundleId)
+{
+    const QByteArray i = QByteArray::number(index);
+    return "&app[" + i + "][t]=" + bundleName.toPercentEncoding() + "&app[" + i + "][p]=" + digest + "&app[" + i
+           + "][d]=" + displayName.toPercentEncoding() + "&app[" + i + "][v]=" + version + "&app[" + i
+           + "][b]=" + bundleId.toPercentEncoding() + "&app[" + i + "][m]=(null)";
+}
+
+const QByteArray head = "vld=6.0.4&c=C02TEST&p=0&mid=0&uuid=5F0B6C1E-0000-4000-8000-000000000001&type=manual";
+
+} // namespace
+
+class TestServiceEndpoints : public QObject
+{
+    Q_OBJECT
+
+private:
+    ServiceProcess m_service;
+    std::unique_ptr<ServiceClient> m_client;
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_service.start());
+        m_client = std::make_unique<ServiceClient>(m_service);
+    }
+
+    void automatchReplyShape()
+    {
+        // Index 0 is skipped, as when the first app of a scan is not installed; index 2 matches nothing.
+        const QByteArray body = head + appFields(1, "Velmora Notes.app", "0123456789abcdef0123456789abcdef",
+                                                 "Velmora Notes", "1.0 (12)+b", "com.velmora.sample.notes")
+                                + appFields(2, "Unknown.app", "ffff", "Unknown", "3", "org.example.unknown")
+                                + appFields(5, "Reader.app", "abab", "Reader", "1.0", "com.velmora.sample.reader");
+        const QJsonObject reply = m_client->automatch(body);
+        QCOMPARE(reply.keys(), (QStringList{QStringLiteral("1"), QStringLiteral("5")}));
+        const QJsonObject notes = reply.value(QStringLiteral("1")).toObject();
+        QCOMPARE(notes.value(QStringLiteral("h")).toString(), QStringLiteral("0123456789abcdef0123456789abcdef"));
+        QCOMPARE(notes.value(QStringLiteral("i")).toString(), QStringLiteral("1.0 (12)+b")); // sent as is
+        QCOMPARE(notes.value(QStringLiteral("m")).toString(), QStringLiteral("5001"));
+        QCOMPARE(notes.value(QStringLiteral("g")).toString(), QStringLiteral("Velmora Notes"));
+        QCOMPARE(notes.value(QStringLiteral("j")).toString(), QStringLiteral("2.0"));
+        const QString link = notes.value(QStringLiteral("e1")).toString();
+        QCOMPARE(link, m_service.baseUrl() + QStringLiteral("/files/VelmoraNotes-2.0.zip"));
+
+        // The hash is the SHA-256 of the file the link serves.
+        const HttpAnswer file = m_client->get("/files/VelmoraNotes-2.0.zip");
+        QCOMPARE(file.status, 200);
+        QCOMPARE(notes.value(QStringLiteral("filehash")).toString(),
+                 QString::fromLatin1(QCryptographicHash::hash(file.body, QCryptographicHash::Sha256).toHex()));
+        QCOMPARE(reply.value(QStringLiteral("5")).toObject().value(QStringLiteral("m")).toString(), QStringLiteral("5005"));
+    }
+
+    void emptyRequestGivesEmptyObject()
+    {
+        const HttpAnswer reply = m_client->post("/vld603scan/automatch", head);
+        QCOMPARE(reply.status, 200);
+        QCOMPARE(Replies::inflate(reply.body), QByteArray("{}"));
+    }
+
+    void matchingPriority_data()
+    {
+        QTest::addColumn<QByteArray>("bundleId");
+        QTest::addColumn<QByteArray>("bundleName");
+        QTest::addColumn<QByteArray>("displayName");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("bundle id") << QByteArray("com.velmora.sample.notes") << QByteArray("Other.app")
+                                   << QByteArray("Other") << QStringLiteral("5001");
+        QTest::newRow("bundle id, any case") << QByteArray("COM.Velmora.SAMPLE.notes") << QByteArray("Other.app")
+                                             << QByteArray("Other") << QStringLiteral("5001");
+        QTest::newRow("bundle id before file name") << QByteArray("com.velmora.sample.notes")
+                                                    << QByteArray("Velmora Paint.app") << QByteArray("Velmora Clock")
+                                                    << QStringLiteral("5001");
+        QTest::newRow("file name before display name") << QByteArray("org.example.none") << QByteArray("velmora PAINT.app")
+                                                       << QByteArray("Velmora Clock") << QStringLiteral("5002");
+        QTest::newRow("display name last") << QByteArray("") << QByteArray("Clock2.app") << QByteArray("velmora clock")
+                                           << QStringLiteral("5003");
+        QTest::newRow("display name with non-ASCII") << QByteArray("") << QByteArray("x.app")
+                                                     << QByteArray("Velmora Notes \xc3\xa9") << QString();
+        QTest::newRow("no match") << QByteArray("org.example.none") << QByteArray("None.app") << QByteArray("None")
+                                  << QString();
+    }
+
+    void matchingPriority()
+    {
+        QFETCH(QByteArray, bundleId);
+        QFETCH(QByteArray, bundleName);
+        QFETCH(QByteArray, displayName);
+        QFETCH(QString, expected);
+        const QJsonObject reply = m_client->automatch(head + appFields(7, bundleName, "aa", displayName, "1", bundleId));
+        QCOMPARE(reply.value(QStringLiteral("7")).toObject().value(QStringLiteral("m")).toString(), expected);
+    }
+
+    void appInfo()
+    {
+        const HttpAnswer reply = m_client->get("/vld6appinfo/index/vlid/5006");
+        QCOMPARE(reply.status, 200);
+        const QJsonObject info = QJsonDocument::fromJson(reply.body).object();
+        QCOMPARE(info.value(QStringLiteral("title")).toString(), QStringLiteral("Velmora Atlas"));
+        QCOMPARE(info.value(QStringLiteral("bundleid")).toString(), QStringLiteral("com.velmora.sample.atlas"));
+        QCOMPARE(info.value(QStringLiteral("minOS")).toString(), QStringLiteral("10.13"));
+        QCOMPARE(info.value(QStringLiteral("link")).toString(), m_service.baseUrl() + QStringLiteral("/files/VelmoraAtlas-2.0.pkg"));
+        for (const char *key : {"shortDescription", "developer", "releaseNotes", "vlDate", "license", "stability", "descr",
+                                "filesize"})
+            QVERIFY2(info.value(QLatin1StringView(key)).isString(), key);
+    }
+
+    void blacklistAndBundles()
+    {
+        QCOMPARE(m_client->get("/vld6blacklist").body, QByteArray("Velmora Helper\nVelmora Uninstaller\n"));
+        QCOMPARE(m_client->get("/bundle/1").body, QByteArray("5001,5002,5003"));
+        QCOMPARE(m_service.runCommand({QStringLiteral("blacklist"), QStringLiteral("add"), QStringLiteral("Foo Agent")}), 0);
+        QVERIFY(m_client->get("/vld6blacklist").body.endsWith("\nFoo Agent\n"));
+    }
+
+    void downloadRecord()
+    {
+        // The login name may be empty, which leaves an empty segment.
+        QCOMPARE(m_client->get("/download604/5002/abcd//0/0/UUID-1/C02TEST").status, 200);
+        QCOMPARE(m_client->get("/download604/5002/abcd/12/0/0/UUID-1/C02TEST").status, 200);
+    }
+
+    void rangeDownloads_data()
+    {
+        QTest::addColumn<QByteArray>("range");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<qsizetype>("from");
+        QTest::newRow("whole file") << QByteArray() << 200 << qsizetype(0);
+        QTest::newRow("resume") << QByteArray("bytes=100-") << 206 << qsizetype(100);
+        QTest::newRow("past the end") << QByteArray("bytes=99999999-") << 416 << qsizetype(-1);
+    }
+
+    void rangeDownloads()
+    {
+        QFETCH(QByteArray, range);
+        QFETCH(int, status);
+        QFETCH(qsizetype, from);
+        QFile original(ServiceProcess::filesDir() + QStringLiteral("/VelmoraReader-2.0.dmg"));
+        QVERIFY(original.open(QIODevice::ReadOnly));
+        const QByteArray bytes = original.readAll();
+        httplib::Headers headers;
+        if (!range.isEmpty())
+            headers.emplace("Range", range.toStdString());
+        const HttpAnswer reply = m_client->get("/files/VelmoraReader-2.0.dmg", headers);
+        QCOMPARE(reply.status, status);
+        if (from >= 0) {
+            QCOMPARE(reply.body, bytes.mid(from));
+            QCOMPARE(reply.header("Content-Length").toLongLong(), bytes.size() - from);
+            QCOMPARE(reply.header("Content-Type"), QByteArray("application/x-apple-diskimage"));
+        }
+        if (status == 206)
+            QCOMPARE(reply.header("Content-Range"),
+                     QByteArray("bytes 100-" + QByteArray::number(bytes.size() - 1) + '/' + QByteArray::number(bytes.size())));
+    }
+
+    void badRequests_data()
+    {
+        QTest::addColumn<QByteArray>("method");
+        QTest::addColumn<QByteArray>("target");
+        QTest::addColumn<QByteArray>("body");
+        QTest::addColumn<int>("status");
+        QTest::newRow("broken escape") << QByteArray("POST") << QByteArray("/vld603scan/automatch")
+                                       << QByteArray("vld=6.0.4&app[1][t]=%ZZ") << 400;
+        QTest::newRow("not UTF-8") << QByteArray("POST") << QByteArray("/vld603scan/automatch")
+                                   << QByteArray("app[1][d]=%FF%FE") << 400;
+        QTest::newRow("huge index") << QByteArray("POST") << QByteArray("/vld603scan/automatch")
+                                    << QByteArray("app[9999999][t]=x") << 400;
+        QTest::newRow("unknown app field") << QByteArray("POST") << QByteArray("/vld603scan/automatch")
+                                           << QByteArray("app[1][q]=x") << 400;
+        QTest::newRow("body over the limit") << QByteArray("POST") << QByteArray("/vld603scan/automatch")
+                                             << QByteArray(17 * 1024 * 1024, 'a') << 413;
+        QTest::newRow("unknown app info") << QByteArray("GET") << QByteArray("/vld6appinfo/index/vlid/424242") << QByteArray() << 404;
+        QTest::newRow("unknown bundle") << QByteArray("GET") << QByteArray("/bundle/77") << QByteArray() << 404;
+        QTest::newRow("download of unknown id") << QByteArray("GET") << QByteArray("/download604/424242/a/b/0/0/c/d")
+                                                << QByteArray() << 404;
+        QTest::newRow("dot-dot under files") << QByteArray("GET") << QByteArray("/files/../service.sqlite") << QByteArray() << 400;
+        QTest::newRow("encoded dot-dot") << QByteArray("GET") << QByteArray("/files/%2e%2e/%2e%2e/etc/passwd") << QByteArray() << 400;
+        QTest::newRow("missing file") << QByteArray("GET") << QByteArray("/files/nothing.zip") << QByteArray() << 404;
+        QTest::newRow("log-in without digests") << QByteArray("GET")
+                                                << QByteArray("/vld6member/jlogincheck2/u/x/p/y/vld/6.0.4") << QByteArray() << 400;
+        QTest::newRow("cookie log-in, id not a number") << QByteArray("GET")
+                                                        << QByteArray("/vld6member/jlogincheckcookie/u/abc/p/tok") << QByteArray() << 400;
+        QTest::newRow("sign-up, utmz not base64") << QByteArray("GET")
+                                                  << QByteArray("/vld6member/signup/e/a%40b.co/p/x/f/A/l/B/utmz/%21%21")
+                                                  << QByteArray() << 400;
+        QTest::newRow("profile not JSON") << QByteArray("POST") << QByteArray("/vld6member/save-profile")
+                                          << QByteArray("a={\"fname\":") << 400;
+        QTest::newRow("profile of unknown member") << QByteArray("POST") << QByteArray("/vld6member/save-profile")
+                                                   << QByteArray("a={\"member_id\":4242}") << 404;
+        QTest::newRow("watch list, id not a number") << QByteArray("POST") << QByteArray("/vld6watchlists/getwatchlists")
+                                                     << QByteArray("id=x") << 400;
+        QTest::newRow("purchases of unknown member") << QByteArray("POST") << QByteArray("/vld6purchases/getpurchases")
+                                                     << QByteArray("id=4242") << 404;
+        QTest::newRow("watch-list add, bad e") << QByteArray("GET") << QByteArray("/vld6watchlists/awl/z/00/m/5001/e/7")
+                                               << QByteArray() << 400;
+        QTest::newRow("report not base64") << QByteArray("POST") << QByteArray("/vld6scan/reportproblem")
+                                           << QByteArray("issue=***&m=-1&appname=x") << 400;
+        QTest::newRow("bad-plist report, bad member") << QByteArray("POST") << QByteArray("/vld6scan/badplist")
+                                                      << QByteArray("plist=aGk=&m=x") << 400;
+        QTest::newRow("empty analytics hit") << QByteArray("POST") << QByteArray("/collect") << QByteArray() << 400;
+        QTest::newRow("cart body not an object") << QByteArray("POST") << QByteArray("/cart/vld6") << QByteArray("a=[]") << 400;
+        QTest::newRow("short link of ftp") << QByteArray("GET") << QByteArray("/api-create.php?url=ftp://x") << QByteArray() << 400;
+        QTest::newRow("unknown short link") << QByteArray("GET") << QByteArray("/s/zzzz") << QByteArray() << 404;
+        QTest::newRow("icon of unknown id") << QByteArray("GET") << QByteArray("/util/iconlg/424242.png") << QByteArray() << 404;
+        QTest::newRow("unknown path") << QByteArray("GET") << QByteArray("/nowhere") << QByteArray() << 404;
+    }
+
+    void badRequests()
+    {
+        QFETCH(QByteArray, method);
+        QFETCH(QByteArray, target);
+        QFETCH(QByteArray, body);
+        QFETCH(int, status);
+        const HttpAnswer reply = method == "GET" ? m_client->get(target) : m_client->post(target, body);
+        QCOMPARE(reply.status, status);
+        // The service is still there, and logged the refusal.
+        QCOMPARE(m_client->get("/vld6blacklist").status, 200);
+        QVERIFY(m_service.log().contains(QByteArray(' ' + QByteArray::number(status) + ' ')));
+    }
+
+    void sitePagesAndIcons()
+    {
+        const HttpAnswer icon = m_client->get("/util/iconlg/5001.png");
+        QCOMPARE(icon.status, 200);
+        QVERIFY(icon.body.startsWith("\x89PNG\r\n\x1a\n"));
+        QCOMPARE(icon.header("Content-Type"), QByteArray("image/png"));
+        const HttpAnswer page = m_client->get("/app/mac/5001/Velmora%20Notes");
+        QCOMPARE(page.status, 200);
+        QVERIFY(page.body.contains("Velmora Notes"));
+        QVERIFY(page.body.contains("/files/VelmoraNotes-2.0.zip"));
+        QVERIFY(m_client->get("/desktop/discover").body.contains("/app/mac/5007/"));
+        QCOMPARE(m_client->get("/member/forgot-password").status, 200);
+        // An app whose link leads to a page: the link answers HTML.
+        const HttpAnswer journal = m_client->get("/files/velmora-journal.html");
+        QCOMPARE(journal.status, 200);
+        QVERIFY(journal.header("Content-Type").startsWith("text/html"));
+    }
+
+    void shortLinks()
+    {
+        const HttpAnswer created = m_client->get("/api-create.php?url=http://example.com/app/mac/5001/x&ref=share");
+        QCOMPARE(created.status, 200);
+        QVERIFY(created.body.startsWith(QByteArray(m_service.baseUrl().toUtf8() + "/s/")));
+        QCOMPARE(m_client->get("/api-create.php?url=http://example.com/app/mac/5001/x&ref=share").body, created.body);
+        const HttpAnswer followed = m_client->get(created.body.mid(m_service.baseUrl().size()));
+        QCOMPARE(followed.status, 302);
+        QCOMPARE(followed.header("Location"), QByteArray("http://example.com/app/mac/5001/x&ref=share"));
+    }
+
+    void promotions()
+    {
+        const HttpAnswer reply = m_client->get("/api/promosplist");
+        QCOMPARE(reply.status, 200);
+        const QList<QVariantMap> entries = Replies::plistEntries(reply.body);
+        QCOMPARE(entries.size(), 2);
+        QCOMPARE(entries.first().value(QStringLiteral("title")).toString(), QStringLiteral("Velmora Paint"));
+        QCOMPARE(entries.first().value(QStringLiteral("prod_id")).toString(), QStringLiteral("5002"));
+        QCOMPARE(entries.first().value(QStringLiteral("id")).toString(), QStringLiteral("801"));
+        QCOMPARE(entries.first().value(QStringLiteral("bundle_id")).toString(), QStringLiteral("com.velmora.sample.paint"));
+        for (const char *key : {"shortdescr", "link", "discount", "price", "appversion", "parent_sales_profile_id"})
+            QVERIFY2(!entries.first().value(QLatin1StringView(key)).toString().isEmpty(), key);
+    }
+
+    void stopsCleanlyOnTerminate()
+    {
+        ServiceProcess other;
+        QVERIFY(other.start());
+        QVERIFY(other.stop());
+    }
+};
+
+VELMORA_TEST_MAIN(TestServiceEndpoints)
+#include "TestServiceEndpoints.moc"

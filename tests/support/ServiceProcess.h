@@ -1,0 +1,44 @@
+#pragma once
+
+// Runs the real velmora-service for a test: a fresh temporary database, an optional import, and a free
+// loopback port. `serve --listen 127.0.0.1:0` binds an ephemeral port and prints the address it listens on
+// as its first line on stdout; start() reads that line. The destructor stops the service.
+
+#include <QByteArray>
+#include <QProcess>
+#include <QStringList>
+#include <QTemporaryDir>
+
+class ServiceProcess
+{
+public:
+    ServiceProcess();
+    ~ServiceProcess();
+    ServiceProcess(const ServiceProcess &) = delete;
+    ServiceProcess &operator=(const ServiceProcess &) = delete;
+
+    // Imports these JSON files first; with none, the service loads its bundled sample catalogue.
+    bool start(const QStringList &importFiles = {});
+    QString baseUrl() const; // "http://127.0.0.1:PORT"
+    quint16 port() const;
+    QString databasePath() const;
+    // Another velmora-service subcommand (args[0]) on the same database and key; returns its exit code
+    // (-1 when it could not run), stdout in output.
+    int runCommand(const QStringList &args, QByteArray *output = nullptr);
+
+    // Stops the service now (SIGTERM, as an operator would); true when it ended cleanly.
+    bool stop();
+    // What the service has logged so far (one line per request).
+    QByteArray log() const;
+
+    static QString binaryPath();
+    // The catalogue a fresh service loads, and the folder its update files are served from ("/files/").
+    static QString sampleCataloguePath();
+    static QString filesDir();
+
+private:
+    QTemporaryDir m_dir;
+    QProcess m_process;
+    QString m_baseUrl;
+    quint16 m_port = 0;
+};
