@@ -1,0 +1,264 @@
+#include "support/TestMain.h"
+
+#include "scan/BundleWalk.h"
+#include "scan/VLAppScanner.h"
+#include "scan/VLNotificationCenter.h"
+#include "scan/VLSettings.h"
+#include "support/BundleTree.h"
+
+#include <QDir>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+
+#include <unistd.h>
+
+namespace {
+
+struct Posted
+{
+    QString name;
+    std::optional<AppList> apps; // nullopt: posted with no object
+};
+
+// Runs one scan the way the driver does and returns what the scanner posted.
+Posted scanAndWait(VLAppScanner &scanner)
+{
+    Posted posted;
+    QObject context;
+    bool done = false;
+    for (const char *name : {kVLAppScannerFinished, kVLAppScannerFinishedBackground}) {
+        VLNotificationCenter::defaultCenter().subscribe(QLatin1String(name), &context, [&, name](const QVariant &object) {
+            posted.name = QLatin1String(name);
+            if (object.isValid()) {
+                posted.apps = object.value<AppList>();
+            }
+            done = true;
+        });
+    }
+    scanner.createSearchPredicate();
+    if (!QTest::qWaitFor([&] { return done; }, 20000)) {
+        qWarning("no notification");
+    }
+    return posted;
+}
+
+QStringList pathsOf(const AppList &apps)
+{
+    QStringList paths;
+    for (const AppRef &app : apps) {
+        paths.append(app->localPath);
+    }
+    return paths;
+}
+
+} // namespace
+
+class TestVLAppScanner : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void reportedKinds_data();
+    void reportedKinds();
+    void scopesInOrderAndSorted();
+    void nestedBundlesAndLinks();
+    void unreadableFolder();
+    void recordsAndBlacklist();
+    void notifications();
+
+private:
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_volume;
+    QString m_home;
+};
+
+void TestVLAppScanner::init()
+{
+    m_dir = std::make_unique<QTemporaryDir>();
+    m_volume = m_dir->path() + QStringLiteral("/volume");
+    m_home = QDir::homePath();
+    QDir(m_home).removeRecursively();
+    QDir().mkpath(m_home);
+    VLSettings settings;
+    settings.setValue(QLatin1String(SettingKey::volumeRoot), m_volume);
+    settings.remove(QLatin1String(SettingKey::searchpaths));
+}
+
+void TestVLAppScanner::reportedKinds_data()
+{
+    QTest::addColumn<QString>("name");
+    QTest::addColumn<bool>("folder");
+    QTest::addColumn<bool>("reported");
+
+    QTest::newRow("application") << "Foo.app" << true << true;
+    QTest::newRow("extension ignores case") << "Foo.APP" << true << true;
+    QTest::newRow("preference pane") << "Foo.prefPane" << true << true;
+    QTest::newRow("screen saver") << "Foo.saver" << true << true;
+    QTest::newRow("web plug-in") << "Foo.webplugin" << true << true;
+    QTest::newRow("plug-in") << "Foo.plugin" << true << true;
+    QTest::newRow("widget") << "Foo.wdgt" << true << true;
+    QTest::newRow("cookie bundle") << "Safari Cookies.bundle" << true << true;
+    QTest::newRow("other bundle") << "Other.bundle" << true << false;
+    QTest::newRow("composition file") << "Foo.qtz" << false << true;
+    QTest::newRow("composition folder") << "Foo.qtz" << true << false;
+    QTest::newRow("file named like an app") << "Foo.app" << false << false;
+    QTest::newRow("framework") << "Foo.framework" << true << false;
+    QTest::newRow("no extension") << "app" << true << false;
+    QTest::newRow("extension only") << ".app" << true << false;
+}
+
+void TestVLAppScanner::reportedKinds()
+{
+    QFETCH(QString, name);
+    QFETCH(bool, folder);
+    QFETCH(bool, reported);
+    QCOMPARE(BundleWalk::isReportedBundle(name, folder), reported);
+}
+
+void TestVLAppScanner::scopesInOrderAndSorted()
+{
+    BundleTree volume(m_volume);
+    BundleTree home(m_home);
+    const QString extra = m_dir->path() + QStringLiteral("/extra");
+    BundleTree more(extra);
+    volume.addBundle(QStringLiteral("Applications/beta.app"));
+    volume.addBundle(QStringLiteral("Applications/Same.app"));
+    home.addBundle(QStringLiteral("Applications/Alpha.app"));
+    home.addBundle(QStringLiteral("Applications/same.app"));
+    volume.addBundle(QStringLiteral("Developer/Applications/Gamma.app"));
+    home.addBundle(QStringLiteral("Library/Screen Savers/Drift.saver"));
+    home.addBundle(QStringLiteral("Library/Widgets/Radar.wdgt"));
+    home.addBundle(QStringLiteral("Library/PreferencePanes/Pane.prefPane"));
+    home.addBundle(QStringLiteral("Library/Internet Plug-Ins/Flash.plugin"));
+    volume.addBundle(QStringLiteral("Library/Screen Savers/Ebb.saver"));
+    volume.addBundle(QStringLiteral("Library/Internet Plug-Ins/Safari Cookies.bundle"));
+    volume.addFile(QStringLiteral("Library/Application Support/SIMBL/Plugins/Tint.qtz"));
+    volume.addBundle(QStringLiteral("Library/Frameworks/Hidden.app")); // not a scope
+    more.addBundle(QStringLiteral("Älpha.app"));
+    more.addBundle(QStringLiteral("Two\nLines.app"));
+    VLSettings().setValue(QLatin1String(SettingKey::searchpaths),
+                          QStringList{m_dir->path() + QStringLiteral("/missing"), extra});
+
+    const QStringList scopes = VLAppScanner::searchScopes();
+    QCOMPARE(scopes.size(), 14);
+    QCOMPARE(scopes.first(), m_volume + QStringLiteral("/Applications"));
+    QCOMPARE(scopes.at(1), m_home + QStringLiteral("/Applications"));
+    QCOMPARE(scopes.at(11), m_volume + QStringLiteral("/Library/Application Support/SIMBL"));
+    QCOMPARE(scopes.last(), extra);
+
+    // By file name ignoring case; equal names keep scope order (the local domain before the user's).
+    const QStringList expected = {
+        home.path(QStringLiteral("Applications/Alpha.app")),
+        volume.path(QStringLiteral("Applications/beta.app")),
+        home.path(QStringLiteral("Library/Screen Savers/Drift.saver")),
+        volume.path(QStringLiteral("Library/Screen Savers/Ebb.saver")),
+        home.path(QStringLiteral("Library/Internet Plug-Ins/Flash.plugin")),
+        volume.path(QStringLiteral("Developer/Applications/Gamma.app")),
+        home.path(QStringLiteral("Library/PreferencePanes/Pane.prefPane")),
+        home.path(QStringLiteral("Library/Widgets/Radar.wdgt")),
+        volume.path(QStringLiteral("Library/Internet Plug-Ins/Safari Cookies.bundle")),
+        volume.path(QStringLiteral("Applications/Same.app")),
+        home.path(QStringLiteral("Applications/same.app")),
+        volume.path(QStringLiteral("Library/Application Support/SIMBL/Plugins/Tint.qtz")),
+        more.path(QStringLiteral("Two\nLines.app")),
+        more.path(QStringLiteral("Älpha.app")), // compared by character code, not by a language's rules
+    };
+    QCOMPARE(BundleWalk::findBundles(scopes), expected);
+}
+
+void TestVLAppScanner::nestedBundlesAndLinks()
+{
+    BundleTree tree(m_volume + QStringLiteral("/Applications"));
+    tree.addBundle(QStringLiteral("Outer.app/Contents/Library/LoginItems/Inner.app"));
+    tree.addBundle(QStringLiteral("Suite/Tool.app"));
+    tree.addBundle(QStringLiteral("Kit.framework/Resources/Kit Helper.app"));
+    tree.addSymlink(QStringLiteral("Suite/loop"), QStringLiteral(".."));
+    tree.addSymlink(QStringLiteral("Suite/self"), QStringLiteral("."));
+    tree.addSymlink(QStringLiteral("Suite/Dangling.app"), m_dir->path() + QStringLiteral("/nowhere"));
+    tree.addSymlink(QStringLiteral("Again.app"), tree.path(QStringLiteral("Suite/Tool.app")));
+    const QString elsewhere = BundleTree(m_dir->path() + QStringLiteral("/elsewhere")).addBundle(QStringLiteral("Far.app"));
+    tree.addSymlink(QStringLiteral("Far.app"), elsewhere);
+    tree.addSymlink(QStringLiteral("Linked"), m_dir->path() + QStringLiteral("/elsewhere"));
+
+    const QStringList found = BundleWalk::findBundles({tree.root(), tree.root() + QStringLiteral("/Suite")});
+    // The link "Again.app" is reached before Suite/Tool.app (depth first, by name), so it stands for that bundle.
+    QCOMPARE(found, (QStringList{tree.path(QStringLiteral("Again.app")), tree.path(QStringLiteral("Far.app")),
+                                 tree.path(QStringLiteral("Kit.framework/Resources/Kit Helper.app")),
+                                 tree.path(QStringLiteral("Outer.app"))}));
+}
+
+void TestVLAppScanner::unreadableFolder()
+{
+    if (geteuid() == 0) {
+        QSKIP("root reads every folder");
+    }
+    BundleTree tree(m_volume + QStringLiteral("/Applications"));
+    tree.addBundle(QStringLiteral("Open.app"));
+    const QString locked = tree.addFolder(QStringLiteral("Locked"));
+    tree.addBundle(QStringLiteral("Locked/Secret.app"));
+    QFile::setPermissions(locked, QFileDevice::Permissions());
+    const QStringList found = BundleWalk::findBundles({tree.root()});
+    QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    QCOMPARE(found, QStringList{tree.path(QStringLiteral("Open.app"))});
+}
+
+void TestVLAppScanner::recordsAndBlacklist()
+{
+    BundleTree tree(m_volume + QStringLiteral("/Applications"));
+    tree.addBundle(QStringLiteral("Editor.app"), {{QStringLiteral("CFBundleIdentifier"), QStringLiteral("com.example.editor")},
+                                                  {QStringLiteral("CFBundleShortVersionString"), QStringLiteral("2.5.1")}});
+    tree.addBundle(QStringLiteral("Editor Setup.app"));
+    tree.addBundle(QStringLiteral("Chess.app"));
+    tree.addBundle(QStringLiteral("Mine.app"));
+
+    VLBlacklist blacklist;
+    blacklist.append({QStringLiteral("Mine")});
+    VLAppScanner scanner(blacklist);
+    const Posted posted = scanAndWait(scanner);
+    QVERIFY(posted.apps);
+    QCOMPARE(pathsOf(*posted.apps), QStringList{tree.path(QStringLiteral("Editor.app"))});
+    const VLApp &editor = *posted.apps->first();
+    QCOMPARE(editor.name, QStringLiteral("Editor.app"));
+    QCOMPARE(editor.displayName, QStringLiteral("Editor"));
+    QCOMPARE(editor.kind, QStringLiteral("app"));
+    QCOMPARE(editor.bundleID, QStringLiteral("com.example.editor"));
+    QCOMPARE(editor.localVersion, QStringLiteral("2.5.1"));
+    QCOMPARE(editor.vlVersion, QStringLiteral("-"));
+}
+
+void TestVLAppScanner::notifications()
+{
+    // Nothing found at all: the foreground notification with no object, and a log line.
+    {
+        VLAppScanner scanner{VLBlacklist()};
+        QTest::ignoreMessage(QtInfoMsg, "mdQuery resultCount = 0");
+        const Posted posted = scanAndWait(scanner);
+        QCOMPARE(posted.name, QLatin1String(kVLAppScannerFinished));
+        QVERIFY(!posted.apps);
+        QVERIFY(scanner.doneScanning());
+    }
+    BundleTree tree(m_volume + QStringLiteral("/Applications"));
+    tree.addBundle(QStringLiteral("Chess.app"));
+    // Found, but all blacklisted: an empty list, which is not the same as nothing found.
+    {
+        VLAppScanner scanner{VLBlacklist()};
+        QVERIFY(!scanner.doneScanning());
+        const Posted posted = scanAndWait(scanner);
+        QCOMPARE(posted.name, QLatin1String(kVLAppScannerFinished));
+        QVERIFY(posted.apps && posted.apps->isEmpty());
+    }
+    tree.addBundle(QStringLiteral("Notes.app"));
+    {
+        VLAppScanner scanner{VLBlacklist()};
+        scanner.setSendResultsToBackgroundCheker(true);
+        const Posted posted = scanAndWait(scanner);
+        QCOMPARE(posted.name, QLatin1String(kVLAppScannerFinishedBackground));
+        QVERIFY(posted.apps);
+        QCOMPARE(pathsOf(*posted.apps), QStringList{tree.path(QStringLiteral("Notes.app"))});
+        QVERIFY(scanner.doneScanning());
+    }
+}
+
+VELMORA_TEST_MAIN(TestVLAppScanner)
+#include "TestVLAppScanner.moc"

@@ -1,0 +1,277 @@
+#include "support/TestMain.h"
+
+#include "scan/VLDataFileLoader.h"
+#include "scan/VLScanData.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QTemporaryDir>
+#include <QThread>
+
+#include <unistd.h>
+
+namespace {
+
+AppRef record(const QString &path, const QString &vlID)
+{
+    auto app = std::make_shared<VLApp>();
+    app->localPath = path;
+    app->name = path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
+    app->displayName = app->name;
+    app->vlID = vlID;
+    app->vlVersion = QStringLiteral("-");
+    app->skippedVersion = QStringLiteral("-");
+    return app;
+}
+
+void writeBytes(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    QVERIFY(file.open(QIODevice::WriteOnly));
+    file.write(bytes);
+}
+
+QByteArray readBytes(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+} // namespace
+
+class TestVLScanData : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init();
+    void noFile();
+    void roundTrip();
+    void damagedFileKeptAside_data();
+    void damagedFileKeptAside();
+    void lookups_data();
+    void lookups();
+    void changesOfTwoProcesses();
+    void staleLockTakenOver();
+    void loader();
+
+private:
+    std::unique_ptr<QTemporaryDir> m_dir;
+    QString m_file;
+};
+
+void TestVLScanData::init()
+{
+    m_dir = std::make_unique<QTemporaryDir>();
+    m_file = m_dir->path() + QStringLiteral("/vldscan.vld6");
+}
+
+void TestVLScanData::noFile()
+{
+    VLScanData store(m_file);
+    QVERIFY(!store.apps());
+    store.updateAppsUsingNewScan({record(QStringLiteral("/a"), QString())});
+    QVERIFY(!store.apps()); // the driver installs the first scan itself
+    QVERIFY(VLScanData::pathForDataFile().endsWith(QLatin1String("/Velmora/Velmora Desktop 6/vldscan.vld6")));
+}
+
+void TestVLScanData::roundTrip()
+{
+    const QString bundle = m_dir->path() + QStringLiteral("/Applications/Editor.app");
+    QDir().mkpath(bundle);
+    {
+        VLScanData store(m_file);
+        AppRef editor = record(bundle, QStringLiteral("501"));
+        editor->filehash = QStringLiteral("abc123");
+        editor->releaseNotes = QStringLiteral("Fixes.\nMore \"fixes\".");
+        AppRef purchase = record(QStringLiteral("-"), QStringLiteral("502"));
+        purchase->orderid = QStringLiteral("9");
+        store.setApps(AppList{editor, purchase});
+        QVERIFY(store.saveDataToDisk());
+    }
+    const QJsonObject root = QJsonDocument::fromJson(readBytes(m_file)).object();
+    QCOMPARE(root.keys(), QStringList{QStringLiteral("apps")});
+    QCOMPARE(root.value(QStringLiteral("apps")).toArray().size(), 2);
+
+    VLScanData loaded(m_file);
+    QVERIFY(loaded.apps());
+    const AppList apps = *loaded.apps();
+    QCOMPARE(apps.size(), 2);
+    QCOMPARE(apps.at(0)->localPath, bundle);
+    QCOMPARE(apps.at(0)->vlID, QStringLiteral("501"));
+    QCOMPARE(apps.at(0)->filehash, QStringLiteral("abc123"));
+    QCOMPARE(apps.at(0)->releaseNotes, QStringLiteral("Fixes.\nMore \"fixes\"."));
+    QCOMPARE(apps.at(1)->orderid, QStringLiteral("9"));
+    QCOMPARE(apps.at(1)->localPath, QStringLiteral("-"));
+    QVERIFY(loaded.fileModDate().isValid());
+    QVERIFY(!QFile::exists(m_file + QStringLiteral(".damaged")));
+}
+
+void TestVLScanData::damagedFileKeptAside_data()
+{
+    QTest::addColumn<QByteArray>("content");
+    QTest::addColumn<QString>("aside");  // "moved", "copied" or "none"
+    QTest::addColumn<int>("records");    // -1: absent
+
+    QTest::newRow("not JSON") << QByteArray("\x00\x01garbage", 9) << "moved" << -1;
+    QTest::newRow("cut short") << QByteArray("{\"apps\": [{\"localPath\": \"/a\"") << "moved" << -1;
+    QTest::newRow("no apps key") << QByteArray("{\"records\": []}") << "moved" << -1;
+    QTest::newRow("apps not a list") << QByteArray("{\"apps\": 3}") << "moved" << -1;
+    QTest::newRow("a stray entry") << QByteArray("{\"apps\": [7, {\"localPath\": \"-\", \"vlID\": \"4\"}]}") << "copied"
+                                   << 1;
+    QTest::newRow("empty list") << QByteArray("{\"apps\": []}") << "none" << 0;
+}
+
+void TestVLScanData::damagedFileKeptAside()
+{
+    QFETCH(QByteArray, content);
+    QFETCH(QString, aside);
+    QFETCH(int, records);
+    writeBytes(m_file, content);
+    const QString damaged = m_file + QStringLiteral(".damaged");
+
+    VLScanData store(m_file);
+    QCOMPARE(store.apps().has_value(), records >= 0);
+    if (records >= 0) {
+        QCOMPARE(store.apps()->size(), records);
+    }
+    QCOMPARE(QFile::exists(damaged), aside != QLatin1String("none"));
+    QCOMPARE(QFile::exists(m_file), aside != QLatin1String("moved"));
+    if (aside != QLatin1String("none")) {
+        QCOMPARE(readBytes(damaged), content);
+    }
+
+    // The next save writes a good file and leaves the kept copy alone.
+    store.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("8"))});
+    QVERIFY(store.saveDataToDisk());
+    QCOMPARE(VLScanData(m_file).apps()->size(), 1);
+    if (aside != QLatin1String("none")) {
+        QCOMPARE(readBytes(damaged), content);
+    }
+}
+
+void TestVLScanData::lookups_data()
+{
+    QTest::addColumn<QString>("vlID");
+    QTest::addColumn<bool>("hasApp");
+    QTest::addColumn<bool>("outdated");
+    QTest::addColumn<bool>("purchase");
+    QTest::addColumn<bool>("purchaseInstalled");
+
+    QTest::newRow("unknown") << "1" << false << false << false << false;
+    QTest::newRow("outdated installed") << "10" << true << true << false << false;
+    QTest::newRow("outdated but downloading, then one that is not") << "11" << true << true << false << false;
+    QTest::newRow("outdated but installing") << "12" << true << false << false << false;
+    QTest::newRow("outdated but not installed") << "13" << true << false << false << false;
+    QTest::newRow("purchase not installed") << "20" << true << false << true << false;
+    QTest::newRow("purchase installed") << "21" << true << false << false << true;
+    QTest::newRow("purchase version marked unknown") << "22" << true << false << false << false;
+}
+
+void TestVLScanData::lookups()
+{
+    QFETCH(QString, vlID);
+    QFETCH(bool, hasApp);
+    QFETCH(bool, outdated);
+    QFETCH(bool, purchase);
+    QFETCH(bool, purchaseInstalled);
+
+    const auto make = [](const char *path, const char *id, auto adjust) {
+        AppRef app = record(QString::fromUtf8(path), QString::fromUtf8(id));
+        adjust(*app);
+        return app;
+    };
+    const AppList apps = {
+        make("/a", "10", [](VLApp &a) { a.isOutdated = true; }),
+        make("/b", "11", [](VLApp &a) { a.isOutdated = true, a.isDownloading = true; }),
+        make("/c", "11", [](VLApp &a) { a.isOutdated = true; }),
+        make("/d", "12", [](VLApp &a) { a.isOutdated = true, a.isInstalling = true; }),
+        make("-", "13", [](VLApp &a) { a.isOutdated = true; }),
+        make("", "20", [](VLApp &a) { a.purchasedVersion = QStringLiteral("2.0"); }),
+        make("/e", "21", [](VLApp &a) { a.purchasedVersion = QStringLiteral("2.0"); }),
+        make("-", "22", [](VLApp &a) { a.purchasedVersion = QStringLiteral("-"); }),
+    };
+    VLScanData store(m_file);
+    store.setApps(apps);
+    QCOMPARE(store.hasAppWithVLID(vlID), hasApp);
+    QCOMPARE(store.hasOutdatedAppWithVLID(vlID), outdated);
+    QCOMPARE(store.hasPurchaseWithVLID(vlID), purchase);
+    QCOMPARE(store.hasPurchaseInstalledWithVLID(vlID), purchaseInstalled);
+    if (hasApp) {
+        QCOMPARE(store.appWithVLID(vlID)->vlID, vlID);
+        QVERIFY(apps.contains(store.appWithVLID(vlID)));
+    }
+    QCOMPARE(store.appWithVLID(QStringLiteral("11"))->localPath, QStringLiteral("/b")); // the first in stored order
+}
+
+void TestVLScanData::changesOfTwoProcesses()
+{
+    VLScanData desktop(m_file);
+    VLScanData cli(m_file);
+    {
+        VLScanData::Change change(desktop);
+        QVERIFY(change.isLocked());
+        QVERIFY(!change.reloaded());
+        desktop.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("1"))});
+
+        // The other side cannot start a change while this one runs; it runs on its own thread as a second process would.
+        bool otherLocked = true;
+        QThread *other = QThread::create([&] { otherLocked = VLScanData::Change(cli, 200).isLocked(); });
+        other->start();
+        other->wait();
+        delete other;
+        QVERIFY(!otherLocked);
+        QVERIFY(desktop.saveDataToDisk());
+    }
+    {
+        VLScanData::Change change(cli, 1000);
+        QVERIFY(change.isLocked());
+        QVERIFY(change.reloaded()); // sees the desktop's record before changing anything
+        QCOMPARE(cli.apps()->size(), 1);
+        AppList apps = *cli.apps();
+        apps.append(record(QStringLiteral("-"), QStringLiteral("2")));
+        cli.setApps(apps);
+        QVERIFY(cli.saveDataToDisk());
+    }
+    {
+        VLScanData::Change change(desktop);
+        QVERIFY(change.reloaded());
+        QCOMPARE(desktop.apps()->size(), 2);
+    }
+    QVERIFY(!desktop.reloadIfChangedOnDisk()); // its own view is current
+}
+
+void TestVLScanData::staleLockTakenOver()
+{
+    // A process that was killed while changing the store leaves its lock file behind.
+    writeBytes(m_file + QStringLiteral(".lock"), "999999\nvelmora-cli\n" + QSysInfo::machineHostName().toUtf8() + "\n");
+    VLScanData store(m_file);
+    VLScanData::Change change(store, 2000);
+    QVERIFY(change.isLocked());
+}
+
+void TestVLScanData::loader()
+{
+    VLScanData seed; // the real data folder, inside this test's own home
+    seed.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("3"))});
+    QVERIFY(seed.saveDataToDisk());
+
+    VLDataFileLoader loader;
+    QVERIFY(loader.isLoading());
+    QVERIFY(!loader.scanData());
+    QThread *thread = QThread::create([&loader] { loader.loadFile(); });
+    thread->start();
+    while (loader.isLoading()) {
+        QThread::yieldCurrentThread();
+    }
+    thread->wait();
+    delete thread;
+    QVERIFY(loader.scanData());
+    QCOMPARE(loader.scanData()->apps()->size(), 1);
+}
+
+VELMORA_TEST_MAIN(TestVLScanData)
+#include "TestVLScanData.moc"
