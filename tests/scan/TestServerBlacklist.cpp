@@ -1,0 +1,65 @@
+#include "support/TestMain.h"
+
+#include "scan/VLAppScanner.h"
+#include "scan/VLNotificationCenter.h"
+#include "scan/VLSettings.h"
+#include "support/BundleTree.h"
+#include "support/ServiceProcess.h"
+
+#include <QTemporaryDir>
+
+// The scanner's blacklist with the names the real service adds, fetched over loopback.
+class TestServerBlacklist : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void fetchedAndApplied();
+    void unreachableHostKeepsBuiltInList();
+};
+
+void TestServerBlacklist::fetchedAndApplied()
+{
+    ServiceProcess service;
+    QVERIFY(service.start());
+    VLSettings settings;
+    settings.setValue(QLatin1String(SettingKey::serviceHost), service.baseUrl());
+    QTemporaryDir dir;
+    settings.setValue(QLatin1String(SettingKey::volumeRoot), dir.path());
+    BundleTree tree(dir.path() + QStringLiteral("/Applications"));
+    tree.addBundle(QStringLiteral("Velmora Helper.app"));
+    tree.addBundle(QStringLiteral("Velmora Helpers.app"));
+
+    VLAppScanner scanner;
+    const QStringList names = scanner.blackListApps();
+    QCOMPARE(names.size(), 344);
+    QCOMPARE(names.mid(0, 342), VLBlacklist::builtInList());
+    QCOMPARE(names.mid(342), (QStringList{QStringLiteral("Velmora Helper"), QStringLiteral("Velmora Uninstaller")}));
+
+    AppList apps;
+    bool done = false;
+    QObject context;
+    VLNotificationCenter::defaultCenter().subscribe(QLatin1String(kVLAppScannerFinished), &context,
+                                                    [&](const QVariant &object) {
+                                                        apps = object.value<AppList>();
+                                                        done = true;
+                                                    });
+    scanner.createSearchPredicate();
+    QVERIFY(QTest::qWaitFor([&] { return done; }, 20000));
+    QCOMPARE(apps.size(), 1);
+    QCOMPARE(apps.first()->localPath, tree.path(QStringLiteral("Velmora Helpers.app")));
+}
+
+void TestServerBlacklist::unreachableHostKeepsBuiltInList()
+{
+    ServiceProcess service;
+    QVERIFY(service.start());
+    const QString url = service.baseUrl();
+    QVERIFY(service.stop()); // a port that was just free and now refuses
+    VLSettings().setValue(QLatin1String(SettingKey::serviceHost), url);
+    VLAppScanner scanner;
+    QCOMPARE(scanner.blackListApps(), VLBlacklist::builtInList());
+}
+
+VELMORA_TEST_MAIN(TestServerBlacklist)
+#include "TestServerBlacklist.moc"
