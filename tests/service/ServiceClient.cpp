@@ -2,6 +2,7 @@
 
 #include <QCryptographicHash>
 #include <QJsonDocument>
+#include <QTcpSocket>
 
 #include <plist/plist.h>
 #include <zlib.h>
@@ -12,7 +13,7 @@ QByteArray HttpAnswer::header(const char *name) const
     return it == headers.end() ? QByteArray() : QByteArray::fromStdString(it->second);
 }
 
-ServiceClient::ServiceClient(const ServiceProcess &service) : m_client("127.0.0.1", service.port())
+ServiceClient::ServiceClient(const ServiceProcess &service) : m_port(service.port()), m_client("127.0.0.1", m_port)
 {
     m_client.set_read_timeout(30);
 }
@@ -70,6 +71,19 @@ HttpAnswer ServiceClient::get(const QByteArray &target, const httplib::Headers &
 HttpAnswer ServiceClient::post(const QByteArray &target, const QByteArray &body, const char *contentType)
 {
     return answer(m_client.Post(target.toStdString(), body.toStdString(), contentType));
+}
+
+QByteArray ServiceClient::raw(const QByteArray &request)
+{
+    QTcpSocket socket;
+    socket.connectToHost(QStringLiteral("127.0.0.1"), m_port);
+    if (!socket.waitForConnected(5000))
+        return {};
+    socket.write(request);
+    QByteArray answer;
+    while (socket.state() == QAbstractSocket::ConnectedState && socket.waitForReadyRead(5000))
+        answer += socket.readAll();
+    return answer + socket.readAll();
 }
 
 QJsonObject ServiceClient::automatch(const QByteArray &body)

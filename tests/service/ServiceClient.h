@@ -25,10 +25,15 @@ public:
     HttpAnswer post(const QByteArray &target, const QByteArray &body,
                     const char *contentType = "application/x-www-form-urlencoded");
 
+    // Sends the bytes as they are over a new connection and returns everything the service answers, for
+    // checks on the exact header bytes (the client above decodes header values).
+    QByteArray raw(const QByteArray &request);
+
     // POSTs a matching request and returns the decompressed, parsed reply (empty on any failure).
     QJsonObject automatch(const QByteArray &body);
 
 private:
+    quint16 m_port;
     httplib::Client m_client;
 };
 

@@ -1,0 +1,251 @@
+// Round trips through velmora-service's member, list, report and analytics paths.
+
+#include "ServiceClient.h"
+#include "support/TestMain.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace {
+
+QByteArray md5(const QByteArray &text)
+{
+    return Replies::md5Hex(text).toLatin1();
+}
+
+QByteArray passwordLoginPath(const QByteArray &email, const QByteArray &password)
+{
+    return "/vld6member/jlogincheck2/u/" + md5(email) + "/p/" + md5(password)
+           + "/vld/6.0.4/c/C02TEST/os/Version%2014.1%20%28Build%2023B74%29/r/16384/cpu/8/uuid/UUID-1";
+}
+
+QString base64Text(const QJsonObject &reply, const char *key)
+{
+    return QString::fromUtf8(QByteArray::fromBase64(reply.value(QLatin1StringView(key)).toString().toLatin1()));
+}
+
+} // namespace
+
+class TestServiceMembers : public QObject
+{
+    Q_OBJECT
+
+private:
+    ServiceProcess m_service;
+    std::unique_ptr<ServiceClient> m_client;
+    qint64 m_annId = -1;
+
+    QJsonObject getJson(const QByteArray &target)
+    {
+        const HttpAnswer reply = m_client->get(target);
+        return reply.status == 200 ? QJsonDocument::fromJson(reply.body).object() : QJsonObject();
+    }
+
+    qint64 addMember(const QString &email, const QString &password)
+    {
+        QByteArray output;
+        const int rc = m_service.runCommand({QStringLiteral("add-member"), QStringLiteral("--email"), email,
+                                             QStringLiteral("--password"), password, QStringLiteral("--first"),
+                                             QStringLiteral("Ann"), QStringLiteral("--last"), QStringLiteral("Lee")},
+                                            &output);
+        return rc == 0 ? output.trimmed().toLongLong() : -1;
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_service.start());
+        m_client = std::make_unique<ServiceClient>(m_service);
+        m_annId = addMember(QStringLiteral("ann@example.com"), QStringLiteral("pässword 1"));
+        QVERIFY(m_annId > 0);
+    }
+
+    void passwordLogin_data()
+    {
+        QTest::addColumn<QByteArray>("email");
+        QTest::addColumn<QByteArray>("password");
+        QTest::addColumn<bool>("accepted");
+        QTest::newRow("right password") << QByteArray("ann@example.com") << QByteArray("pässword 1") << true;
+        QTest::newRow("e-mail in other case") << QByteArray("ANN@example.com") << QByteArray("pässword 1") << false;
+        QTest::newRow("e-mail in lower case") << QByteArray("ann@example.com") << QByteArray("pässword 1") << true;
+        QTest::newRow("wrong password") << QByteArray("ann@example.com") << QByteArray("pässword 2") << false;
+        QTest::newRow("unknown member") << QByteArray("nobody@example.com") << QByteArray("pässword 1") << false;
+    }
+
+    void passwordLogin()
+    {
+        QFETCH(QByteArray, email);
+        QFETCH(QByteArray, password);
+        QFETCH(bool, accepted);
+        const QJsonObject reply = getJson(passwordLoginPath(email, password));
+        QCOMPARE(reply.contains(QStringLiteral("error")), !accepted);
+        if (accepted) {
+            QCOMPARE(reply.value(QStringLiteral("id")).toInteger(), m_annId);
+            QCOMPARE(reply.value(QStringLiteral("first")).toString(), QStringLiteral("Ann"));
+            QCOMPARE(base64Text(reply, "email"), QStringLiteral("ann@example.com"));
+            QCOMPARE(base64Text(reply, "password"), QStringLiteral("pässword 1"));
+        }
+    }
+
+    void passwordIsEncryptedAtRest()
+    {
+        QFile database(m_service.databasePath());
+        QVERIFY(database.open(QIODevice::ReadOnly));
+        const QByteArray bytes = database.readAll();
+        QVERIFY(!bytes.contains(QStringLiteral("pässword 1").toUtf8()));
+        QVERIFY(!bytes.contains(md5("pässword 1")));
+    }
+
+    void logHidesSecrets()
+    {
+        QVERIFY(m_client->get(passwordLoginPath("ann@example.com", "pässword 1")).status == 200);
+        const QByteArray log = m_service.log();
+        QVERIFY(log.contains("/vld6member/jlogincheck2/u/***/p/***/vld/6.0.4"));
+        QVERIFY(!log.contains(md5("pässword 1")));
+        QVERIFY(!log.contains(md5("ann@example.com")));
+    }
+
+    void cookieLoginAfterSiteSignIn()
+    {
+        QVERIFY(addMember(QStringLiteral("fay@example.com"), QStringLiteral("pässword 1")) > 0);
+        const QByteArray form = "email=fay%40example.com&password=p%C3%A4ssword+1";
+        const QByteArray answer = m_client->raw("POST /member/login HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n"
+                                                "Content-Type: application/x-www-form-urlencoded\r\nContent-Length: "
+                                                + QByteArray::number(form.size()) + "\r\n\r\n" + form);
+        QVERIFY2(answer.startsWith("HTTP/1.1 200"), answer.constData());
+        // login=ID%3ATOKEN; the program splits the value at the literal "%3A".
+        const QByteArray field = "\r\nSet-Cookie: login=";
+        QVERIFY(answer.contains(field));
+        const qsizetype start = answer.indexOf(field) + field.size();
+        const QList<QByteArray> pair = answer.mid(start, answer.indexOf(';', start) - start).split('%');
+        QCOMPARE(pair.size(), 2);
+        const QByteArray memberId = pair[0];
+        const QByteArray token = pair[1].mid(2);
+        const QJsonObject reply = getJson("/vld6member/jlogincheckcookie/u/" + memberId + "/p/" + token
+                                          + "/vld/6.0.4/c/C/os/14/r/1/cpu/1/uuid/U");
+        QCOMPARE(QByteArray::number(reply.value(QStringLiteral("id")).toInteger()), memberId);
+        QCOMPARE(base64Text(reply, "password"), QStringLiteral("pässword 1"));
+        QVERIFY(!m_service.log().contains(token));
+        QVERIFY(getJson("/vld6member/jlogincheckcookie/u/" + memberId + "/p/0123/vld/6.0.4").contains(QStringLiteral("error")));
+        QCOMPARE(m_client->post("/member/login", "email=fay%40example.com&password=nope").status, 403);
+    }
+
+    void signupThenLogin()
+    {
+        const QByteArray utmz = QByteArray("utmcsr=example|utmccn=(referral)").toBase64();
+        const QJsonObject created = getJson("/vld6member/signup/e/bo%40example.com/p/s%2Fcret%26/f/Bo/l/Ng/utmz/" + utmz);
+        QVERIFY(created.value(QStringLiteral("id")).toInteger() > 0);
+        QCOMPARE(created.value(QStringLiteral("first")).toString(), QStringLiteral("Bo"));
+        QVERIFY(!m_service.log().contains("s%2Fcret"));
+        QCOMPARE(getJson(passwordLoginPath("bo@example.com", "s/cret&")).value(QStringLiteral("id")),
+                 created.value(QStringLiteral("id")));
+        // The same address again, or one that is not an address, is refused with a text the program shows.
+        QVERIFY(getJson("/vld6member/signup/e/BO%40example.com/p/x/f/Bo/l/Ng").contains(QStringLiteral("error")));
+        QVERIFY(getJson("/vld6member/signup/e/not-an-address/p/x/f/Bo/l/Ng").contains(QStringLiteral("error")));
+    }
+
+    void savedProfileShowsAtNextLogin()
+    {
+        const qint64 id = addMember(QStringLiteral("cy@example.com"), QStringLiteral("pw"));
+        const QJsonObject profile{{QStringLiteral("fname"), QStringLiteral("Cyd")},
+                                  {QStringLiteral("lname"), QStringLiteral("Oak")},
+                                  {QStringLiteral("email"), QStringLiteral("cyd@example.com")},
+                                  {QStringLiteral("address"), QStringLiteral("1 Main St & Co")},
+                                  {QStringLiteral("city"), QStringLiteral("Oslo")},
+                                  {QStringLiteral("state"), QString()},
+                                  {QStringLiteral("zip"), QStringLiteral("0150")},
+                                  {QStringLiteral("country"), QStringLiteral("NO")},
+                                  {QStringLiteral("member_id"), id}};
+        const HttpAnswer saved = m_client->post("/vld6member/save-profile",
+                                                "a=" + QJsonDocument(profile).toJson(QJsonDocument::Compact));
+        QCOMPARE(saved.status, 200);
+        const QJsonObject reply = getJson(passwordLoginPath("cyd@example.com", "pw"));
+        QCOMPARE(reply.value(QStringLiteral("first")).toString(), QStringLiteral("Cyd"));
+        QCOMPARE(reply.value(QStringLiteral("address")).toString(), QStringLiteral("1 Main St & Co"));
+        QCOMPARE(reply.value(QStringLiteral("zip")).toString(), QStringLiteral("0150"));
+        QVERIFY(getJson(passwordLoginPath("cy@example.com", "pw")).contains(QStringLiteral("error")));
+    }
+
+    void watchListRoundTrip()
+    {
+        const qint64 id = addMember(QStringLiteral("dee@example.com"), QStringLiteral("pw"));
+        const QByteArray z = md5(QByteArray::number(id));
+        QCOMPARE(m_client->get("/vld6watchlists/awl/z/" + z + "/m/5004/e/1").status, 200);
+        QCOMPARE(m_client->get("/vld6watchlists/awl/z/" + z + "/m/5001/e/0").status, 200);
+        QCOMPARE(m_client->get("/vld6watchlists/awl/z/" + z + "/m/424242/e/0").status, 404);
+        const auto list = [&] {
+            return Replies::plistEntries(m_client->post("/vld6watchlists/getwatchlists", "id=" + QByteArray::number(id)).body);
+        };
+        QList<QVariantMap> entries = list();
+        QCOMPARE(entries.size(), 2);
+        QCOMPARE(entries[0].value(QStringLiteral("vl_id")).toString(), QStringLiteral("5004"));
+        QCOMPARE(entries[0].value(QStringLiteral("list_name")).toString(), QStringLiteral("All"));
+        QCOMPARE(entries[0].value(QStringLiteral("name")).toString(), QStringLiteral("Velmora Radio"));
+        QCOMPARE(entries[0].value(QStringLiteral("link")).toString(), m_service.baseUrl() + QStringLiteral("/files/VelmoraRadio-2.0.tbz"));
+        QVERIFY(!entries[0].value(QStringLiteral("wl_id")).toString().isEmpty());
+
+        QCOMPARE(m_client->get("/vld6watchlists/rwl/z/" + z + "/m/5004").status, 200);
+        entries = list();
+        QCOMPARE(entries.size(), 1);
+        QCOMPARE(entries[0].value(QStringLiteral("vl_id")).toString(), QStringLiteral("5001"));
+        QCOMPARE(m_client->get("/vld6watchlists/rwl/z/" + z + "/m/5004").status, 404);
+    }
+
+    void cartPurchaseShowsInPurchases()
+    {
+        const qint64 id = addMember(QStringLiteral("eve@example.com"), QStringLiteral("pw"));
+        QVERIFY(Replies::plistEntries(m_client->post("/vld6purchases/getpurchases", "id=" + QByteArray::number(id)).body).isEmpty());
+        const QJsonObject order{{QStringLiteral("member_id"), id}, {QStringLiteral("promo_id"), 802},
+                                {QStringLiteral("address"), QStringLiteral("1 Main St")}};
+        QCOMPARE(m_client->post("/cart/vld6", "a=" + QJsonDocument(order).toJson(QJsonDocument::Compact)).status, 200);
+        const QList<QVariantMap> entries =
+            Replies::plistEntries(m_client->post("/vld6purchases/getpurchases", "id=" + QByteArray::number(id)).body);
+        QCOMPARE(entries.size(), 1);
+        QCOMPARE(entries[0].value(QStringLiteral("vl_id")).toString(), QStringLiteral("5003"));
+        QCOMPARE(entries[0].value(QStringLiteral("bundle_id")).toString(), QStringLiteral("com.velmora.sample.clock"));
+        QCOMPARE(entries[0].value(QStringLiteral("purchased_version")).toString(), QStringLiteral("2.0"));
+        for (const char *key : {"orderid", "serial_number", "order_date", "name"})
+            QVERIFY2(!entries[0].value(QLatin1StringView(key)).toString().isEmpty(), key);
+    }
+
+    void reportsReachTheOperator()
+    {
+        const QByteArray issue = QStringLiteral("Wrong app matched: Bücher ≠ Books").toUtf8().toBase64();
+        QCOMPARE(m_client->post("/vld6scan/reportproblem",
+                                "issue=" + issue + "&m=-1&appid=5001&appname=Notes%20%26%20More&installedversion=1.0"
+                                "&vlversion=2.0&bundle=com.velmora.sample.notes&vld=6.0.4&path=/Applications/A&B.app")
+                     .status,
+                 200);
+        QCOMPARE(m_client->post("/vld6scan/badplist", "plist=" + QByteArray("<plist><dict>").toBase64() + "&m=7").status, 200);
+        QByteArray output;
+        QCOMPARE(m_service.runCommand({QStringLiteral("reports")}, &output), 0);
+        const QList<QByteArray> lines = output.trimmed().split('\n');
+        QCOMPARE(lines.size(), 2);
+        const QJsonObject problem = QJsonDocument::fromJson(lines[0]).object();
+        QCOMPARE(problem.value(QStringLiteral("kind")).toString(), QStringLiteral("problem"));
+        QCOMPARE(problem.value(QStringLiteral("issue")).toString(), QStringLiteral("Wrong app matched: Bücher ≠ Books"));
+        QCOMPARE(problem.value(QStringLiteral("app_name")).toString(), QStringLiteral("Notes & More"));
+        QCOMPARE(problem.value(QStringLiteral("path")).toString(), QStringLiteral("/Applications/A&B.app"));
+        QCOMPARE(problem.value(QStringLiteral("member_id")).toInteger(), -1);
+        const QJsonObject plist = QJsonDocument::fromJson(lines[1]).object();
+        QCOMPARE(plist.value(QStringLiteral("plist")).toString(), QStringLiteral("<plist><dict>"));
+        QCOMPARE(plist.value(QStringLiteral("member_id")).toInteger(), 7);
+    }
+
+    void analyticsHitsAreStored()
+    {
+        QCOMPARE(m_client->post("/collect", "v=1&tid=UA-271828-3&cid=UUID-1&an=VLD&av=6.0.4&t=event&ec=vld604"
+                                            "&ea=MEMBER_LOGIN_FAIL&el=a&b@example.com&ev=a&b@example.com")
+                     .status,
+                 200);
+        QByteArray output;
+        QCOMPARE(m_service.runCommand({QStringLiteral("hits")}, &output), 0);
+        const QJsonObject hit = QJsonDocument::fromJson(output.trimmed().split('\n').last()).object();
+        QCOMPARE(hit.value(QStringLiteral("ea")).toString(), QStringLiteral("MEMBER_LOGIN_FAIL"));
+        QCOMPARE(hit.value(QStringLiteral("cid")).toString(), QStringLiteral("UUID-1"));
+        QVERIFY(hit.value(QStringLiteral("body")).toString().contains(QStringLiteral("&el=a&b@example.com")));
+    }
+};
+
+VELMORA_TEST_MAIN(TestServiceMembers)
+#include "TestServiceMembers.moc"
