@@ -94,7 +94,7 @@ void downloadRecord(const httplib::Request &req, httplib::Response &res, Service
 
 void registerCatalogueRoutes(httplib::Server &server, ServiceContext &context)
 {
-    server.Post("/vld603scan/automatch", withContext(context, automatch));
+    postRoute(server, "/vld603scan/automatch", context, automatch);
     server.Get("/vld6blacklist", withContext(context, blacklist));
     server.Get(R"(/vld6appinfo/index/vlid/([^/]*))", withContext(context, appInfo));
     server.Get(R"(/bundle/([^/]+))", withContext(context, bundle));

@@ -82,5 +82,5 @@ void cart(const httplib::Request &req, httplib::Response &res, ServiceContext &c
 void registerDealRoutes(httplib::Server &server, ServiceContext &context)
 {
     server.Get("/api/promosplist", withContext(context, promotions));
-    server.Post("/cart/vld6", withContext(context, cart));
+    postRoute(server, "/cart/vld6", context, cart);
 }

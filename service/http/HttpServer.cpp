@@ -16,8 +16,6 @@
 
 namespace {
 
-constexpr size_t maxBodyBytes = 16 * 1024 * 1024;
-
 void logRequest(const httplib::Request &req, const httplib::Response &res)
 {
     static std::mutex logMutex;

@@ -114,7 +114,7 @@ void changeWatchList(const httplib::Request &req, httplib::Response &res, Servic
 
 void registerListRoutes(httplib::Server &server, ServiceContext &context)
 {
-    server.Post("/vld6watchlists/getwatchlists", withContext(context, watchLists));
-    server.Post("/vld6purchases/getpurchases", withContext(context, purchases));
+    postRoute(server, "/vld6watchlists/getwatchlists", context, watchLists);
+    postRoute(server, "/vld6purchases/getpurchases", context, purchases);
     server.Get(R"(/vld6watchlists/(awl|rwl)/.*)", withContext(context, changeWatchList));
 }

@@ -162,9 +162,9 @@ void registerMemberRoutes(httplib::Server &server, ServiceContext &context)
     server.Get(R"(/vld6member/jlogincheck2/.*)", withContext(context, passwordLogin));
     server.Get(R"(/vld6member/jlogincheckcookie/.*)", withContext(context, cookieLogin));
     server.Get(R"(/vld6member/signup/.*)", withContext(context, signup));
-    server.Post("/vld6member/save-profile", withContext(context, saveProfile));
+    postRoute(server, "/vld6member/save-profile", context, saveProfile);
     server.Get("/member/login", [](const httplib::Request &, httplib::Response &res) {
         Reply::text(res, Html::page(QStringLiteral("Sign in"), signInForm), Html::mime);
     });
-    server.Post("/member/login", withContext(context, siteSignIn));
+    postRoute(server, "/member/login", context, siteSignIn);
 }

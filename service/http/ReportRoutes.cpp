@@ -90,7 +90,7 @@ void analyticsHit(const httplib::Request &req, httplib::Response &res, ServiceCo
 
 void registerReportRoutes(httplib::Server &server, ServiceContext &context)
 {
-    server.Post("/vld6scan/reportproblem", withContext(context, problemReport));
-    server.Post("/vld6scan/badplist", withContext(context, badPlistReport));
-    server.Post("/collect", withContext(context, analyticsHit));
+    postRoute(server, "/vld6scan/reportproblem", context, problemReport);
+    postRoute(server, "/vld6scan/badplist", context, badPlistReport);
+    postRoute(server, "/collect", context, analyticsHit);
 }

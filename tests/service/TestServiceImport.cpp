@@ -1,0 +1,172 @@
+// Importing catalogues: the real-world catalogue (idempotent, mapped, matchable) and refused files.
+
+#include "ServiceClient.h"
+#include "support/TestMain.h"
+
+#include <QFile>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QTemporaryDir>
+
+namespace {
+
+const QString realCatalogue = QStringLiteral(VELMORA_REAL_CATALOGUE);
+
+QByteArray oneApp(int index, const QByteArray &bundleName, const QByteArray &displayName, const QByteArray &bundleId)
+{
+    const QByteArray i = QByteArray::number(index);
+    return "&app[" + i + "][t]=" + bundleName.toPercentEncoding() + "&app[" + i + "][p]=p" + i + "&app[" + i
+           + "][d]=" + displayName.toPercentEncoding() + "&app[" + i + "][v]=1.0&app[" + i
+           + "][b]=" + bundleId.toPercentEncoding() + "&app[" + i + "][m]=(null)";
+}
+
+QString writeFile(const QTemporaryDir &dir, const QString &name, const QByteArray &content)
+{
+    QFile file(dir.filePath(name));
+    if (!file.open(QIODevice::WriteOnly) || file.write(content) != content.size())
+        return {};
+    return file.fileName();
+}
+
+} // namespace
+
+class TestServiceImport : public QObject
+{
+    Q_OBJECT
+
+private:
+    ServiceProcess m_service;
+    std::unique_ptr<ServiceClient> m_client;
+    QTemporaryDir m_files;
+
+private slots:
+    void initTestCase()
+    {
+        if (!QFile::exists(realCatalogue))
+            QSKIP("the real-world catalogue is not here (set VELMORA_REAL_CATALOGUE)");
+        QVERIFY(m_service.start({realCatalogue}));
+        m_client = std::make_unique<ServiceClient>(m_service);
+    }
+
+    void importingAgainChangesNothing()
+    {
+        const QJsonObject before = m_client->automatch("vld=6.0.4" + oneApp(0, "iTerm.app", "iTerm", "com.googlecode.iterm2"));
+        QByteArray output;
+        QCOMPARE(m_service.runCommand({QStringLiteral("import"), realCatalogue}, &output), 0);
+        QVERIFY2(output.contains(": 0 added, 0 changed, 4979 unchanged"), output.constData());
+        const QJsonObject after = m_client->automatch("vld=6.0.4" + oneApp(0, "iTerm.app", "iTerm", "com.googlecode.iterm2"));
+        QVERIFY(!before.isEmpty());
+        QCOMPARE(after, before);
+    }
+
+    void realRecordsMatch_data()
+    {
+        QTest::addColumn<QByteArray>("bundleId");
+        QTest::addColumn<QByteArray>("bundleName");
+        QTest::addColumn<QByteArray>("displayName");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("version");
+        QTest::addColumn<QString>("minOs");
+        QTest::addColumn<QString>("stability");
+        // 1Password's bundle id is claimed by its beta and nightly channels too: the release wins.
+        QTest::newRow("shared bundle id") << QByteArray("com.1password.1password") << QByteArray("x.app") << QByteArray("x")
+                                          << QStringLiteral("1Password") << QStringLiteral("8.12.0")
+                                          << QStringLiteral("12.0") << QString();
+        QTest::newRow("bundle file name") << QByteArray("") << QByteArray("iTerm.app") << QByteArray("x")
+                                          << QStringLiteral("iTerm2") << QStringLiteral("3.6.6") << QStringLiteral("12.0")
+                                          << QString();
+        QTest::newRow("display name") << QByteArray("") << QByteArray("x.app") << QByteArray("visual studio code")
+                                      << QStringLiteral("Microsoft Visual Studio Code") << QStringLiteral("1.109.0")
+                                      << QString() << QString();
+    }
+
+    void realRecordsMatch()
+    {
+        QFETCH(QByteArray, bundleId);
+        QFETCH(QByteArray, bundleName);
+        QFETCH(QByteArray, displayName);
+        QFETCH(QString, name);
+        QFETCH(QString, version);
+        QFETCH(QString, minOs);
+        QFETCH(QString, stability);
+        const QJsonObject record = m_client->automatch("vld=6.0.4" + oneApp(3, bundleName, displayName, bundleId))
+                                       .value(QStringLiteral("3"))
+                                       .toObject();
+        QCOMPARE(record.value(QStringLiteral("g")).toString(), name);
+        QCOMPARE(record.value(QStringLiteral("j")).toString(), version);
+        QCOMPARE(record.value(QStringLiteral("l")).toString(), minOs);
+        QCOMPARE(record.value(QStringLiteral("n")).toString(), stability);
+        QVERIFY(record.value(QStringLiteral("m")).toString().toLongLong() >= 100000);
+        QVERIFY(record.value(QStringLiteral("e1")).toString().startsWith(QStringLiteral("https://")));
+        QCOMPARE(record.value(QStringLiteral("filehash")).toString().size(), 64);
+    }
+
+    void fiveHundredAppsInOneRequest()
+    {
+        QFile file(realCatalogue);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        const QJsonArray all = QJsonDocument::fromJson(file.readAll()).array();
+        QByteArray body = "vld=6.0.4&type=auto";
+        int sent = 0;
+        for (int i = 0; i < all.size() && sent < 500; i += 7, ++sent) {
+            const QJsonObject app = all.at(i).toObject();
+            const QJsonArray ids = app.value(QStringLiteral("bundle_ids")).toArray();
+            body += oneApp(2 * sent, "x.app", app.value(QStringLiteral("name")).toString().toUtf8(),
+                           ids.isEmpty() ? QByteArray() : ids.at(0).toString().toUtf8());
+        }
+        const QJsonObject reply = m_client->automatch(body);
+        QVERIFY2(reply.size() > 450, QByteArray::number(reply.size()).constData());
+        for (auto it = reply.begin(); it != reply.end(); ++it)
+            QCOMPARE(it.value().toObject().value(QStringLiteral("h")).toString(), QStringLiteral("p") + it.key());
+    }
+
+    void refusedFilesWriteNothing_data()
+    {
+        QTest::addColumn<QByteArray>("content");
+        QTest::newRow("not JSON") << QByteArray("[{\"name\": ");
+        QTest::newRow("third record has no name")
+            << QByteArray(R"([{"name":"Alpha Tool","key":"alpha"},{"name":"Beta Tool","key":"beta"},{"key":"nameless"}])");
+        QTest::newRow("id not decimal") << QByteArray(R"([{"name":"Gamma","vl_id":"12a"}])");
+        QTest::newRow("list of numbers") << QByteArray(R"([{"name":"Delta","bundle_ids":[1,2]}])");
+        QTest::newRow("bundle of unknown id") << QByteArray(R"({"apps":[{"name":"Eps","key":"eps"}],"bundles":{"9":["777"]}})");
+    }
+
+    void refusedFilesWriteNothing()
+    {
+        QFETCH(QByteArray, content);
+        const QString path = writeFile(m_files, QStringLiteral("bad.json"), content);
+        QCOMPARE(m_service.runCommand({QStringLiteral("import"), path}), 1);
+        QVERIFY(m_client->automatch("vld=6.0.4" + oneApp(0, "Alpha Tool.app", "Alpha Tool", "")).isEmpty());
+        QVERIFY(m_client->automatch("vld=6.0.4" + oneApp(0, "Eps.app", "Eps", "")).isEmpty());
+    }
+
+    void runningServiceSeesNewImport()
+    {
+        const QString path = writeFile(m_files, QStringLiteral("more.json"), R"([{"name":"Zeta Tool","key":"zeta",
+            "current_version":"1.2","bundle_ids":["org.example.zeta"],"link":"/files/VelmoraNotes-2.0.zip"}])");
+        QCOMPARE(m_service.runCommand({QStringLiteral("import"), path}), 0);
+        const QJsonObject record = m_client->automatch("vld=6.0.4" + oneApp(0, "x.app", "x", "org.example.zeta"))
+                                       .value(QStringLiteral("0"))
+                                       .toObject();
+        QCOMPARE(record.value(QStringLiteral("j")).toString(), QStringLiteral("1.2"));
+        // A link to a served file gets this service's address and the file's hash.
+        QCOMPARE(record.value(QStringLiteral("e1")).toString(), m_service.baseUrl() + QStringLiteral("/files/VelmoraNotes-2.0.zip"));
+        QCOMPARE(record.value(QStringLiteral("filehash")).toString().size(), 64);
+        const QString id = record.value(QStringLiteral("m")).toString();
+
+        // Changing the record keeps its id.
+        const QString changed = writeFile(m_files, QStringLiteral("more.json"),
+                                          R"([{"name":"Zeta Tool","key":"zeta","current_version":"1.3","bundle_ids":["org.example.zeta"]}])");
+        QByteArray output;
+        QCOMPARE(m_service.runCommand({QStringLiteral("import"), changed}, &output), 0);
+        QVERIFY(output.contains("0 added, 1 changed"));
+        const QJsonObject updated = m_client->automatch("vld=6.0.4" + oneApp(0, "x.app", "x", "org.example.zeta"))
+                                        .value(QStringLiteral("0"))
+                                        .toObject();
+        QCOMPARE(updated.value(QStringLiteral("m")).toString(), id);
+        QCOMPARE(updated.value(QStringLiteral("j")).toString(), QStringLiteral("1.3"));
+    }
+};
+
+VELMORA_TEST_MAIN(TestServiceImport)
+#include "TestServiceImport.moc"
