@@ -10,6 +10,9 @@
 #include <QThread>
 
 #include <exception>
+#include <mutex>
+#include <thread>
+#include <vector>
 
 namespace {
 
@@ -18,19 +21,59 @@ QString lastComponent(const QString &path)
     return path.mid(path.lastIndexOf(QLatin1Char('/')) + 1);
 }
 
-AppList recordsFromPaths(const QStringList &paths, const VLBlacklist &blacklist, const std::atomic<bool> *cancel)
+// The record for the bundle at path, or null when the blacklist hides it.
+AppRef recordFor(const QString &path, const VLBlacklist &blacklist)
 {
+    // The blacklist needs only the name and the path, so a hidden bundle costs no attribute reads.
+    if (blacklist.appIsOnBlackList(lastComponent(path), path)) {
+        return nullptr;
+    }
+    return std::make_shared<VLApp>(VLApp::initWithMdItem(VLMdItem::fromPath(path)));
+}
+
+// Reading the bundles is most of a scan and each bundle stands alone, so they are read on all cores; the
+// records keep the order of the paths.
+AppList recordsFromPaths(const QStringList &paths, const VLBlacklist &blacklist, const std::atomic<bool> *cancel,
+                         int threads = 0)
+{
+    std::vector<AppRef> records(size_t(paths.size()));
+    std::atomic<qsizetype> next{0};
+    std::mutex failureMutex;
+    std::exception_ptr failure;
+    const auto work = [&] {
+        try {
+            for (qsizetype i = next++; i < paths.size(); i = next++) {
+                if (cancel && cancel->load(std::memory_order_relaxed)) {
+                    return;
+                }
+                records[size_t(i)] = recordFor(paths.at(i), blacklist);
+            }
+        } catch (...) {
+            const std::lock_guard<std::mutex> lock(failureMutex);
+            failure = std::current_exception();
+            next = paths.size();
+        }
+    };
+    const int wanted = threads > 0 ? threads : std::min(QThread::idealThreadCount(), 8);
+    const int helpers = paths.size() < 64 ? 0 : wanted - 1;
+    std::vector<std::thread> workers;
+    for (int i = 0; i < helpers; ++i) {
+        workers.emplace_back(work);
+    }
+    work();
+    for (std::thread &thread : workers) {
+        thread.join();
+    }
+    if (failure) {
+        std::rethrow_exception(failure);
+    }
+
     AppList apps;
     apps.reserve(paths.size());
-    for (const QString &path : paths) {
-        if (cancel && cancel->load(std::memory_order_relaxed)) {
-            break;
+    for (AppRef &record : records) {
+        if (record) {
+            apps.append(std::move(record));
         }
-        // The blacklist needs only the name and the path, so a hidden bundle costs no attribute reads.
-        if (blacklist.appIsOnBlackList(lastComponent(path), path)) {
-            continue;
-        }
-        apps.append(std::make_shared<VLApp>(VLApp::initWithMdItem(VLMdItem::fromPath(path))));
     }
     return apps;
 }
@@ -108,9 +151,9 @@ bool VLAppScanner::appIsOnBlackList(const VLMdItem &item) const
 }
 
 AppList VLAppScanner::collectApps(const QStringList &scopes, const VLBlacklist &blacklist,
-                                  const std::atomic<bool> *cancel)
+                                  const std::atomic<bool> *cancel, int threads)
 {
-    return recordsFromPaths(BundleWalk::findBundles(scopes, cancel), blacklist, cancel);
+    return recordsFromPaths(BundleWalk::findBundles(scopes, cancel), blacklist, cancel, threads);
 }
 
 void VLAppScanner::startRun()

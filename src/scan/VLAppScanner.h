@@ -44,9 +44,10 @@ public:
 
     bool appIsOnBlackList(const VLMdItem &item) const;
 
-    // The whole scan on the calling thread: bundles found under scopes, blacklisted ones left out, as records.
+    // The whole scan, blocking: bundles found under scopes, blacklisted ones left out, as records. The bundles
+    // are read by this thread and threads - 1 helpers (0: as many as the machine has cores, at most 8).
     static AppList collectApps(const QStringList &scopes, const VLBlacklist &blacklist,
-                               const std::atomic<bool> *cancel = nullptr);
+                               const std::atomic<bool> *cancel = nullptr, int threads = 0);
 
     const QStringList &blackListApps() const { return m_blacklist.names(); }
     const QStringList &scopes() const { return m_scopes; }
