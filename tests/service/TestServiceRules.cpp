@@ -1,0 +1,214 @@
+// The service's rules that are easier to pin down without HTTP: decoding, the catalogue mapping, match
+// ranking, log redaction and the password box.
+
+#include "catalogue/CatalogueFile.h"
+#include "catalogue/CatalogueIndex.h"
+#include "catalogue/PublicCatalogueMapping.h"
+#include "members/SecretBox.h"
+#include "support/TestMain.h"
+#include "wire/FormBody.h"
+#include "wire/PathSegments.h"
+#include "wire/Redaction.h"
+
+#include <QJsonArray>
+#include <QJsonDocument>
+
+namespace {
+
+CatalogueEntry entry(const QString &id, const QByteArray &json)
+{
+    CatalogueEntry e;
+    e.id = id;
+    e.record = QJsonDocument::fromJson(json).object();
+    e.isBeta = e.record.value(QStringLiteral("stability")).toString() == QLatin1StringView("beta");
+    return e;
+}
+
+} // namespace
+
+class TestServiceRules : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void percentDecoding_data()
+    {
+        QTest::addColumn<QByteArray>("raw");
+        QTest::addColumn<bool>("plusIsSpace");
+        QTest::addColumn<QString>("expected"); // null: refused
+        QTest::newRow("plain") << QByteArray("abc") << true << QStringLiteral("abc");
+        QTest::newRow("plus as space") << QByteArray("a+b") << true << QStringLiteral("a b");
+        QTest::newRow("plus kept") << QByteArray("a+b") << false << QStringLiteral("a+b");
+        QTest::newRow("UTF-8 escapes") << QByteArray("%C3%A9t%C3%A9") << true << QStringLiteral("été");
+        QTest::newRow("lower-case hex") << QByteArray("%2f%3a") << true << QStringLiteral("/:");
+        QTest::newRow("truncated escape") << QByteArray("abc%4") << true << QString();
+        QTest::newRow("escape at the end") << QByteArray("abc%") << true << QString();
+        QTest::newRow("not hex") << QByteArray("%G0") << true << QString();
+        QTest::newRow("not UTF-8") << QByteArray("%C3%28") << true << QString();
+    }
+
+    void percentDecoding()
+    {
+        QFETCH(QByteArray, raw);
+        QFETCH(bool, plusIsSpace);
+        QFETCH(QString, expected);
+        const auto decoded = Percent::decode(raw, plusIsSpace);
+        QCOMPARE(decoded.has_value(), !expected.isNull());
+        if (decoded)
+            QCOMPARE(*decoded, expected);
+    }
+
+    void formFieldsRawAndDecoded()
+    {
+        const auto form = FormBody::parse("issue=aGk+dA==&m=-1&appname=A%26B&path=/Apps/A&B.app&x=1");
+        QVERIFY(form);
+        QCOMPARE(form->raw(QStringLiteral("issue")), QStringLiteral("aGk+dA=="));
+        QCOMPARE(*form->decoded(QStringLiteral("appname")), QStringLiteral("A&B"));
+        QCOMPARE(form->rawToEnd(QStringLiteral("path")), QStringLiteral("/Apps/A&B.app&x=1"));
+        QCOMPARE(form->rawToEnd(QStringLiteral("issue")).left(8), QStringLiteral("aGk+dA=="));
+        QVERIFY(!form->decoded(QStringLiteral("missing")));
+        QCOMPARE(*FormBody::jsonObject("a={\"k\":\"v & w\"}", "a"), (QJsonObject{{QStringLiteral("k"), QStringLiteral("v & w")}}));
+        QCOMPARE(*FormBody::jsonObject("a=%7B%22k%22%3A1%7D", "a"), (QJsonObject{{QStringLiteral("k"), 1}}));
+        QVERIFY(!FormBody::jsonObject("b={}", "a"));
+    }
+
+    void pathPairs_data()
+    {
+        QTest::addColumn<QByteArray>("target");
+        QTest::addColumn<QString>("key");
+        QTest::addColumn<QString>("value"); // null: not parsed
+        QTest::newRow("encoded slash stays in its value") << QByteArray("/m/signup/e/a%40b.co/p/x%2Fy/f/A/l/B") << QStringLiteral("p") << QStringLiteral("x/y");
+        QTest::newRow("rest key takes the rest") << QByteArray("/m/signup/e/a/p/b/utmz/ab/cd+=") << QStringLiteral("utmz") << QStringLiteral("ab/cd+=");
+        QTest::newRow("query left out") << QByteArray("/m/x/u/1?p=2") << QStringLiteral("u") << QStringLiteral("1");
+        QTest::newRow("key without value") << QByteArray("/m/x/u/1/p") << QStringLiteral("u") << QString();
+        QTest::newRow("bad escape") << QByteArray("/m/x/u/%zz") << QStringLiteral("u") << QString();
+    }
+
+    void pathPairs()
+    {
+        QFETCH(QByteArray, target);
+        QFETCH(QString, key);
+        QFETCH(QString, value);
+        const auto segments = PathSegments::split(target.toStdString());
+        const auto pairs = segments ? PathSegments::pairs(*segments, 2, QStringLiteral("utmz")) : std::nullopt;
+        QCOMPARE(pairs.has_value(), !value.isNull());
+        if (pairs)
+            QCOMPARE(pairs->value(key), value);
+    }
+
+    void minimumOsVersion_data()
+    {
+        QTest::addColumn<QByteArray>("json"); // the value of min_macos, as JSON
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("big_sur") << QByteArray("\">= :big_sur\"") << QStringLiteral("11.0");
+        QTest::newRow("el_capitan") << QByteArray("\">= :el_capitan\"") << QStringLiteral("10.11");
+        QTest::newRow("tahoe") << QByteArray("\">= :tahoe\"") << QStringLiteral("26.0");
+        QTest::newRow("a list: the oldest") << QByteArray("[\":sonoma\", \":catalina\", \":big_sur\"]") << QStringLiteral("10.15");
+        QTest::newRow("a ceiling is no minimum") << QByteArray("\"<= :sonoma\"") << QString();
+        QTest::newRow("a number") << QByteArray("\">= \\\"10.9\\\"\"") << QStringLiteral("10.9");
+        QTest::newRow("unknown name") << QByteArray("\">= :nothing\"") << QString();
+        QTest::newRow("none") << QByteArray("null") << QString();
+    }
+
+    void minimumOsVersion()
+    {
+        QFETCH(QByteArray, json);
+        QFETCH(QString, expected);
+        const QJsonValue value = QJsonDocument::fromJson("[" + json + "]").array().at(0);
+        QCOMPARE(PublicCatalogueMapping::minimumOsVersion(value), expected);
+    }
+
+    void publicRecordMapping()
+    {
+        const QJsonObject source = QJsonDocument::fromJson("{\"token\":\"foo@beta\",\"name\":\"Foo\",\"names\":[\"Foo\",\"Foo Pro\"]," "\"desc\":\"Does foo\",\"version\":\"2.1,300\",\"version_display\":\"2.1\",\"version_latest\":false,\"sha256\":null," "\"url\":\"https://example.com/foo-#{arch}.zip\",\"url_resolved\":false," "\"url_by_arch\":{\"intel\":\"https://example.com/foo-x86.zip\",\"arm\":\"https://example.com/foo-arm.zip\"}," "\"sha256_by_arch\":{\"intel\":\"AA\",\"arm\":\"BB\"},\"artifact_names\":[\"Foo Helper.app\"]," "\"bundle_ids\":[\"com.example.foo\"],\"min_macos\":\">= :monterey\"}").object();
+        const QJsonObject record = PublicCatalogueMapping::map(source);
+        QCOMPARE(record.value(QStringLiteral("current_version")).toString(), QStringLiteral("2.1"));
+        QCOMPARE(record.value(QStringLiteral("link")).toString(), QStringLiteral("https://example.com/foo-arm.zip"));
+        QCOMPARE(record.value(QStringLiteral("filehash")).toString(), QStringLiteral("bb"));
+        QCOMPARE(record.value(QStringLiteral("min_os")).toString(), QStringLiteral("12.0"));
+        QCOMPARE(record.value(QStringLiteral("stability")).toString(), QStringLiteral("beta"));
+        QCOMPARE(record.value(QStringLiteral("display_names")).toArray(),
+                 QJsonArray({QStringLiteral("Foo"), QStringLiteral("Foo Pro"), QStringLiteral("Foo Helper")}));
+        QString error;
+        QVERIFY(CatalogueFile::readRecord(record, &error));
+
+        // "latest" is no version; without a usable link the app cannot be installed from a link.
+        const QJsonObject latest = PublicCatalogueMapping::map(QJsonDocument::fromJson(
+            "{\"token\":\"bar\",\"name\":\"Bar\",\"version\":\"latest\",\"version_display\":\"latest\",\"version_latest\":true," "\"url\":\"https://example.com/#{x}\",\"url_resolved\":false}").object());
+        QVERIFY(!latest.contains(QStringLiteral("current_version")));
+        QVERIFY(!latest.contains(QStringLiteral("link")));
+        QCOMPARE(latest.value(QStringLiteral("vld_install_from_link")).toString(), QStringLiteral("2"));
+    }
+
+    void rankingAmongClaimants_data()
+    {
+        QTest::addColumn<QString>("bundleId");
+        QTest::addColumn<QString>("expected");
+        QTest::newRow("release over beta at the same place") << QStringLiteral("com.example.app") << QStringLiteral("12");
+        QTest::newRow("earlier in its own list wins") << QStringLiteral("com.example.helper") << QStringLiteral("10");
+        QTest::newRow("older id when all else is equal") << QStringLiteral("com.example.tool") << QStringLiteral("14");
+        QTest::newRow("any case") << QStringLiteral("COM.EXAMPLE.TOOL") << QStringLiteral("14");
+    }
+
+    void rankingAmongClaimants()
+    {
+        QFETCH(QString, bundleId);
+        QFETCH(QString, expected);
+        std::vector<CatalogueEntry> entries;
+        entries.push_back(entry(QStringLiteral("11"), "{\"name\":\"B\",\"stability\":\"beta\",\"bundle_ids\":[\"com.example.app\",\"com.example.helper\"]}"));
+        entries.push_back(entry(QStringLiteral("12"), "{\"name\":\"C\",\"bundle_ids\":[\"com.example.app\"]}"));
+        entries.push_back(entry(QStringLiteral("10"), "{\"name\":\"A\",\"bundle_ids\":[\"com.example.helper\",\"com.example.app\"]}"));
+        entries.push_back(entry(QStringLiteral("15"), "{\"name\":\"E\",\"bundle_ids\":[\"com.example.tool\"]}"));
+        entries.push_back(entry(QStringLiteral("14"), "{\"name\":\"D\",\"bundle_ids\":[\"com.example.tool\"]}"));
+        const CatalogueIndex index(std::move(entries));
+        const CatalogueEntry *match = index.match({bundleId, {}, {}});
+        QVERIFY(match);
+        QCOMPARE(match->id, expected);
+    }
+
+    void redaction_data()
+    {
+        QTest::addColumn<QByteArray>("target");
+        QTest::addColumn<QString>("logged");
+        QTest::newRow("password log-in") << QByteArray("/vld6member/jlogincheck2/u/abc/p/def/vld/6.0.4/c/SER")
+                                         << QStringLiteral("/vld6member/jlogincheck2/u/***/p/***/vld/6.0.4/c/SER");
+        QTest::newRow("cookie log-in") << QByteArray("/vld6member/jlogincheckcookie/u/12/p/tok/vld/6.0.4")
+                                       << QStringLiteral("/vld6member/jlogincheckcookie/u/***/p/***/vld/6.0.4");
+        QTest::newRow("sign-up") << QByteArray("/vld6member/signup/e/a%40b.co/p/secret/f/A/l/B/utmz/ab/cd")
+                                 << QStringLiteral("/vld6member/signup/e/a%40b.co/p/***/f/A/l/B/utmz/***");
+        QTest::newRow("other paths as they are") << QByteArray("/vld6appinfo/index/vlid/5001")
+                                                 << QStringLiteral("/vld6appinfo/index/vlid/5001");
+    }
+
+    void redaction()
+    {
+        QFETCH(QByteArray, target);
+        QFETCH(QString, logged);
+        QCOMPARE(Redaction::target(target.toStdString()), logged);
+    }
+
+    void secretBox()
+    {
+        QTemporaryDir dir;
+        QString error;
+        const QString keyFile = dir.filePath(QStringLiteral("keys/member.key"));
+        const auto box = SecretBox::open(keyFile, &error);
+        QVERIFY2(box, qPrintable(error));
+        const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther
+                                          | QFile::WriteOther | QFile::ExeOther;
+        QVERIFY(!(QFile::permissions(keyFile) & others)); // the key is for its owner only
+        const QByteArray sealed = box->seal("pässword");
+        QVERIFY(!sealed.contains("pässword"));
+        QCOMPARE(*box->unseal(sealed), QByteArray("pässword"));
+        QVERIFY(box->seal("pässword") != sealed); // a fresh nonce each time
+        QByteArray tampered = sealed;
+        tampered[tampered.size() - 1] = char(tampered.back() ^ 1);
+        QVERIFY(!box->unseal(tampered));
+        // The same key file opens the same box; another key does not.
+        QCOMPARE(*SecretBox::open(keyFile, &error)->unseal(sealed), QByteArray("pässword"));
+        QVERIFY(!SecretBox::open(dir.filePath(QStringLiteral("other.key")), &error)->unseal(sealed));
+    }
+};
+
+VELMORA_TEST_MAIN(TestServiceRules)
+#include "TestServiceRules.moc"
