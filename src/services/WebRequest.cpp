@@ -86,15 +86,12 @@ WebResult sendWebRequest(const WebRequest &web)
     }
     idle.stop();
 
-    result.status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
-    if (result.timedOut) {
-        result.status = 0;
-    }
-    result.body = reply->readAll();
-    result.headers = reply->rawHeaderPairs();
+    result.status = result.timedOut ? 0 : reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     result.finalUrl = reply->url();
-    if (!result.replied()) {
-        result.body.clear();
+    if (result.replied()) {
+        result.body = reply->readAll();
+        result.headers = reply->rawHeaderPairs();
+    } else {
         // The wording the platform uses for a request that ran out of time; Qt would only say "canceled".
         result.errorText = redactSecrets(result.timedOut ? QStringLiteral("The request timed out.") : reply->errorString());
         if (!web.logName.isEmpty()) {

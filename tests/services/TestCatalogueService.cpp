@@ -1,0 +1,268 @@
+// The request helper and the record's calls to the service (app information, icons, watch-list changes),
+// against the real velmora-service on loopback.
+
+#include "model/PropertyList.h"
+#include "model/StringUtils.h"
+#include "model/VLApp.h"
+#include "scan/VLSettings.h"
+#include "services/WebRequest.h"
+#include "support/ServiceProcess.h"
+#include "support/TestMain.h"
+
+#include <QFile>
+#include <QFileInfo>
+#include <QRegularExpression>
+#include <QTcpServer>
+
+namespace {
+
+void setSetting(const char *key, const QVariant &value)
+{
+    VLSettings settings;
+    settings.setValue(QString::fromLatin1(key), value);
+    settings.sync();
+}
+
+// A loopback port on which nothing listens.
+quint16 closedPort()
+{
+    QTcpServer server;
+    server.listen(QHostAddress::LocalHost);
+    const quint16 port = server.serverPort();
+    server.close();
+    return port;
+}
+
+VLApp linkRecord(const char *id)
+{
+    return *VLApp::initWithLink(QStringLiteral("velmora://app/%1/Linked/1.0").arg(QLatin1String(id)));
+}
+
+QVariantList watchListEntries(const QString &baseUrl, const QString &memberId)
+{
+    const WebResult result = sendWebRequest(WebRequest::postForm(
+        QUrl(baseUrl + QStringLiteral("/vld6watchlists/getwatchlists")), "id=" + memberId.toLatin1()));
+    const auto reply = PropertyList::parseDictionary(result.body);
+    return reply ? reply->value(QStringLiteral("entries")).toList() : QVariantList{QStringLiteral("unreadable")};
+}
+
+} // namespace
+
+class TestCatalogueService : public QObject
+{
+    Q_OBJECT
+
+    ServiceProcess m_service;
+    QString m_base;
+
+    void pointHostsAt(const QString &base)
+    {
+        setSetting(SettingKey::serviceHost, base);
+        setSetting(SettingKey::siteHost, base);
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_service.start({ServiceProcess::sampleCataloguePath()}));
+        m_base = m_service.baseUrl();
+    }
+
+    void init()
+    {
+        pointHostsAt(m_base);
+    }
+
+    void replies_data()
+    {
+        QTest::addColumn<QByteArray>("method");
+        QTest::addColumn<QString>("path");
+        QTest::addColumn<QByteArray>("form");
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("bodyPart");
+
+        QTest::newRow("get") << QByteArray("GET") << QStringLiteral("/vld6appinfo/index/vlid/5001") << QByteArray()
+                             << 200 << QByteArray("Velmora Notes");
+        QTest::newRow("not found is a reply") << QByteArray("GET") << QStringLiteral("/vld6appinfo/index/vlid/999999")
+                                              << QByteArray() << 404 << QByteArray();
+        QTest::newRow("form post") << QByteArray("POST") << QStringLiteral("/vld6watchlists/getwatchlists")
+                                   << QByteArray("id=nobody") << 400 << QByteArray();
+    }
+
+    void replies()
+    {
+        QFETCH(QByteArray, method);
+        QFETCH(QString, path);
+        QFETCH(QByteArray, form);
+        QFETCH(int, status);
+        QFETCH(QByteArray, bodyPart);
+        const QUrl url(m_base + path);
+        const WebRequest request = method == "GET" ? WebRequest::get(url, QStringLiteral("Probe"))
+                                                   : WebRequest::postForm(url, form, QStringLiteral("Probe"));
+        const WebResult result = sendWebRequest(request);
+        QCOMPARE(result.status, status);
+        QVERIFY(result.replied());
+        QCOMPARE(result.succeeded(), status == 200);
+        QVERIFY(result.errorText.isEmpty());
+        QVERIFY(result.body.contains(bodyPart));
+    }
+
+    void redirects()
+    {
+        const QString target = m_base + QStringLiteral("/vld6appinfo/index/vlid/5002");
+        const WebResult created = sendWebRequest(WebRequest::get(QUrl(m_base + QStringLiteral("/api-create.php?url=") + target)));
+        QCOMPARE(created.status, 200);
+        const QUrl shortLink(QString::fromUtf8(created.body).trimmed());
+
+        const WebResult followed = sendWebRequest(WebRequest::get(shortLink));
+        QCOMPARE(followed.status, 200);
+        QCOMPARE(followed.finalUrl, QUrl(target));
+        QVERIFY(followed.body.contains("Velmora Paint"));
+
+        WebRequest manual = WebRequest::get(shortLink);
+        manual.followRedirects = false;
+        const WebResult hop = sendWebRequest(manual);
+        QCOMPARE(hop.status, 302);
+        QCOMPARE(QString::fromUtf8(hop.header("location")), target);
+    }
+
+    void failuresAreLoggedByName()
+    {
+        QTest::ignoreMessage(QtInfoMsg, QRegularExpression(QStringLiteral("^Probe Connection failed! Error - .+")));
+        const WebResult refused = sendWebRequest(
+            WebRequest::get(QUrl(QStringLiteral("http://127.0.0.1:%1/x").arg(closedPort())), QStringLiteral("Probe")));
+        QCOMPARE(refused.status, 0);
+        QVERIFY(!refused.replied());
+        QVERIFY(!refused.timedOut);
+        QVERIFY(!refused.errorText.isEmpty());
+
+        // A peer that takes the connection and never answers.
+        QTcpServer silent;
+        QVERIFY(silent.listen(QHostAddress::LocalHost));
+        WebRequest request = WebRequest::get(QUrl(QStringLiteral("http://127.0.0.1:%1/x").arg(silent.serverPort())),
+                                             QStringLiteral("Silent"));
+        request.timeoutMs = 300;
+        QTest::ignoreMessage(QtInfoMsg, "Silent Connection failed! Error - The request timed out.");
+        const WebResult timedOut = sendWebRequest(request);
+        QVERIFY(timedOut.timedOut);
+        QCOMPARE(timedOut.status, 0);
+        QVERIFY(timedOut.body.isEmpty());
+    }
+
+    void updateWithServerInfo()
+    {
+        VLApp app = linkRecord("5001");
+        QVERIFY(app.updateWithServerInfo());
+        QCOMPARE(app.name, QStringLiteral("Velmora Notes"));
+        QCOMPARE(app.displayName, QStringLiteral("Velmora Notes"));
+        QCOMPARE(app.developer, QStringLiteral("Velmora Labs"));
+        QCOMPARE(app.minOS, QStringLiteral("10.13"));
+        QCOMPARE(app.license, QStringLiteral("Free"));
+        QCOMPARE(app.beta, QStringLiteral("release"));
+        QCOMPARE(app.vlDate, QStringLiteral("Nov 20, 2026"));
+        QCOMPARE(app.bundleID, QStringLiteral("com.velmora.sample.notes"));
+        QCOMPARE(app.download_url, m_base + QStringLiteral("/files/VelmoraNotes-2.0.zip"));
+        QVERIFY(app.shortDescription.startsWith(QStringLiteral("A notebook")));
+        QVERIFY(app.longDescription.contains(QStringLiteral("sample app")));
+        QVERIFY(app.releaseNotes.startsWith(QStringLiteral("Version 2.0")));
+        QCOMPARE(app.vlVersion, QStringLiteral("1.0")); // the link's version stands
+        QVERIFY(app.isOutdated);
+    }
+
+    void failedServerInfoChangesNothing_data()
+    {
+        QTest::addColumn<bool>("serviceDown");
+        QTest::newRow("unknown id") << false;
+        QTest::newRow("service down") << true;
+    }
+
+    void failedServerInfoChangesNothing()
+    {
+        QFETCH(bool, serviceDown);
+        if (serviceDown) {
+            pointHostsAt(QStringLiteral("http://127.0.0.1:%1").arg(closedPort()));
+            QTest::ignoreMessage(QtInfoMsg, QRegularExpression(QStringLiteral("^App Info Connection failed! Error - ")));
+        }
+        VLApp app = linkRecord("999999");
+        const QJsonObject before = app.encodeWithCoder();
+        QVERIFY(!app.updateWithServerInfo());
+        QCOMPARE(app.encodeWithCoder(), before);
+    }
+
+    void iconsAreFetchedOnceIntoTheCache()
+    {
+        VLApp app = linkRecord("5003");
+        const QString cache = VLApp::catalogueIconPath(md5HexHash(QStringLiteral("5003")));
+        QVERIFY(!QFileInfo::exists(cache));
+        app.getIcon();
+        QCOMPARE(app.appIcon, cache);
+        QFile file(cache);
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QVERIFY(file.read(8) == QByteArray("\x89PNG\r\n\x1a\n", 8));
+
+        // With the site gone, the cached file still serves.
+        pointHostsAt(QStringLiteral("http://127.0.0.1:%1").arg(closedPort()));
+        VLApp again = linkRecord("5003");
+        again.getIcon();
+        QCOMPARE(again.appIcon, cache);
+    }
+
+    void iconFailuresLeaveTheGenericIcon_data()
+    {
+        QTest::addColumn<QString>("vlID");
+        QTest::addColumn<QString>("orderid");
+        QTest::newRow("unknown id") << QStringLiteral("999997") << QString();
+        QTest::newRow("purchase without id") << QString() << QStringLiteral("12");
+    }
+
+    void iconFailuresLeaveTheGenericIcon()
+    {
+        QFETCH(QString, vlID);
+        QFETCH(QString, orderid);
+        VLApp app = VLApp::initWithPurchaseItem({{QStringLiteral("vl_id"), vlID}, {QStringLiteral("orderid"), orderid}});
+        if (vlID.isEmpty()) {
+            app.vlID.clear();
+        }
+        app.getIcon();
+        QCOMPARE(app.appIcon, QStringLiteral(""));
+        QVERIFY(!QFileInfo::exists(VLApp::catalogueIconPath(app.digestString)));
+    }
+
+    void watchListChanges()
+    {
+        QByteArray output;
+        QCOMPARE(m_service.runCommand({QStringLiteral("add-member"), QStringLiteral("--email"),
+                                       QStringLiteral("wl@example.test"), QStringLiteral("--password"),
+                                       QStringLiteral("secret"), QStringLiteral("--first"), QStringLiteral("Wanda"),
+                                       QStringLiteral("--last"), QStringLiteral("Lister")},
+                                      &output),
+                 0);
+        const QString memberId = QString::fromUtf8(output).trimmed();
+        QVERIFY(!memberId.isEmpty());
+        VLApp app = linkRecord("5003");
+
+        QVERIFY(!app.saveToWatchListOnServer()); // nobody logged in
+        setSetting(SettingKey::lastlogin, memberId.toInt());
+        setSetting(SettingKey::sendEmail, true);
+        QVERIFY(app.saveToWatchListOnServer());
+        const QByteArray added = "GET /vld6watchlists/awl/z/" + md5HexHash(memberId).toLatin1() + "/m/5003/e/1 200";
+        QVERIFY(m_service.log().contains(added));
+
+        const QVariantList entries = watchListEntries(m_base, memberId);
+        QCOMPARE(entries.size(), 1);
+        const VLApp listed = VLApp::initWithWatchListItem(entries.first().toMap());
+        QCOMPARE(listed.vlID, QStringLiteral("5003"));
+        QCOMPARE(listed.name, QStringLiteral("Velmora Clock"));
+        QVERIFY(listed.download_url.startsWith(m_base + QStringLiteral("/files/")));
+        QCOMPARE(listed.localPath, QStringLiteral("-"));
+
+        QVERIFY(app.removeFromWatchListOnServer());
+        QVERIFY(watchListEntries(m_base, memberId).isEmpty());
+        QVERIFY(!app.removeFromWatchListOnServer()); // no longer on the list
+        QVERIFY(!linkRecord("999996").saveToWatchListOnServer());
+        VLSettings().remove(QString::fromLatin1(SettingKey::lastlogin));
+    }
+};
+
+VELMORA_TEST_MAIN(TestCatalogueService)
+#include "TestCatalogueService.moc"
