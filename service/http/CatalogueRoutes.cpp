@@ -15,17 +15,19 @@ namespace {
 
 QByteArray matchReply(const httplib::Request &req, const CatalogueIndex &index, const AutomatchRequest &request)
 {
+    const QString base = Reply::baseUrl(req);
     QByteArray json = "{";
-    for (auto it = request.apps.begin(); it != request.apps.end(); ++it) {
-        const CatalogueEntry *entry = index.match(it->description);
+    json.reserve(qsizetype(request.apps.size()) * 600);
+    for (const auto &[number, app] : request.apps) {
+        const CatalogueEntry *entry = index.match(app.description);
         if (!entry)
             continue;
         if (json.size() > 1)
             json += ',';
-        json += '"' + QByteArray::number(it.key()) + "\":{\"h\":" + JsonText::quoted(it->digest)
-                + ",\"i\":" + JsonText::quoted(it->installedVersion);
+        json += '"' + QByteArray::number(number) + "\":{\"h\":" + JsonText::quoted(app.digest)
+                + ",\"i\":" + JsonText::quoted(app.installedVersion);
         if (!entry->link.isEmpty())
-            json += ",\"e1\":" + JsonText::quoted(Reply::absoluteLink(req, entry->link));
+            json += ",\"e1\":" + JsonText::quoted(entry->link.startsWith(u'/') ? base + entry->link : entry->link);
         json += ',' + entry->encodedMembers + '}';
     }
     json += '}';

@@ -2,14 +2,13 @@
 
 #include "wire/FormBody.h"
 
-#include <QRegularExpression>
 
 namespace {
 
 constexpr int maxApps = 1000000;
 
 // Sets one field of an app group; false when a URL-encoded value is malformed.
-bool setAppField(AutomatchApp &app, QChar field, const QByteArray &raw)
+bool setAppField(AutomatchApp &app, QChar field, QByteArrayView raw)
 {
     if (field == u'p' || field == u'v') {
         (field == u'p' ? app.digest : app.installedVersion) = QString::fromUtf8(raw);
@@ -27,6 +26,21 @@ bool setAppField(AutomatchApp &app, QChar field, const QByteArray &raw)
     return true;
 }
 
+// "app[12][t]" -> 12, 't'; false for any other name.
+bool parseAppFieldName(const QString &name, int *index, QChar *field)
+{
+    static const QLatin1StringView prefix("app[");
+    if (!name.startsWith(prefix) || name.size() < prefix.size() + 5 || !name.endsWith(u']'))
+        return false;
+    const qsizetype close = name.indexOf(u']', prefix.size());
+    if (close != name.size() - 4 || name.at(close + 1) != u'[' || close - prefix.size() > 7)
+        return false;
+    bool numeric = false;
+    *index = QStringView(name).sliced(prefix.size(), close - prefix.size()).toInt(&numeric);
+    *field = name.at(close + 2);
+    return numeric && name.at(prefix.size()).isDigit() && QStringView(u"tpdvbm").contains(*field);
+}
+
 } // namespace
 
 std::optional<AutomatchRequest> AutomatchRequest::parse(const QByteArray &body, QString *error)
@@ -36,17 +50,23 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(const QByteArray &body, 
         *error = QStringLiteral("bad form encoding");
         return std::nullopt;
     }
-    static const QRegularExpression appField(QStringLiteral("^app\\[(\\d{1,7})\\]\\[([tpdvbm])\\]$"));
     AutomatchRequest request;
+    int lastIndex = -1;
+    AutomatchApp *app = nullptr;
     for (const FormBody::Field &field : form->fields()) {
-        const auto match = appField.match(field.name);
-        if (match.hasMatch()) {
-            const int index = match.captured(1).toInt();
+        int index = 0;
+        QChar name;
+        if (parseAppFieldName(field.name, &index, &name)) {
             if (index >= maxApps) {
                 *error = QStringLiteral("app index out of range: %1").arg(index);
                 return std::nullopt;
             }
-            if (!setAppField(request.apps[index], match.captured(2).at(0), field.raw)) {
+            // The fields of one app come together; look the app up only when the index changes.
+            if (index != lastIndex) {
+                app = &request.apps[index];
+                lastIndex = index;
+            }
+            if (!setAppField(*app, name, field.raw)) {
                 *error = QStringLiteral("bad encoding in %1").arg(field.name);
                 return std::nullopt;
             }

@@ -4,7 +4,7 @@
 
 #include "catalogue/CatalogueIndex.h"
 
-#include <QMap>
+#include <map>
 
 #include <optional>
 
@@ -23,7 +23,7 @@ struct AutomatchRequest
     QString installation;  // "uuid"
     QString memberId;      // "mid"
     QString type;          // "type"
-    QMap<int, AutomatchApp> apps;
+    std::map<int, AutomatchApp> apps; // by index, in order
 
     // Nullopt with a reason when the body is not a well-formed request.
     static std::optional<AutomatchRequest> parse(const QByteArray &body, QString *error);

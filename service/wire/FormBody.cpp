@@ -20,23 +20,33 @@ int hexValue(uchar c)
 
 namespace Percent {
 
-std::optional<QString> decode(QByteArray bytes, bool plusIsSpace)
+std::optional<QString> decode(QByteArrayView bytes, bool plusIsSpace)
 {
-    QByteArray out;
-    out.reserve(bytes.size());
+    // Most values are plain ASCII with nothing to decode; they skip the copying and the UTF-8 check.
+    bool ascii = true;
+    bool plain = true;
+    for (const char c : bytes) {
+        ascii = ascii && uchar(c) < 0x80;
+        plain = plain && c != '%' && !(plusIsSpace && c == '+');
+    }
+    if (plain && ascii)
+        return QString::fromLatin1(bytes);
+    QByteArray out(bytes.size(), Qt::Uninitialized);
+    qsizetype length = 0;
     for (qsizetype i = 0; i < bytes.size(); ++i) {
-        const char c = bytes.at(i);
+        const char c = bytes[i];
         if (c == '%') {
-            const int high = i + 2 < bytes.size() ? hexValue(uchar(bytes.at(i + 1))) : -1;
-            const int low = i + 2 < bytes.size() ? hexValue(uchar(bytes.at(i + 2))) : -1;
+            const int high = i + 2 < bytes.size() ? hexValue(uchar(bytes[i + 1])) : -1;
+            const int low = i + 2 < bytes.size() ? hexValue(uchar(bytes[i + 2])) : -1;
             if (high < 0 || low < 0)
                 return std::nullopt;
-            out.append(char(high * 16 + low));
+            out[length++] = char(high * 16 + low);
             i += 2;
         } else {
-            out.append(plusIsSpace && c == '+' ? ' ' : c);
+            out[length++] = plusIsSpace && c == '+' ? ' ' : c;
         }
     }
+    out.truncate(length);
     QStringDecoder utf8(QStringDecoder::Utf8);
     const QString text = utf8.decode(out);
     if (utf8.hasError())
@@ -50,14 +60,20 @@ std::optional<FormBody> FormBody::parse(const QByteArray &body)
 {
     FormBody form;
     form.m_body = body;
-    for (const QByteArray &piece : body.split('&')) {
+    const QByteArrayView all(form.m_body);
+    for (qsizetype start = 0; start <= all.size();) {
+        qsizetype end = all.indexOf('&', start);
+        if (end < 0)
+            end = all.size();
+        const QByteArrayView piece = all.sliced(start, end - start);
+        start = end + 1;
         if (piece.isEmpty())
             continue;
         const qsizetype equals = piece.indexOf('=');
-        const auto name = Percent::decode(equals < 0 ? piece : piece.left(equals), true);
+        const auto name = Percent::decode(equals < 0 ? piece : piece.first(equals), true);
         if (!name)
             return std::nullopt;
-        form.m_fields.append({*name, equals < 0 ? QByteArray() : piece.mid(equals + 1)});
+        form.m_fields.append({*name, equals < 0 ? QByteArrayView() : piece.sliced(equals + 1)});
     }
     return form;
 }

@@ -12,7 +12,7 @@
 
 namespace Percent {
 // Strict percent-decoding to UTF-8; nullopt on a broken escape or bytes that are not UTF-8.
-std::optional<QString> decode(QByteArray bytes, bool plusIsSpace);
+std::optional<QString> decode(QByteArrayView bytes, bool plusIsSpace);
 } // namespace Percent
 
 class FormBody
@@ -20,8 +20,8 @@ class FormBody
 public:
     struct Field
     {
-        QString name; // percent-decoded
-        QByteArray raw;
+        QString name;      // percent-decoded
+        QByteArrayView raw; // points into the body, which the form keeps
     };
 
     // Nullopt when a field name is not decodable.
