@@ -1,6 +1,7 @@
 // Records made and refreshed from the catalogue: matching-reply items (short keys) and their older long-key
 // form, watch-list, purchase and promotion items, app-info replies and install links.
 
+#include "model/AppPaths.h"
 #include "model/Log.h"
 #include "model/PathNames.h"
 #include "model/StringUtils.h"
@@ -111,11 +112,17 @@ std::optional<double> rankingValue(const QVariantMap &item, const QString &key)
     return ok ? std::optional<double>(value) : std::nullopt;
 }
 
+bool isPlainFileName(const QString &name)
+{
+    return !name.isEmpty() && name != QLatin1String(".") && name != QLatin1String("..") &&
+           !name.contains(QLatin1Char('/')) && !name.contains(QLatin1Char('\\')) && !name.contains(QChar(0));
+}
+
 // The digest names the record's scratch folder and icon file, so a value from the wire that is not a plain
 // file name is ignored in favour of the one made from the catalogue id.
 QString digestFor(const QString &given, const QString &vlID)
 {
-    if (!VLApp::catalogueIconPath(given).isEmpty()) {
+    if (isPlainFileName(given)) {
         return given;
     }
     return md5HexHash(vlID.isNull() ? kEmpty : vlID);
@@ -398,6 +405,11 @@ QString VLApp::getJSONItemWithName(const QString &key, const QVariantMap &item)
         // Null, and values no text field can hold (lists, dictionaries, data).
         return {};
     }
+}
+
+QString VLApp::catalogueIconPath(const QString &digest)
+{
+    return isPlainFileName(digest) ? AppPaths::dataFolder() + QStringLiteral("/mcache_600/") + digest : QString();
 }
 
 VLApp VLApp::initWithServerItemJSON(const QVariantMap &item)

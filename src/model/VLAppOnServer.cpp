@@ -1,7 +1,6 @@
 // The record's own calls to the service and the site: app information, watch-list changes and catalogue icons.
 // Each waits for its reply on the calling thread.
 
-#include "model/AppPaths.h"
 #include "model/Log.h"
 #include "model/StringUtils.h"
 #include "model/VLApp.h"
@@ -92,15 +91,6 @@ bool VLApp::saveToWatchListOnServer() const
 bool VLApp::removeFromWatchListOnServer() const
 {
     return changeWatchList(false, vlID);
-}
-
-QString VLApp::catalogueIconPath(const QString &digest)
-{
-    if (digest.isEmpty() || digest == QLatin1String(".") || digest == QLatin1String("..") ||
-        digest.contains(QLatin1Char('/')) || digest.contains(QLatin1Char('\\')) || digest.contains(QChar(0))) {
-        return {};
-    }
-    return AppPaths::dataFolder() + QStringLiteral("/mcache_600/") + digest;
 }
 
 void VLApp::getIcon()
