@@ -13,6 +13,9 @@
 #include <QFileInfo>
 #include <QRegularExpression>
 #include <QTcpServer>
+#include <QThread>
+
+#include <memory>
 
 namespace {
 
@@ -123,8 +126,13 @@ private slots:
 
     void updateWithServerInfo()
     {
+        // On a worker thread, as the program runs it.
         VLApp app = linkRecord("5001");
-        QVERIFY(app.updateWithServerInfo());
+        bool updated = false;
+        const std::unique_ptr<QThread> worker(QThread::create([&app, &updated] { updated = app.updateWithServerInfo(); }));
+        worker->start();
+        QVERIFY(worker->wait(60000));
+        QVERIFY(updated);
         QCOMPARE(app.name, QStringLiteral("Velmora Notes"));
         QCOMPARE(app.displayName, QStringLiteral("Velmora Notes"));
         QCOMPARE(app.developer, QStringLiteral("Velmora Labs"));
