@@ -18,7 +18,8 @@ struct WebRequest
     QByteArray body;
     // Given up when nothing moves for this long, in either direction (like a platform URL request's time-out).
     int timeoutMs = 60000;
-    // Redirects are followed unless they would leave https for http; false hands back the 3xx reply itself.
+    // Redirects are followed, except a hop from https to http, whose 3xx reply is handed back; false hands back
+    // every 3xx reply as it is.
     bool followRedirects = true;
     // The name in the log line of a failed connection ("<name> Connection failed! Error - ..."); "" logs nothing.
     QString logName;
