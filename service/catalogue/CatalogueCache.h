@@ -15,10 +15,9 @@ public:
     CatalogueCache(CatalogueStore &store, QString filesDir);
     std::shared_ptr<const CatalogueIndex> current();
 
+private:
     // The file behind a link that points to this service's files, or "" for other links.
     QString localFile(const QString &link) const;
-
-private:
     struct FileFacts
     {
         qint64 size = 0;

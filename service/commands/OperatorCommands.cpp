@@ -4,7 +4,6 @@
 #include "commands/Options.h"
 #include "members/MemberAccounts.h"
 
-#include <QFile>
 #include <QJsonDocument>
 #include <QTextStream>
 

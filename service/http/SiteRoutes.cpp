@@ -7,6 +7,7 @@
 #include "wire/PngIcon.h"
 
 #include <QCryptographicHash>
+#include <QUrl>
 
 #include <algorithm>
 
@@ -49,6 +50,7 @@ void appPage(const httplib::Request &req, httplib::Response &res, ServiceContext
         body += Html::paragraph(QStringLiteral("By %1").arg(field(*entry, "developer")));
     if (!field(*entry, "min_os").isEmpty())
         body += Html::paragraph(QStringLiteral("Requires macOS %1 or later").arg(field(*entry, "min_os")));
+    body += Html::paragraph(QStringLiteral("Downloads: %1").arg(context.storage.activity->downloadCount(entry->id)));
     if (!field(*entry, "release_notes").isEmpty())
         body += QStringLiteral("<h2>Release notes</h2>") + Html::paragraph(field(*entry, "release_notes"));
     if (!entry->link.isEmpty())

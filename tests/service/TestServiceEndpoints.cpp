@@ -130,6 +130,7 @@ private slots:
         // The login name may be empty, which leaves an empty segment.
         QCOMPARE(m_client->get("/download604/5002/abcd//0/0/UUID-1/C02TEST").status, 200);
         QCOMPARE(m_client->get("/download604/5002/abcd/12/0/0/UUID-1/C02TEST").status, 200);
+        QVERIFY(m_client->get("/app/mac/5002/Velmora%20Paint").body.contains("Downloads: 2"));
     }
 
     void rangeDownloads_data()

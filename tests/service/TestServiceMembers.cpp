@@ -6,6 +6,9 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
+#include <atomic>
+#include <thread>
+
 namespace {
 
 QByteArray md5(const QByteArray &text)
@@ -230,6 +233,29 @@ private slots:
         const QJsonObject plist = QJsonDocument::fromJson(lines[1]).object();
         QCOMPARE(plist.value(QStringLiteral("plist")).toString(), QStringLiteral("<plist><dict>"));
         QCOMPARE(plist.value(QStringLiteral("member_id")).toInteger(), 7);
+    }
+
+    void concurrentWritesAllLand()
+    {
+        constexpr int threads = 8;
+        constexpr int perThread = 25;
+        std::vector<std::thread> workers;
+        std::atomic<int> accepted = 0;
+        for (int t = 0; t < threads; ++t) {
+            workers.emplace_back([&, t] {
+                ServiceClient client(m_service);
+                for (int i = 0; i < perThread; ++i) {
+                    const QByteArray hit = "v=1&t=event&ea=CONCURRENT&el=" + QByteArray::number(t * perThread + i);
+                    accepted += client.post("/collect", hit).status == 200 ? 1 : 0;
+                }
+            });
+        }
+        for (std::thread &worker : workers)
+            worker.join();
+        QCOMPARE(accepted.load(), threads * perThread);
+        QByteArray output;
+        QCOMPARE(m_service.runCommand({QStringLiteral("hits")}, &output), 0);
+        QCOMPARE(output.count("\"ea\":\"CONCURRENT\""), threads * perThread);
     }
 
     void analyticsHitsAreStored()
