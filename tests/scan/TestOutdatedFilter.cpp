@@ -1,7 +1,6 @@
 #include "support/TestMain.h"
 
 #include "scan/OutdatedFilter.h"
-#include "scan/VLSettings.h"
 
 class TestOutdatedFilter : public QObject
 {
@@ -10,7 +9,6 @@ class TestOutdatedFilter : public QObject
 private slots:
     void filter_data();
     void filter();
-    void fromSettings();
 };
 
 void TestOutdatedFilter::filter_data()
@@ -65,17 +63,6 @@ void TestOutdatedFilter::filter()
     options.showNewerOS = shown.contains(QLatin1Char('O'));
     QCOMPARE(isListedAsOutdated(*app, options), listed);
     QCOMPARE(outdatedApps(AppList{app}, options).size(), listed ? 1 : 0);
-}
-
-void TestOutdatedFilter::fromSettings()
-{
-    VLSettings settings;
-    OutdatedFilterOptions options = OutdatedFilterOptions::fromSettings(settings);
-    QVERIFY(!options.showMAS && !options.showBeta && options.showPaidUpgrades && !options.showNewerOS);
-    settings.setValue(QLatin1String(SettingKey::showBeta), true);
-    settings.setValue(QLatin1String(SettingKey::showPaidUpgrades), false);
-    options = OutdatedFilterOptions::fromSettings(settings);
-    QVERIFY(options.showBeta && !options.showPaidUpgrades);
 }
 
 VELMORA_TEST_MAIN(TestOutdatedFilter)

@@ -1,8 +1,7 @@
 #include "support/TestMain.h"
 
-#include "model/PropertyList.h"
 #include "scan/VLBlacklist.h"
-#include "support/BundleTree.h"
+#include "support/PlistFiles.h"
 
 #include <QTemporaryDir>
 
@@ -110,11 +109,9 @@ void TestVLBlacklist::virtualMachineApps()
     QFETCH(bool, binary);
     QFETCH(bool, listed);
     QTemporaryDir dir;
-    BundleTree tree(dir.path());
-    const QVariantMap info{{QStringLiteral("CFBundleIdentifier"), identifier}};
-    const QString bundle = tree.addBundle(QStringLiteral("Applications/Notepad.app"));
-    tree.addFile(QStringLiteral("Applications/Notepad.app/Contents/Info.plist"),
-                 binary ? PropertyList::toBinary(info) : BundleTree::xmlPlist(info));
+    const QString bundle = PlistFiles::makeBundle(dir.path() + QStringLiteral("/Notepad.app"),
+                                                  {{QStringLiteral("CFBundleIdentifier"), identifier}},
+                                                  binary ? PlistFiles::PlistFormat::Binary : PlistFiles::PlistFormat::Xml);
     QCOMPARE(VLBlacklist().appIsOnBlackList(QStringLiteral("Notepad.app"), bundle), listed);
 }
 

@@ -1,6 +1,5 @@
 #include "support/TestMain.h"
 
-#include "scan/VLDataFileLoader.h"
 #include "scan/VLScanData.h"
 
 #include <QDir>
@@ -56,7 +55,6 @@ private slots:
     void lookups();
     void changesOfTwoProcesses();
     void staleLockTakenOver();
-    void loader();
 
 private:
     std::unique_ptr<QTemporaryDir> m_dir;
@@ -251,26 +249,6 @@ void TestVLScanData::staleLockTakenOver()
     VLScanData store(m_file);
     VLScanData::Change change(store, 2000);
     QVERIFY(change.isLocked());
-}
-
-void TestVLScanData::loader()
-{
-    VLScanData seed; // the real data folder, inside this test's own home
-    seed.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("3"))});
-    QVERIFY(seed.saveDataToDisk());
-
-    VLDataFileLoader loader;
-    QVERIFY(loader.isLoading());
-    QVERIFY(!loader.scanData());
-    QThread *thread = QThread::create([&loader] { loader.loadFile(); });
-    thread->start();
-    while (loader.isLoading()) {
-        QThread::yieldCurrentThread();
-    }
-    thread->wait();
-    delete thread;
-    QVERIFY(loader.scanData());
-    QCOMPARE(loader.scanData()->apps()->size(), 1);
 }
 
 VELMORA_TEST_MAIN(TestVLScanData)
