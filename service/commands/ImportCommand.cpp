@@ -10,7 +10,7 @@ int importCommand(const QStringList &args)
     Options::addCommon(parser);
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("JSON files of catalogue records."));
     if (!Options::parse(parser, args) || parser.positionalArguments().isEmpty())
-        return 2;
+        return Options::usageError(parser);
     auto storage = Options::openStorage(parser);
     if (!storage)
         return 1;

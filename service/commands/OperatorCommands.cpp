@@ -23,7 +23,7 @@ int reportsCommand(const QStringList &args)
     QCommandLineParser parser;
     Options::addCommon(parser);
     if (!Options::parse(parser, args) || !parser.positionalArguments().isEmpty())
-        return 2;
+        return Options::usageError(parser);
     auto storage = Options::openStorage(parser);
     if (!storage)
         return 1;
@@ -44,7 +44,7 @@ int hitsCommand(const QStringList &args)
     QCommandLineParser parser;
     Options::addCommon(parser);
     if (!Options::parse(parser, args) || !parser.positionalArguments().isEmpty())
-        return 2;
+        return Options::usageError(parser);
     auto storage = Options::openStorage(parser);
     if (!storage)
         return 1;
@@ -65,7 +65,7 @@ int addMemberCommand(const QStringList &args)
     parser.addOption({first, QStringLiteral("First name."), QStringLiteral("F")});
     parser.addOption({last, QStringLiteral("Last name."), QStringLiteral("L")});
     if (!Options::parse(parser, args) || !parser.isSet(email) || !parser.isSet(password))
-        return 2;
+        return Options::usageError(parser);
     QString secret = parser.value(password);
     if (secret == u'-')
         secret = QTextStream(stdin).readLine();
@@ -91,10 +91,10 @@ int blacklistCommand(const QStringList &args)
     Options::addCommon(parser);
     parser.addPositionalArgument(QStringLiteral("add|remove NAME"), QStringLiteral("Change the list."));
     if (!Options::parse(parser, args))
-        return 2;
+        return Options::usageError(parser);
     const QStringList words = parser.positionalArguments();
     if (!words.isEmpty() && (words.size() != 2 || (words[0] != QLatin1StringView("add") && words[0] != QLatin1StringView("remove"))))
-        return 2;
+        return Options::usageError(parser);
     auto storage = Options::openStorage(parser);
     if (!storage)
         return 1;

@@ -65,6 +65,12 @@ std::optional<SecretBox> openSecrets(const QCommandLineParser &parser)
     return secrets;
 }
 
+int usageError(const QCommandLineParser &parser)
+{
+    std::fputs(qUtf8Printable(parser.helpText()), stderr);
+    return 2;
+}
+
 bool parse(QCommandLineParser &parser, const QStringList &args)
 {
     if (!parser.parse(args)) {

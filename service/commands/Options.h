@@ -22,6 +22,9 @@ QString sampleCataloguePath();
 std::unique_ptr<Storage> openStorage(const QCommandLineParser &parser);
 std::optional<SecretBox> openSecrets(const QCommandLineParser &parser);
 
+// Prints the command's help to stderr; returns the exit code for bad usage (2).
+int usageError(const QCommandLineParser &parser);
+
 // Parses a command's arguments (args[0] is the command name); prints the reason and returns false on bad usage.
 bool parse(QCommandLineParser &parser, const QStringList &args);
 

@@ -16,11 +16,11 @@ int serveCommand(const QStringList &args)
                       Options::defaultFilesDir()});
     parser.addOption({QStringLiteral("no-sample"), QStringLiteral("Start with an empty catalogue.")});
     if (!Options::parse(parser, args) || !parser.positionalArguments().isEmpty())
-        return 2;
+        return Options::usageError(parser);
     const auto address = ListenAddress::parse(parser.value(QStringLiteral("listen")));
     if (!address) {
         std::fprintf(stderr, "error: --listen wants HOST:PORT\n");
-        return 2;
+        return Options::usageError(parser);
     }
     auto storage = Options::openStorage(parser);
     auto secrets = Options::openSecrets(parser);
