@@ -35,15 +35,18 @@ QByteArray appFields(int index, const QJsonObject &record, int variant)
     const QByteArray i = QByteArray::number(index);
     const QJsonArray ids = record.value(QStringLiteral("bundle_ids")).toArray();
     const QJsonArray files = record.value(QStringLiteral("artifact_names")).toArray();
-    QByteArray bundleId = variant == 0 && !ids.isEmpty() ? ids.at(0).toString().toUtf8() : QByteArray("org.example.none");
-    QByteArray bundleName = variant == 1 && !files.isEmpty() ? files.at(0).toString().toUtf8() : QByteArray("Unknown.app");
-    QByteArray displayName = variant == 2 ? record.value(QStringLiteral("name")).toString().toUtf8() : QByteArray("Unknown");
+    QByteArray bundleId =
+        variant == 0 && !ids.isEmpty() ? ids.at(0).toString().toUtf8() : QByteArray("org.example.none");
+    QByteArray bundleName =
+        variant == 1 && !files.isEmpty() ? files.at(0).toString().toUtf8() : QByteArray("Unknown.app");
+    QByteArray displayName =
+        variant == 2 ? record.value(QStringLiteral("name")).toString().toUtf8() : QByteArray("Unknown");
     if (variant == 3)
         displayName = "Local Tool " + i;
-    return "&app[" + i + "][t]=" + bundleName.toPercentEncoding() + "&app[" + i + "][p]="
-           + QByteArray::number(quint64(QRandomGenerator::global()->generate64()), 16) + "&app[" + i
-           + "][d]=" + displayName.toPercentEncoding() + "&app[" + i + "][v]=1.0&app[" + i
-           + "][b]=" + bundleId.toPercentEncoding() + "&app[" + i + "][m]=2026-11-20%2010%3A00%3A00%20%2B0000";
+    return "&app[" + i + "][t]=" + bundleName.toPercentEncoding() + "&app[" + i +
+           "][p]=" + QByteArray::number(quint64(QRandomGenerator::global()->generate64()), 16) + "&app[" + i +
+           "][d]=" + displayName.toPercentEncoding() + "&app[" + i + "][v]=1.0&app[" + i +
+           "][b]=" + bundleId.toPercentEncoding() + "&app[" + i + "][m]=2026-11-20%2010%3A00%3A00%20%2B0000";
 }
 
 std::vector<std::string> makeBodies(const QJsonArray &catalogue, int apps, int count)
@@ -66,8 +69,9 @@ bool replyIsSound(const std::string &body)
 {
     std::vector<unsigned char> out(body.size() * 20);
     uLongf length = uLongf(out.size());
-    return uncompress(out.data(), &length, reinterpret_cast<const Bytef *>(body.data()), uLong(body.size())) == Z_OK
-           && QJsonDocument::fromJson(QByteArray(reinterpret_cast<const char *>(out.data()), qsizetype(length))).isObject();
+    return uncompress(out.data(), &length, reinterpret_cast<const Bytef *>(body.data()), uLong(body.size())) == Z_OK &&
+           QJsonDocument::fromJson(QByteArray(reinterpret_cast<const char *>(out.data()), qsizetype(length)))
+               .isObject();
 }
 
 double percentile(std::vector<double> &sorted, double p)
@@ -81,12 +85,14 @@ int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
     QCommandLineParser parser;
-    parser.addOptions({{QStringLiteral("catalogue"), QStringLiteral("Real-world catalogue."), QStringLiteral("FILE"),
-                        QStringLiteral(VELMORA_BENCH_CATALOGUE)},
-                       {QStringLiteral("connections"), QStringLiteral("Parallel connections."), QStringLiteral("N"), QStringLiteral("4")},
-                       {QStringLiteral("seconds"), QStringLiteral("Duration."), QStringLiteral("S"), QStringLiteral("10")},
-                       {QStringLiteral("apps"), QStringLiteral("Apps per request."), QStringLiteral("N"), QStringLiteral("500")},
-                       {QStringLiteral("url"), QStringLiteral("A running service instead of a fresh one."), QStringLiteral("URL")}});
+    parser.addOptions(
+        {{QStringLiteral("catalogue"), QStringLiteral("Real-world catalogue."), QStringLiteral("FILE"),
+          QStringLiteral(VELMORA_BENCH_CATALOGUE)},
+         {QStringLiteral("connections"), QStringLiteral("Parallel connections."), QStringLiteral("N"),
+          QStringLiteral("4")},
+         {QStringLiteral("seconds"), QStringLiteral("Duration."), QStringLiteral("S"), QStringLiteral("10")},
+         {QStringLiteral("apps"), QStringLiteral("Apps per request."), QStringLiteral("N"), QStringLiteral("500")},
+         {QStringLiteral("url"), QStringLiteral("A running service instead of a fresh one."), QStringLiteral("URL")}});
     parser.addHelpOption();
     parser.process(app);
 

@@ -78,9 +78,10 @@ bool readApps(const QJsonArray &records, CatalogueImport &import, QString *error
         QString reason = QStringLiteral("not an object");
         const QJsonObject source = records.at(i).toObject();
         const QString token = source.value(QLatin1StringView("token")).toString();
-        auto app = records.at(i).isObject()
-                       ? CatalogueFile::readRecord(token.isEmpty() ? source : PublicCatalogueMapping::map(source), &reason)
-                       : std::nullopt;
+        auto app =
+            records.at(i).isObject()
+                ? CatalogueFile::readRecord(token.isEmpty() ? source : PublicCatalogueMapping::map(source), &reason)
+                : std::nullopt;
         if (!app) {
             *error = QStringLiteral("record %1: %2").arg(i).arg(reason);
             return false;
@@ -119,7 +120,8 @@ std::optional<ImportApp> readRecord(const QJsonObject &object, QString *error)
         if (!copyText(object, key, app.record, error))
             return std::nullopt;
     }
-    for (const QLatin1StringView key : {RecordFields::bundleIds, RecordFields::bundleNames, RecordFields::displayNames}) {
+    for (const QLatin1StringView key :
+         {RecordFields::bundleIds, RecordFields::bundleNames, RecordFields::displayNames}) {
         if (!copyTextList(object, key, app.record, error))
             return std::nullopt;
     }
@@ -167,8 +169,8 @@ std::optional<CatalogueImport> parse(const QByteArray &json, QString *error)
         if (!name.toString().isEmpty())
             import.blacklist.append(name.toString());
     }
-    if (!readApps(root.value(QLatin1StringView("apps")).toArray(), import, error)
-        || !readBundles(root.value(QLatin1StringView("bundles")).toObject(), import, error))
+    if (!readApps(root.value(QLatin1StringView("apps")).toArray(), import, error) ||
+        !readBundles(root.value(QLatin1StringView("bundles")).toObject(), import, error))
         return std::nullopt;
     return import;
 }

@@ -12,7 +12,7 @@
 struct CatalogueEntry
 {
     QString id;
-    QJsonObject record; // long keys, with the hash and size of files the service serves filled in
+    QJsonObject record;        // long keys, with the hash and size of files the service serves filled in
     QByteArray encodedMembers; // the short-key members except "e1", "h" and "i", without braces
     QString link;              // as stored: absolute, or a path on this service
     bool isBeta = false;

@@ -13,12 +13,12 @@ struct Release
 };
 
 constexpr Release releases[] = {
-    {"cheetah", "10.0"},      {"puma", "10.1"},         {"jaguar", "10.2"},  {"panther", "10.3"},
-    {"tiger", "10.4"},        {"leopard", "10.5"},      {"snow_leopard", "10.6"}, {"lion", "10.7"},
-    {"mountain_lion", "10.8"}, {"mavericks", "10.9"},   {"yosemite", "10.10"}, {"el_capitan", "10.11"},
-    {"sierra", "10.12"},      {"high_sierra", "10.13"}, {"mojave", "10.14"}, {"catalina", "10.15"},
-    {"big_sur", "11.0"},      {"monterey", "12.0"},     {"ventura", "13.0"}, {"sonoma", "14.0"},
-    {"sequoia", "15.0"},      {"tahoe", "26.0"},
+    {"cheetah", "10.0"},       {"puma", "10.1"},         {"jaguar", "10.2"},       {"panther", "10.3"},
+    {"tiger", "10.4"},         {"leopard", "10.5"},      {"snow_leopard", "10.6"}, {"lion", "10.7"},
+    {"mountain_lion", "10.8"}, {"mavericks", "10.9"},    {"yosemite", "10.10"},    {"el_capitan", "10.11"},
+    {"sierra", "10.12"},       {"high_sierra", "10.13"}, {"mojave", "10.14"},      {"catalina", "10.15"},
+    {"big_sur", "11.0"},       {"monterey", "12.0"},     {"ventura", "13.0"},      {"sonoma", "14.0"},
+    {"sequoia", "15.0"},       {"tahoe", "26.0"},
 };
 
 QString versionOfRelease(QString name)
@@ -36,8 +36,8 @@ QString versionOfRelease(QString name)
     return match.hasMatch() ? match.captured(1) : QString();
 }
 
-const QStringList prereleaseMarks = {QStringLiteral("beta"),  QStringLiteral("nightly"), QStringLiteral("dev"),
-                                     QStringLiteral("alpha"), QStringLiteral("preview"), QStringLiteral("canary"),
+const QStringList prereleaseMarks = {QStringLiteral("beta"),   QStringLiteral("nightly"), QStringLiteral("dev"),
+                                     QStringLiteral("alpha"),  QStringLiteral("preview"), QStringLiteral("canary"),
                                      QStringLiteral("insider")};
 
 bool isPrerelease(const QString &token)
@@ -70,7 +70,8 @@ void insertText(QJsonObject &record, QLatin1StringView key, const QString &value
 std::pair<QString, QString> download(const QJsonObject &source)
 {
     if (source.value(QLatin1StringView("url_resolved")).toBool())
-        return {source.value(QLatin1StringView("url")).toString(), source.value(QLatin1StringView("sha256")).toString()};
+        return {source.value(QLatin1StringView("url")).toString(),
+                source.value(QLatin1StringView("sha256")).toString()};
     const QJsonObject byArch = source.value(QLatin1StringView("url_by_arch")).toObject();
     const QJsonObject hashByArch = source.value(QLatin1StringView("sha256_by_arch")).toObject();
     for (const QLatin1StringView arch : {QLatin1StringView("arm"), QLatin1StringView("intel")}) {
@@ -90,9 +91,8 @@ QString minimumOsVersion(const QJsonValue &minMacos)
         QString oldest;
         for (const QJsonValue &name : minMacos.toArray()) {
             const QString version = versionOfRelease(name.toString());
-            if (!version.isEmpty()
-                && (oldest.isEmpty()
-                    || QVersionNumber::fromString(version) < QVersionNumber::fromString(oldest)))
+            if (!version.isEmpty() &&
+                (oldest.isEmpty() || QVersionNumber::fromString(version) < QVersionNumber::fromString(oldest)))
                 oldest = version;
         }
         return oldest;
@@ -137,7 +137,8 @@ QJsonObject map(const QJsonObject &source)
         if (!displayNames.contains(bare))
             displayNames.append(bare);
     }
-    record.insert(QLatin1StringView("bundle_ids"), QJsonArray::fromStringList(texts(source.value(QLatin1StringView("bundle_ids")))));
+    record.insert(QLatin1StringView("bundle_ids"),
+                  QJsonArray::fromStringList(texts(source.value(QLatin1StringView("bundle_ids")))));
     record.insert(QLatin1StringView("bundle_names"), QJsonArray::fromStringList(bundleNames));
     record.insert(QLatin1StringView("display_names"), QJsonArray::fromStringList(displayNames));
     return record;

@@ -15,14 +15,29 @@ struct KeyPair
 
 // Text fields a record may carry (long keys).
 inline constexpr QLatin1StringView textFields[] = {
-    QLatin1StringView("name"), QLatin1StringView("current_version"), QLatin1StringView("min_os"),
-    QLatin1StringView("opens_in_window"), QLatin1StringView("vld_install_from_link"), QLatin1StringView("paidupgrade"),
-    QLatin1StringView("link"), QLatin1StringView("mas_download_url"), QLatin1StringView("version_override"),
-    QLatin1StringView("mas_version"), QLatin1StringView("mas_date"), QLatin1StringView("stability"),
-    QLatin1StringView("license"), QLatin1StringView("file_size"), QLatin1StringView("developer"),
-    QLatin1StringView("shortdescr"), QLatin1StringView("release_notes"), QLatin1StringView("sort_date"),
-    QLatin1StringView("vl_date"), QLatin1StringView("keywords"), QLatin1StringView("filehash"),
-    QLatin1StringView("descr"), QLatin1StringView("homepage"),
+    QLatin1StringView("name"),
+    QLatin1StringView("current_version"),
+    QLatin1StringView("min_os"),
+    QLatin1StringView("opens_in_window"),
+    QLatin1StringView("vld_install_from_link"),
+    QLatin1StringView("paidupgrade"),
+    QLatin1StringView("link"),
+    QLatin1StringView("mas_download_url"),
+    QLatin1StringView("version_override"),
+    QLatin1StringView("mas_version"),
+    QLatin1StringView("mas_date"),
+    QLatin1StringView("stability"),
+    QLatin1StringView("license"),
+    QLatin1StringView("file_size"),
+    QLatin1StringView("developer"),
+    QLatin1StringView("shortdescr"),
+    QLatin1StringView("release_notes"),
+    QLatin1StringView("sort_date"),
+    QLatin1StringView("vl_date"),
+    QLatin1StringView("keywords"),
+    QLatin1StringView("filehash"),
+    QLatin1StringView("descr"),
+    QLatin1StringView("homepage"),
 };
 
 // Lists of texts that matching reads.
@@ -79,12 +94,23 @@ inline constexpr KeyPair appInfoKeys[] = {
 
 // Watch-list items carry these long keys as they are (plus "wl_id", "list_name", "vl_id" and "link").
 inline constexpr QLatin1StringView watchListKeys[] = {
-    QLatin1StringView("name"), QLatin1StringView("current_version"), QLatin1StringView("shortdescr"),
-    QLatin1StringView("opens_in_window"), QLatin1StringView("vld_install_from_link"),
-    QLatin1StringView("paidupgrade"), QLatin1StringView("mas_download_url"), QLatin1StringView("version_override"),
-    QLatin1StringView("mas_version"), QLatin1StringView("min_os"), QLatin1StringView("stability"),
-    QLatin1StringView("license"), QLatin1StringView("file_size"), QLatin1StringView("developer"),
-    QLatin1StringView("release_notes"), QLatin1StringView("sort_date"), QLatin1StringView("vl_date"),
+    QLatin1StringView("name"),
+    QLatin1StringView("current_version"),
+    QLatin1StringView("shortdescr"),
+    QLatin1StringView("opens_in_window"),
+    QLatin1StringView("vld_install_from_link"),
+    QLatin1StringView("paidupgrade"),
+    QLatin1StringView("mas_download_url"),
+    QLatin1StringView("version_override"),
+    QLatin1StringView("mas_version"),
+    QLatin1StringView("min_os"),
+    QLatin1StringView("stability"),
+    QLatin1StringView("license"),
+    QLatin1StringView("file_size"),
+    QLatin1StringView("developer"),
+    QLatin1StringView("release_notes"),
+    QLatin1StringView("sort_date"),
+    QLatin1StringView("vl_date"),
     QLatin1StringView("filehash"),
 };
 

@@ -11,46 +11,42 @@
 
 namespace {
 
-void printJsonLine(const QJsonObject &object)
+// Prints one JSON object a line, oldest first, for a command that takes no arguments of its own.
+int printJsonLines(const QStringList &args, QList<QJsonObject> (*lines)(Storage &))
 {
-    std::printf("%s\n", QJsonDocument(object).toJson(QJsonDocument::Compact).constData());
+    QCommandLineParser parser;
+    Options::addCommon(parser);
+    if (!Options::parse(parser, args) || !parser.positionalArguments().isEmpty())
+        return Options::usageError(parser);
+    auto storage = Options::openStorage(parser);
+    if (!storage)
+        return 1;
+    for (const QJsonObject &line : lines(*storage))
+        std::printf("%s\n", QJsonDocument(line).toJson(QJsonDocument::Compact).constData());
+    return 0;
 }
 
 } // namespace
 
 int reportsCommand(const QStringList &args)
 {
-    QCommandLineParser parser;
-    Options::addCommon(parser);
-    if (!Options::parse(parser, args) || !parser.positionalArguments().isEmpty())
-        return Options::usageError(parser);
-    auto storage = Options::openStorage(parser);
-    if (!storage)
-        return 1;
-    // One JSON object a line, oldest first; the report texts are decoded.
-    for (const Report &report : storage->activity->reports()) {
-        QJsonObject line = report.fields;
-        line.insert(QStringLiteral("id"), report.id);
-        line.insert(QStringLiteral("kind"), report.kind);
-        line.insert(QStringLiteral("received_at"), report.receivedAt);
-        line.insert(QStringLiteral("member_id"), report.memberId);
-        printJsonLine(line);
-    }
-    return 0;
+    return printJsonLines(args, [](Storage &storage) {
+        QList<QJsonObject> lines;
+        for (const Report &report : storage.activity->reports()) {
+            QJsonObject line = report.fields; // the report texts, decoded
+            line.insert(QStringLiteral("id"), report.id);
+            line.insert(QStringLiteral("kind"), report.kind);
+            line.insert(QStringLiteral("received_at"), report.receivedAt);
+            line.insert(QStringLiteral("member_id"), report.memberId);
+            lines.append(line);
+        }
+        return lines;
+    });
 }
 
 int hitsCommand(const QStringList &args)
 {
-    QCommandLineParser parser;
-    Options::addCommon(parser);
-    if (!Options::parse(parser, args) || !parser.positionalArguments().isEmpty())
-        return Options::usageError(parser);
-    auto storage = Options::openStorage(parser);
-    if (!storage)
-        return 1;
-    for (const QJsonObject &hit : storage->activity->hits())
-        printJsonLine(hit);
-    return 0;
+    return printJsonLines(args, [](Storage &storage) { return storage.activity->hits(); });
 }
 
 int addMemberCommand(const QStringList &args)
@@ -60,8 +56,8 @@ int addMemberCommand(const QStringList &args)
     const QString email = QStringLiteral("email"), password = QStringLiteral("password");
     const QString first = QStringLiteral("first"), last = QStringLiteral("last");
     parser.addOption({email, QStringLiteral("E-mail address."), QStringLiteral("E")});
-    parser.addOption({password, QStringLiteral("Password; \"-\" reads it from the first line of stdin."),
-                      QStringLiteral("P")});
+    parser.addOption(
+        {password, QStringLiteral("Password; \"-\" reads it from the first line of stdin."), QStringLiteral("P")});
     parser.addOption({first, QStringLiteral("First name."), QStringLiteral("F")});
     parser.addOption({last, QStringLiteral("Last name."), QStringLiteral("L")});
     if (!Options::parse(parser, args) || !parser.isSet(email) || !parser.isSet(password))
@@ -74,9 +70,9 @@ int addMemberCommand(const QStringList &args)
     if (!storage || !secrets)
         return 1;
     QString error;
-    const auto member = MemberAccounts::create(*storage->members, *secrets,
-                                               {parser.value(email), secret, parser.value(first), parser.value(last), {}},
-                                               &error);
+    const auto member =
+        MemberAccounts::create(*storage->members, *secrets,
+                               {parser.value(email), secret, parser.value(first), parser.value(last), {}}, &error);
     if (!member) {
         std::fprintf(stderr, "error: %s\n", qUtf8Printable(error));
         return 1;
@@ -93,7 +89,8 @@ int blacklistCommand(const QStringList &args)
     if (!Options::parse(parser, args))
         return Options::usageError(parser);
     const QStringList words = parser.positionalArguments();
-    if (!words.isEmpty() && (words.size() != 2 || (words[0] != QLatin1StringView("add") && words[0] != QLatin1StringView("remove"))))
+    if (!words.isEmpty() &&
+        (words.size() != 2 || (words[0] != QLatin1StringView("add") && words[0] != QLatin1StringView("remove"))))
         return Options::usageError(parser);
     auto storage = Options::openStorage(parser);
     if (!storage)
@@ -104,6 +101,6 @@ int blacklistCommand(const QStringList &args)
         return 0;
     }
     const bool done = words[0] == QLatin1StringView("add") ? storage->catalogue->addToBlacklist(words[1])
-                                                          : storage->catalogue->removeFromBlacklist(words[1]);
+                                                           : storage->catalogue->removeFromBlacklist(words[1]);
     return done ? 0 : 1;
 }

@@ -24,8 +24,8 @@ QString databasePath(const QCommandLineParser &parser)
 {
     if (parser.isSet(QStringLiteral("db")))
         return parser.value(QStringLiteral("db"));
-    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + serviceFolder
-           + QStringLiteral("/service.sqlite");
+    return QStandardPaths::writableLocation(QStandardPaths::GenericDataLocation) + serviceFolder +
+           QStringLiteral("/service.sqlite");
 }
 
 QString keyFilePath(const QCommandLineParser &parser)
@@ -33,8 +33,8 @@ QString keyFilePath(const QCommandLineParser &parser)
     if (parser.isSet(QStringLiteral("key-file")))
         return parser.value(QStringLiteral("key-file"));
     // Kept in the configuration folder, apart from the database in the data folder.
-    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + serviceFolder
-           + QStringLiteral("/member.key");
+    return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation) + serviceFolder +
+           QStringLiteral("/member.key");
 }
 
 QString defaultFilesDir()

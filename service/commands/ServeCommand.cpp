@@ -9,9 +9,10 @@ int serveCommand(const QStringList &args)
 {
     QCommandLineParser parser;
     Options::addCommon(parser);
-    parser.addOption({QStringLiteral("listen"),
-                      QStringLiteral("Address to listen on, HOST:PORT; port 0 takes a free port (default 127.0.0.1:8642)."),
-                      QStringLiteral("ADDRESS"), QStringLiteral("127.0.0.1:8642")});
+    parser.addOption(
+        {QStringLiteral("listen"),
+         QStringLiteral("Address to listen on, HOST:PORT; port 0 takes a free port (default 127.0.0.1:8642)."),
+         QStringLiteral("ADDRESS"), QStringLiteral("127.0.0.1:8642")});
     parser.addOption({QStringLiteral("files"), QStringLiteral("Folder served under /files/."), QStringLiteral("DIR"),
                       Options::defaultFilesDir()});
     parser.addOption({QStringLiteral("no-sample"), QStringLiteral("Start with an empty catalogue.")});

@@ -24,8 +24,8 @@ QByteArray matchReply(const httplib::Request &req, const CatalogueIndex &index, 
             continue;
         if (json.size() > 1)
             json += ',';
-        json += '"' + QByteArray::number(number) + "\":{\"h\":" + JsonText::quoted(app.digest)
-                + ",\"i\":" + JsonText::quoted(app.installedVersion);
+        json += '"' + QByteArray::number(number) + "\":{\"h\":" + JsonText::quoted(app.digest) +
+                ",\"i\":" + JsonText::quoted(app.installedVersion);
         if (!entry->link.isEmpty())
             json += ",\"e1\":" + JsonText::quoted(entry->link.startsWith(u'/') ? base + entry->link : entry->link);
         json += ',' + entry->encodedMembers + '}';

@@ -25,9 +25,11 @@ QJsonObject promoItem(const httplib::Request &req, const CatalogueEntry &entry)
         {QStringLiteral("link"), Reply::absoluteLink(req, deal.value(QLatin1StringView("link")).toString())},
         {QStringLiteral("discount"), deal.value(QLatin1StringView("discount")).toString()},
         {QStringLiteral("price"), deal.value(QLatin1StringView("price")).toString()},
-        {QStringLiteral("appversion"), deal.value(QLatin1StringView("appversion"))
-                                           .toString(entry.record.value(QLatin1StringView("current_version")).toString())},
-        {QStringLiteral("parent_sales_profile_id"), deal.value(QLatin1StringView("parent_sales_profile_id")).toString()},
+        {QStringLiteral("appversion"),
+         deal.value(QLatin1StringView("appversion"))
+             .toString(entry.record.value(QLatin1StringView("current_version")).toString())},
+        {QStringLiteral("parent_sales_profile_id"),
+         deal.value(QLatin1StringView("parent_sales_profile_id")).toString()},
     };
 }
 
@@ -56,7 +58,8 @@ void cart(const httplib::Request &req, httplib::Response &res, ServiceContext &c
     const auto order = FormBody::jsonObject(QByteArray::fromStdString(req.body), "a");
     if (!order)
         return Reply::fail(res, 400, QStringLiteral("the body must be a= and a JSON object"));
-    const auto member = context.storage.members->memberById(FormBody::jsonInteger(order->value(QStringLiteral("member_id"))));
+    const auto member =
+        context.storage.members->memberById(FormBody::jsonInteger(order->value(QStringLiteral("member_id"))));
     if (!member)
         return Reply::fail(res, 404, QStringLiteral("unknown member"));
     const auto index = context.catalogue.current();

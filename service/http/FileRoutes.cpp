@@ -15,11 +15,11 @@ namespace {
 const char *mimeType(const QString &name)
 {
     static const std::pair<const char *, const char *> types[] = {
-        {".zip", "application/zip"},           {".tar.gz", "application/gzip"},
-        {".tgz", "application/gzip"},          {".tar.bz2", "application/x-bzip2"},
-        {".tbz", "application/x-bzip2"},       {".dmg", "application/x-apple-diskimage"},
-        {".pkg", "application/x-xar"},         {".html", "text/html; charset=utf-8"},
-        {".png", "image/png"},                 {".txt", "text/plain; charset=utf-8"},
+        {".zip", "application/zip"},     {".tar.gz", "application/gzip"},
+        {".tgz", "application/gzip"},    {".tar.bz2", "application/x-bzip2"},
+        {".tbz", "application/x-bzip2"}, {".dmg", "application/x-apple-diskimage"},
+        {".pkg", "application/x-xar"},   {".html", "text/html; charset=utf-8"},
+        {".png", "image/png"},           {".txt", "text/plain; charset=utf-8"},
     };
     for (const auto &[suffix, type] : types) {
         if (name.endsWith(QLatin1StringView(suffix), Qt::CaseInsensitive))
@@ -67,14 +67,13 @@ void serveFile(const httplib::Request &req, httplib::Response &res, ServiceConte
         return Reply::fail(res, 416, QStringLiteral("range starts past the end of the file"));
     }
     // The status stays unset so that the server answers 206 with Content-Range for a Range request.
-    res.set_content_provider(size, mimeType(path),
-                             [file](size_t offset, size_t length, httplib::DataSink &sink) {
-                                 QByteArray chunk(qsizetype(std::min<size_t>(length, 64 * 1024)), Qt::Uninitialized);
-                                 if (!file->seek(qint64(offset)))
-                                     return false;
-                                 const qint64 read = file->read(chunk.data(), chunk.size());
-                                 return read > 0 && sink.write(chunk.constData(), size_t(read));
-                             });
+    res.set_content_provider(size, mimeType(path), [file](size_t offset, size_t length, httplib::DataSink &sink) {
+        QByteArray chunk(qsizetype(std::min<size_t>(length, 64 * 1024)), Qt::Uninitialized);
+        if (!file->seek(qint64(offset)))
+            return false;
+        const qint64 read = file->read(chunk.data(), chunk.size());
+        return read > 0 && sink.write(chunk.constData(), size_t(read));
+    });
 }
 
 } // namespace

@@ -19,12 +19,12 @@ namespace {
 void logRequest(const httplib::Request &req, const httplib::Response &res)
 {
     static std::mutex logMutex;
-    QString line = QStringLiteral("%1 %2 %3 %4 %5 %6")
-                       .arg(QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs),
-                            QString::fromStdString(req.remote_addr), QString::fromStdString(req.method),
-                            Redaction::target(req.target))
-                       .arg(res.status)
-                       .arg(res.body.size());
+    QString line =
+        QStringLiteral("%1 %2 %3 %4 %5 %6")
+            .arg(QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs), QString::fromStdString(req.remote_addr),
+                 QString::fromStdString(req.method), Redaction::target(req.target))
+            .arg(res.status)
+            .arg(res.body.size());
     if (res.status >= 400 && !res.body.empty())
         line += QStringLiteral(" (%1)").arg(QString::fromStdString(res.body).trimmed().left(200));
     const QByteArray bytes = line.toUtf8() + '\n';
@@ -57,8 +57,9 @@ void configure(httplib::Server &server, ServiceContext &context)
     });
     server.set_error_handler([](const httplib::Request &, httplib::Response &res) {
         if (res.body.empty())
-            Reply::fail(res, res.status, res.status == 404 ? QStringLiteral("no such path")
-                                                           : QStringLiteral("request refused (%1)").arg(res.status));
+            Reply::fail(res, res.status,
+                        res.status == 404 ? QStringLiteral("no such path")
+                                          : QStringLiteral("request refused (%1)").arg(res.status));
     });
     registerCatalogueRoutes(server, context);
     registerFileRoutes(server, context);
@@ -108,7 +109,8 @@ int run(ServiceContext &context, const ListenAddress &address)
         std::fprintf(stderr, "error: cannot listen on %s:%d\n", host.c_str(), address.port);
         return 1;
     }
-    std::printf("http://%s:%d\n", host.find(':') == std::string::npos ? host.c_str() : ("[" + host + "]").c_str(), port);
+    std::printf("http://%s:%d\n", host.find(':') == std::string::npos ? host.c_str() : ("[" + host + "]").c_str(),
+                port);
     std::fflush(stdout);
 
     // A signal that comes before the server runs would be lost by one stop(): keep asking until it has ended.

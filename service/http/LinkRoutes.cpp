@@ -13,8 +13,8 @@ void createShortLink(const httplib::Request &req, httplib::Response &res, Servic
     const QString target = QString::fromStdString(req.target);
     const qsizetype at = target.indexOf(QLatin1StringView("?url="));
     const QString link = at < 0 ? QString() : target.mid(at + 5);
-    if (!(link.startsWith(QLatin1StringView("http://")) || link.startsWith(QLatin1StringView("https://")))
-        || link.size() > maxLinkLength)
+    if (!(link.startsWith(QLatin1StringView("http://")) || link.startsWith(QLatin1StringView("https://"))) ||
+        link.size() > maxLinkLength)
         return Reply::fail(res, 400, QStringLiteral("url must be an http or https link"));
     const auto number = context.storage.links->shortLink(link);
     if (!number)

@@ -93,8 +93,8 @@ void changeWatchList(const httplib::Request &req, httplib::Response &res, Servic
     const auto fields = segments ? PathSegments::pairs(*segments, 2) : std::nullopt;
     const bool adding = segments && segments->value(1) == QLatin1StringView("awl");
     const QString sendEmail = fields ? fields->value(QStringLiteral("e"), QStringLiteral("0")) : QString();
-    if (!fields || !fields->contains(QStringLiteral("z")) || !fields->contains(QStringLiteral("m"))
-        || (adding && sendEmail != u'0' && sendEmail != u'1'))
+    if (!fields || !fields->contains(QStringLiteral("z")) || !fields->contains(QStringLiteral("m")) ||
+        (adding && sendEmail != u'0' && sendEmail != u'1'))
         return Reply::fail(res, 400, QStringLiteral("malformed watch-list change"));
     const auto member = context.storage.members->memberByIdDigest(fields->value(QStringLiteral("z")));
     if (!member)
@@ -105,8 +105,9 @@ void changeWatchList(const httplib::Request &req, httplib::Response &res, Servic
     const bool done = adding ? context.storage.lists->addToWatchList(member->id, appId, sendEmail == u'1')
                              : context.storage.lists->removeFromWatchList(member->id, appId);
     if (!done)
-        return Reply::fail(res, adding ? 503 : 404, adding ? QStringLiteral("cannot change the watch list")
-                                                          : QStringLiteral("not on the watch list"));
+        return Reply::fail(res, adding ? 503 : 404,
+                           adding ? QStringLiteral("cannot change the watch list")
+                                  : QStringLiteral("not on the watch list"));
     Reply::text(res, QStringLiteral("OK"));
 }
 

@@ -73,17 +73,17 @@ void signup(const httplib::Request &req, httplib::Response &res, ServiceContext 
     QString utmz;
     if (fields->contains(QStringLiteral("utmz"))) {
         const auto decoded = QByteArray::fromBase64Encoding(fields->value(QStringLiteral("utmz")).toLatin1(),
-                                                           QByteArray::AbortOnBase64DecodingErrors);
+                                                            QByteArray::AbortOnBase64DecodingErrors);
         if (!decoded)
             return Reply::fail(res, 400, QStringLiteral("utmz is not base64"));
         utmz = QString::fromUtf8(*decoded);
     }
     QString error;
-    const auto member = MemberAccounts::create(*context.storage.members, context.secrets,
-                                               {fields->value(QStringLiteral("e")), fields->value(QStringLiteral("p")),
-                                                fields->value(QStringLiteral("f")), fields->value(QStringLiteral("l")),
-                                                utmz},
-                                               &error);
+    const auto member =
+        MemberAccounts::create(*context.storage.members, context.secrets,
+                               {fields->value(QStringLiteral("e")), fields->value(QStringLiteral("p")),
+                                fields->value(QStringLiteral("f")), fields->value(QStringLiteral("l")), utmz},
+                               &error);
     if (!member)
         return replyJson(res, {{QStringLiteral("error"), error}});
     replyJson(res, {{QStringLiteral("id"), member->id},
@@ -98,7 +98,8 @@ void saveProfile(const httplib::Request &req, httplib::Response &res, ServiceCon
     if (!json)
         return Reply::fail(res, 400, QStringLiteral("the body must be a= and a JSON object"));
     const QJsonObject &profile = *json;
-    auto member = context.storage.members->memberById(FormBody::jsonInteger(profile.value(QStringLiteral("member_id"))));
+    auto member =
+        context.storage.members->memberById(FormBody::jsonInteger(profile.value(QStringLiteral("member_id"))));
     if (!member)
         return Reply::fail(res, 404, QStringLiteral("unknown member"));
     const auto text = [&](const char *key, const QString &current) {
@@ -134,10 +135,10 @@ void siteSignIn(const httplib::Request &req, httplib::Response &res, ServiceCont
     const auto password = form ? form->decoded(QStringLiteral("password")) : std::nullopt;
     if (!email || !password)
         return Reply::fail(res, 400, QStringLiteral("email and password are required"));
-    const QString digest = QString::fromLatin1(
-        QCryptographicHash::hash(email->toUtf8(), QCryptographicHash::Md5).toHex());
-    const QString passwordDigest = QString::fromLatin1(
-        QCryptographicHash::hash(password->toUtf8(), QCryptographicHash::Md5).toHex());
+    const QString digest =
+        QString::fromLatin1(QCryptographicHash::hash(email->toUtf8(), QCryptographicHash::Md5).toHex());
+    const QString passwordDigest =
+        QString::fromLatin1(QCryptographicHash::hash(password->toUtf8(), QCryptographicHash::Md5).toHex());
     const auto member = context.storage.members->memberByEmailDigest(digest);
     if (!member || !MemberAccounts::passwordDigestMatches(context.secrets, *member, passwordDigest)) {
         Reply::text(res, Html::page(QStringLiteral("Sign in"), Html::paragraph(incorrectLogin) + signInForm),
@@ -148,11 +149,13 @@ void siteSignIn(const httplib::Request &req, httplib::Response &res, ServiceCont
     const QString token = MemberAccounts::newToken();
     if (!context.storage.members->setTokenDigest(member->id, MemberAccounts::tokenDigest(token)))
         return Reply::fail(res, 503, QStringLiteral("cannot sign in now"));
-    res.set_header("Set-Cookie",
-                   QStringLiteral("login=%1%3A%2; Path=/; Max-Age=2592000; HttpOnly").arg(member->id).arg(token).toStdString());
-    Reply::text(res, Html::page(QStringLiteral("Signed in"),
-                                Html::paragraph(QStringLiteral("Signed in as %1.").arg(member->email))),
-                Html::mime);
+    res.set_header(
+        "Set-Cookie",
+        QStringLiteral("login=%1%3A%2; Path=/; Max-Age=2592000; HttpOnly").arg(member->id).arg(token).toStdString());
+    Reply::text(
+        res,
+        Html::page(QStringLiteral("Signed in"), Html::paragraph(QStringLiteral("Signed in as %1.").arg(member->email))),
+        Html::mime);
 }
 
 } // namespace

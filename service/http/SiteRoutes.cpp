@@ -23,7 +23,8 @@ QString field(const CatalogueEntry &entry, const char *key)
 
 QString appPagePath(const CatalogueEntry &entry)
 {
-    return QStringLiteral("/app/mac/%1/%2").arg(entry.id, QString::fromUtf8(QUrl::toPercentEncoding(field(entry, "name"))));
+    return QStringLiteral("/app/mac/%1/%2")
+        .arg(entry.id, QString::fromUtf8(QUrl::toPercentEncoding(field(entry, "name"))));
 }
 
 // Every app gets its own colour, derived from its id, so icons differ without any stored image.
@@ -33,7 +34,8 @@ void icon(const httplib::Request &req, httplib::Response &res, ServiceContext &c
     if (!context.catalogue.current()->byId(id))
         return Reply::fail(res, 404, QStringLiteral("unknown catalogue id"));
     const QByteArray digest = QCryptographicHash::hash(id.toUtf8(), QCryptographicHash::Md5);
-    Reply::bytes(res, PngIcon::make(iconSize, quint8(digest[0]) | 0x40, quint8(digest[1]) | 0x40, quint8(digest[2]) | 0x40),
+    Reply::bytes(res,
+                 PngIcon::make(iconSize, quint8(digest[0]) | 0x40, quint8(digest[1]) | 0x40, quint8(digest[2]) | 0x40),
                  "image/png");
 }
 
@@ -43,7 +45,8 @@ void appPage(const httplib::Request &req, httplib::Response &res, ServiceContext
     const CatalogueEntry *entry = index->byId(QString::fromStdString(req.matches[1]));
     if (!entry)
         return Reply::fail(res, 404, QStringLiteral("unknown catalogue id"));
-    QString body = QStringLiteral("<img src=\"/util/iconlg/%1.png\" width=\"64\" height=\"64\" alt=\"\">").arg(entry->id);
+    QString body =
+        QStringLiteral("<img src=\"/util/iconlg/%1.png\" width=\"64\" height=\"64\" alt=\"\">").arg(entry->id);
     body += Html::paragraph(field(*entry, "shortdescr"));
     body += Html::paragraph(QStringLiteral("Version %1").arg(field(*entry, "current_version")));
     if (!field(*entry, "developer").isEmpty())
@@ -54,9 +57,11 @@ void appPage(const httplib::Request &req, httplib::Response &res, ServiceContext
     if (!field(*entry, "release_notes").isEmpty())
         body += QStringLiteral("<h2>Release notes</h2>") + Html::paragraph(field(*entry, "release_notes"));
     if (!entry->link.isEmpty())
-        body += QStringLiteral("<p>%1</p>").arg(Html::link(Reply::absoluteLink(req, entry->link), QStringLiteral("Download")));
+        body += QStringLiteral("<p>%1</p>")
+                    .arg(Html::link(Reply::absoluteLink(req, entry->link), QStringLiteral("Download")));
     if (!field(*entry, "homepage").isEmpty())
-        body += QStringLiteral("<p>%1</p>").arg(Html::link(field(*entry, "homepage"), QStringLiteral("Developer's site")));
+        body +=
+            QStringLiteral("<p>%1</p>").arg(Html::link(field(*entry, "homepage"), QStringLiteral("Developer's site")));
     Reply::text(res, Html::page(field(*entry, "name"), body), Html::mime);
 }
 
@@ -84,13 +89,14 @@ void discover(const httplib::Request &, httplib::Response &res, ServiceContext &
 
 void forgotPassword(const httplib::Request &, httplib::Response &res, ServiceContext &)
 {
-    Reply::text(res,
-                Html::page(QStringLiteral("Forgot your password?"),
-                           Html::paragraph(QStringLiteral("This service does not send e-mail. Ask the person who runs it "
-                                                          "to set a new password for your account."))
-                               + QStringLiteral("<p>%1</p>").arg(Html::link(QStringLiteral("/member/login"),
-                                                                            QStringLiteral("Back to sign in")))),
-                Html::mime);
+    Reply::text(
+        res,
+        Html::page(QStringLiteral("Forgot your password?"),
+                   Html::paragraph(QStringLiteral("This service does not send e-mail. Ask the person who runs it "
+                                                  "to set a new password for your account.")) +
+                       QStringLiteral("<p>%1</p>")
+                           .arg(Html::link(QStringLiteral("/member/login"), QStringLiteral("Back to sign in")))),
+        Html::mime);
 }
 
 } // namespace

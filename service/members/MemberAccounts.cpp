@@ -52,7 +52,8 @@ std::optional<QString> password(const SecretBox &secrets, const Member &member)
 bool passwordDigestMatches(const SecretBox &secrets, const Member &member, const QString &md5Hex)
 {
     const auto plain = secrets.unseal(member.sealedPassword);
-    return plain && sameText(QCryptographicHash::hash(*plain, QCryptographicHash::Md5).toHex(), md5Hex.toLower().toLatin1());
+    return plain &&
+           sameText(QCryptographicHash::hash(*plain, QCryptographicHash::Md5).toHex(), md5Hex.toLower().toLatin1());
 }
 
 QString newToken()

@@ -59,8 +59,8 @@ std::optional<SecretBox> SecretBox::open(const QString &keyFile, QString *error)
     QDir().mkpath(QFileInfo(keyFile).absolutePath());
     const QByteArray key = randomBytes(keySize);
     QSaveFile out(keyFile);
-    if (!out.open(QIODevice::WriteOnly) || !out.setPermissions(QFile::ReadOwner | QFile::WriteOwner)
-        || out.write(key.toHex() + '\n') < 0 || !out.commit()) {
+    if (!out.open(QIODevice::WriteOnly) || !out.setPermissions(QFile::ReadOwner | QFile::WriteOwner) ||
+        out.write(key.toHex() + '\n') < 0 || !out.commit()) {
         *error = QStringLiteral("cannot write key file %1: %2").arg(keyFile, out.errorString());
         return std::nullopt;
     }
@@ -74,10 +74,10 @@ QByteArray SecretBox::seal(const QByteArray &plain) const
     CipherContext c;
     int length = 0;
     int tail = 0;
-    if (!c.ctx || EVP_EncryptInit_ex(c.ctx, EVP_aes_256_gcm(), nullptr, bytes(m_key), bytes(nonce)) != 1
-        || EVP_EncryptUpdate(c.ctx, bytes(cipher), &length, bytes(plain), int(plain.size())) != 1
-        || EVP_EncryptFinal_ex(c.ctx, bytes(cipher) + length, &tail) != 1
-        || EVP_CIPHER_CTX_ctrl(c.ctx, EVP_CTRL_GCM_GET_TAG, tagSize, bytes(cipher) + plain.size()) != 1)
+    if (!c.ctx || EVP_EncryptInit_ex(c.ctx, EVP_aes_256_gcm(), nullptr, bytes(m_key), bytes(nonce)) != 1 ||
+        EVP_EncryptUpdate(c.ctx, bytes(cipher), &length, bytes(plain), int(plain.size())) != 1 ||
+        EVP_EncryptFinal_ex(c.ctx, bytes(cipher) + length, &tail) != 1 ||
+        EVP_CIPHER_CTX_ctrl(c.ctx, EVP_CTRL_GCM_GET_TAG, tagSize, bytes(cipher) + plain.size()) != 1)
         qFatal("AES-GCM encryption failed");
     return QByteArray(1, formatVersion) + nonce + cipher;
 }
@@ -93,10 +93,10 @@ std::optional<QByteArray> SecretBox::unseal(const QByteArray &sealed) const
     CipherContext c;
     int length = 0;
     int tail = 0;
-    if (!c.ctx || EVP_DecryptInit_ex(c.ctx, EVP_aes_256_gcm(), nullptr, bytes(m_key), bytes(nonce)) != 1
-        || EVP_DecryptUpdate(c.ctx, bytes(plain), &length, bytes(cipher), int(cipher.size())) != 1
-        || EVP_CIPHER_CTX_ctrl(c.ctx, EVP_CTRL_GCM_SET_TAG, tagSize, bytes(tag)) != 1
-        || EVP_DecryptFinal_ex(c.ctx, bytes(plain) + length, &tail) != 1)
+    if (!c.ctx || EVP_DecryptInit_ex(c.ctx, EVP_aes_256_gcm(), nullptr, bytes(m_key), bytes(nonce)) != 1 ||
+        EVP_DecryptUpdate(c.ctx, bytes(plain), &length, bytes(cipher), int(cipher.size())) != 1 ||
+        EVP_CIPHER_CTX_ctrl(c.ctx, EVP_CTRL_GCM_SET_TAG, tagSize, bytes(tag)) != 1 ||
+        EVP_DecryptFinal_ex(c.ctx, bytes(plain) + length, &tail) != 1)
         return std::nullopt;
     return plain;
 }

@@ -1,7 +1,7 @@
+#include "storage/JsonColumn.h"
 #include "storage/SqliteStores.h"
 
 #include <QDateTime>
-#include <QJsonDocument>
 
 namespace {
 
@@ -10,22 +10,16 @@ QString now()
     return QDateTime::currentDateTimeUtc().toString(Qt::ISODate);
 }
 
-QString jsonText(const QJsonObject &object)
-{
-    return QString::fromUtf8(QJsonDocument(object).toJson(QJsonDocument::Compact));
-}
-
-QJsonObject jsonObject(const QString &text)
-{
-    return QJsonDocument::fromJson(text.toUtf8()).object();
-}
-
 } // namespace
 
 bool SqliteActivityStore::addReport(const Report &report)
 {
     SqlStatement insert(*m_db, "INSERT INTO reports (kind, received_at, member_id, fields) VALUES (?, ?, ?, ?)");
-    return insert.bind(1, report.kind).bind(2, now()).bind(3, report.memberId).bind(4, jsonText(report.fields)).exec();
+    return insert.bind(1, report.kind)
+        .bind(2, now())
+        .bind(3, report.memberId)
+        .bind(4, JsonColumn::text(report.fields))
+        .exec();
 }
 
 QList<Report> SqliteActivityStore::reports()
@@ -33,14 +27,15 @@ QList<Report> SqliteActivityStore::reports()
     QList<Report> result;
     SqlStatement select(*m_db, "SELECT id, kind, received_at, member_id, fields FROM reports ORDER BY id");
     while (select.next())
-        result.append({select.integer(0), select.text(1), select.text(2), select.integer(3), jsonObject(select.text(4))});
+        result.append(
+            {select.integer(0), select.text(1), select.text(2), select.integer(3), JsonColumn::object(select.text(4))});
     return result;
 }
 
 bool SqliteActivityStore::addHit(const QJsonObject &fields)
 {
     SqlStatement insert(*m_db, "INSERT INTO hits (received_at, fields) VALUES (?, ?)");
-    return insert.bind(1, now()).bind(2, jsonText(fields)).exec();
+    return insert.bind(1, now()).bind(2, JsonColumn::text(fields)).exec();
 }
 
 QList<QJsonObject> SqliteActivityStore::hits()
@@ -48,7 +43,7 @@ QList<QJsonObject> SqliteActivityStore::hits()
     QList<QJsonObject> result;
     SqlStatement select(*m_db, "SELECT received_at, fields FROM hits ORDER BY id");
     while (select.next()) {
-        QJsonObject hit = jsonObject(select.text(1));
+        QJsonObject hit = JsonColumn::object(select.text(1));
         hit.insert(QStringLiteral("received_at"), select.text(0));
         result.append(hit);
     }

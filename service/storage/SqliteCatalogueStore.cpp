@@ -1,21 +1,10 @@
+#include "storage/JsonColumn.h"
 #include "storage/SqliteStores.h"
-
-#include <QJsonDocument>
 
 namespace {
 
 // Ids the service gives start here, above the hand-picked ids of small catalogues.
 constexpr qint64 firstAssignedId = 100000;
-
-QString recordText(const QJsonObject &record)
-{
-    return QString::fromUtf8(QJsonDocument(record).toJson(QJsonDocument::Compact));
-}
-
-QJsonObject recordFromText(const QString &text)
-{
-    return QJsonDocument::fromJson(text.toUtf8()).object();
-}
 
 } // namespace
 
@@ -29,10 +18,17 @@ ImportSummary SqliteCatalogueStore::importCatalogue(const CatalogueImport &impor
     }
     for (const ImportApp &app : import.apps) {
         switch (importApp(app, &summary.error)) {
-        case Outcome::Added: ++summary.added; break;
-        case Outcome::Changed: ++summary.changed; break;
-        case Outcome::Unchanged: ++summary.unchanged; break;
-        case Outcome::Failed: return {0, 0, 0, summary.error};
+        case Outcome::Added:
+            ++summary.added;
+            break;
+        case Outcome::Changed:
+            ++summary.changed;
+            break;
+        case Outcome::Unchanged:
+            ++summary.unchanged;
+            break;
+        case Outcome::Failed:
+            return {0, 0, 0, summary.error};
         }
     }
     bool changed = summary.added + summary.changed > 0;
@@ -61,7 +57,7 @@ ImportSummary SqliteCatalogueStore::importCatalogue(const CatalogueImport &impor
 
 SqliteCatalogueStore::Outcome SqliteCatalogueStore::importApp(const ImportApp &app, QString *error)
 {
-    const QString text = recordText(app.record);
+    const QString text = JsonColumn::text(app.record);
     std::optional<qint64> keyOwner;
     {
         SqlStatement byKey(*m_db, "SELECT id FROM apps WHERE source_key = ?");
@@ -111,7 +107,7 @@ QList<StoredApp> SqliteCatalogueStore::apps()
     QList<StoredApp> result;
     SqlStatement select(*m_db, "SELECT id, source_key, record FROM apps ORDER BY id");
     while (select.next())
-        result.append({QString::number(select.integer(0)), select.text(1), recordFromText(select.text(2))});
+        result.append({QString::number(select.integer(0)), select.text(1), JsonColumn::object(select.text(2))});
     return result;
 }
 
@@ -124,7 +120,7 @@ std::optional<StoredApp> SqliteCatalogueStore::app(const QString &id)
     SqlStatement select(*m_db, "SELECT id, source_key, record FROM apps WHERE id = ?");
     if (!select.bind(1, number).next())
         return std::nullopt;
-    return StoredApp{QString::number(select.integer(0)), select.text(1), recordFromText(select.text(2))};
+    return StoredApp{QString::number(select.integer(0)), select.text(1), JsonColumn::object(select.text(2))};
 }
 
 qint64 SqliteCatalogueStore::revision()

@@ -14,7 +14,8 @@ const char *const schema[] = {
     "CREATE TABLE IF NOT EXISTS apps (id INTEGER PRIMARY KEY, source_key TEXT NOT NULL UNIQUE, record TEXT NOT NULL)",
     "CREATE TABLE IF NOT EXISTS blacklist (position INTEGER PRIMARY KEY, name TEXT NOT NULL UNIQUE)",
     "CREATE TABLE IF NOT EXISTS bundles (id TEXT PRIMARY KEY, app_ids TEXT NOT NULL)",
-    "CREATE TABLE IF NOT EXISTS members (id INTEGER PRIMARY KEY, email TEXT NOT NULL, email_folded TEXT NOT NULL UNIQUE,"
+    "CREATE TABLE IF NOT EXISTS members (id INTEGER PRIMARY KEY, email TEXT NOT NULL, email_folded TEXT NOT NULL "
+    "UNIQUE,"
     " email_digest TEXT NOT NULL, email_folded_digest TEXT NOT NULL, id_digest TEXT NOT NULL,"
     " sealed_password BLOB NOT NULL, first_name TEXT NOT NULL, last_name TEXT NOT NULL, address TEXT NOT NULL,"
     " city TEXT NOT NULL, state TEXT NOT NULL, zip TEXT NOT NULL, country TEXT NOT NULL, created_on TEXT NOT NULL,"

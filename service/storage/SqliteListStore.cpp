@@ -1,7 +1,7 @@
+#include "storage/JsonColumn.h"
 #include "storage/SqliteStores.h"
 
 #include <QDateTime>
-#include <QJsonDocument>
 
 bool SqliteListStore::addToWatchList(qint64 memberId, const QString &appId, bool sendEmail)
 {
@@ -36,7 +36,7 @@ std::optional<Purchase> SqliteListStore::addPurchase(qint64 memberId, const Purc
                                " purchased_version, details) VALUES (?, ?, ?, ?, ?, ?)");
     insert.bind(1, memberId).bind(2, purchase.appId.toLongLong()).bind(3, purchase.serialNumber);
     insert.bind(4, purchase.orderDate).bind(5, purchase.purchasedVersion);
-    insert.bind(6, QString::fromUtf8(QJsonDocument(details).toJson(QJsonDocument::Compact)));
+    insert.bind(6, JsonColumn::text(details));
     if (!insert.exec())
         return std::nullopt;
     Purchase added = purchase;
@@ -51,8 +51,8 @@ QList<Purchase> SqliteListStore::purchases(qint64 memberId)
                                " WHERE member_id = ? ORDER BY id");
     select.bind(1, memberId);
     while (select.next()) {
-        result.append({select.integer(0), QString::number(select.integer(1)), select.text(2), select.text(3),
-                       select.text(4)});
+        result.append(
+            {select.integer(0), QString::number(select.integer(1)), select.text(2), select.text(3), select.text(4)});
     }
     return result;
 }

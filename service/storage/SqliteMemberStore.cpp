@@ -46,9 +46,10 @@ std::optional<Member> SqliteMemberStore::addMember(const Member &member, QString
                                       : m_db->lastError();
         return std::nullopt;
     }
-    SqlStatement insert(*m_db, "INSERT INTO members (email, email_folded, email_digest, email_folded_digest, id_digest,"
-                               " sealed_password, first_name, last_name, address, city, state, zip, country,"
-                               " created_on, utmz, token_digest) VALUES (?, ?, ?, ?, '', ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, '')");
+    SqlStatement insert(*m_db,
+                        "INSERT INTO members (email, email_folded, email_digest, email_folded_digest, id_digest,"
+                        " sealed_password, first_name, last_name, address, city, state, zip, country,"
+                        " created_on, utmz, token_digest) VALUES (?, ?, ?, ?, '', ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, '')");
     insert.bind(1, member.email).bind(2, member.email.toLower()).bind(3, md5Hex(member.email));
     insert.bind(4, md5Hex(member.email.toLower())).bind(5, member.sealedPassword).bind(6, member.first);
     insert.bind(7, member.last).bind(8, member.address).bind(9, member.city).bind(10, member.state);
@@ -68,7 +69,7 @@ std::optional<Member> SqliteMemberStore::addMember(const Member &member, QString
     return added;
 }
 
-template<typename... Values>
+template <typename... Values>
 std::optional<Member> SqliteMemberStore::memberWhere(const char *condition, const Values &...values)
 {
     const QByteArray sql = QByteArray("SELECT ") + memberColumns + " FROM members WHERE " + condition;

@@ -38,8 +38,7 @@ public:
     QString tokenDigest(qint64 memberId) override;
 
 private:
-    template<typename... Values>
-    std::optional<Member> memberWhere(const char *condition, const Values &...values);
+    template <typename... Values> std::optional<Member> memberWhere(const char *condition, const Values &...values);
     std::shared_ptr<SqliteDatabase> m_db;
 };
 

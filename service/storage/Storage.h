@@ -106,7 +106,8 @@ public:
     virtual bool addToWatchList(qint64 memberId, const QString &appId, bool sendEmail) = 0;
     virtual bool removeFromWatchList(qint64 memberId, const QString &appId) = 0;
     virtual QList<WatchListEntry> watchList(qint64 memberId) = 0;
-    virtual std::optional<Purchase> addPurchase(qint64 memberId, const Purchase &purchase, const QJsonObject &details) = 0;
+    virtual std::optional<Purchase> addPurchase(qint64 memberId, const Purchase &purchase,
+                                                const QJsonObject &details) = 0;
     virtual QList<Purchase> purchases(qint64 memberId) = 0;
 };
 

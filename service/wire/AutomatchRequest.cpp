@@ -2,7 +2,6 @@
 
 #include "wire/FormBody.h"
 
-
 namespace {
 
 constexpr int maxApps = 1000000;
@@ -18,10 +17,18 @@ bool setAppField(AutomatchApp &app, QChar field, QByteArrayView raw)
     if (!value)
         return false;
     switch (field.unicode()) {
-    case 't': app.description.bundleName = *value; break;
-    case 'd': app.description.displayName = *value; break;
-    case 'b': app.description.bundleId = *value; break;
-    default: app.lastOpened = *value; break;
+    case 't':
+        app.description.bundleName = *value;
+        break;
+    case 'd':
+        app.description.displayName = *value;
+        break;
+    case 'b':
+        app.description.bundleId = *value;
+        break;
+    default:
+        app.lastOpened = *value;
+        break;
     }
     return true;
 }
@@ -77,8 +84,10 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(const QByteArray &body, 
             return std::nullopt;
         }
     }
-    const std::pair<const char *, QString *> head[] = {{"vld", &request.clientVersion}, {"c", &request.serial},
-                                                       {"uuid", &request.installation}, {"mid", &request.memberId},
+    const std::pair<const char *, QString *> head[] = {{"vld", &request.clientVersion},
+                                                       {"c", &request.serial},
+                                                       {"uuid", &request.installation},
+                                                       {"mid", &request.memberId},
                                                        {"type", &request.type}};
     for (const auto &[name, target] : head) {
         const QString key = QString::fromLatin1(name);

@@ -18,11 +18,11 @@ struct AutomatchApp
 
 struct AutomatchRequest
 {
-    QString clientVersion; // "vld"
-    QString serial;        // "c"
-    QString installation;  // "uuid"
-    QString memberId;      // "mid"
-    QString type;          // "type"
+    QString clientVersion;            // "vld"
+    QString serial;                   // "c"
+    QString installation;             // "uuid"
+    QString memberId;                 // "mid"
+    QString type;                     // "type"
     std::map<int, AutomatchApp> apps; // by index, in order
 
     // Nullopt with a reason when the body is not a well-formed request.

@@ -20,7 +20,7 @@ class FormBody
 public:
     struct Field
     {
-        QString name;      // percent-decoded
+        QString name;       // percent-decoded
         QByteArrayView raw; // points into the body, which the form keeps
     };
 

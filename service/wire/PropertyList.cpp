@@ -9,7 +9,8 @@ namespace {
 plist_t node(const QJsonValue &value)
 {
     switch (value.type()) {
-    case QJsonValue::Bool: return plist_new_bool(value.toBool() ? 1 : 0);
+    case QJsonValue::Bool:
+        return plist_new_bool(value.toBool() ? 1 : 0);
     case QJsonValue::Double: {
         const double number = value.toDouble();
         return number == double(qint64(number)) && number >= 0 ? plist_new_uint(quint64(number))
@@ -28,7 +29,8 @@ plist_t node(const QJsonValue &value)
             plist_dict_set_item(dict, it.key().toUtf8().constData(), node(it.value()));
         return dict;
     }
-    default: return plist_new_string(value.toString().toUtf8().constData());
+    default:
+        return plist_new_string(value.toString().toUtf8().constData());
     }
 }
 

@@ -57,7 +57,8 @@ QVariant plistValue(plist_t node)
             list.append(plistValue(plist_array_get_item(node, i)));
         return list;
     }
-    default: return {};
+    default:
+        return {};
     }
 }
 

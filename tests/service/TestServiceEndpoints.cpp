@@ -13,9 +13,9 @@ QByteArray appFields(int index, const QByteArray &bundleName, const QByteArray &
                      const QByteArray &version, const QByteArray &bundleId)
 {
     const QByteArray i = QByteArray::number(index);
-    return "&app[" + i + "][t]=" + bundleName.toPercentEncoding() + "&app[" + i + "][p]=" + digest + "&app[" + i
-           + "][d]=" + displayName.toPercentEncoding() + "&app[" + i + "][v]=" + version + "&app[" + i
-           + "][b]=" + bundleId.toPercentEncoding() + "&app[" + i + "][m]=(null)";
+    return "&app[" + i + "][t]=" + bundleName.toPercentEncoding() + "&app[" + i + "][p]=" + digest + "&app[" + i +
+           "][d]=" + displayName.toPercentEncoding() + "&app[" + i + "][v]=" + version + "&app[" + i +
+           "][b]=" + bundleId.toPercentEncoding() + "&app[" + i + "][m]=(null)";
 }
 
 const QByteArray head = "vld=6.0.4&c=C02TEST&p=0&mid=0&uuid=5F0B6C1E-0000-4000-8000-000000000001&type=manual";
@@ -40,10 +40,11 @@ private slots:
     void automatchReplyShape()
     {
         // Index 0 is skipped, as when the first app of a scan is not installed; index 2 matches nothing.
-        const QByteArray body = head + appFields(1, "Velmora Notes.app", "0123456789abcdef0123456789abcdef",
-                                                 "Velmora Notes", "1.0 (12)+b", "com.velmora.sample.notes")
-                                + appFields(2, "Unknown.app", "ffff", "Unknown", "3", "org.example.unknown")
-                                + appFields(5, "Reader.app", "abab", "Reader", "1.0", "com.velmora.sample.reader");
+        const QByteArray body = head +
+                                appFields(1, "Velmora Notes.app", "0123456789abcdef0123456789abcdef", "Velmora Notes",
+                                          "1.0 (12)+b", "com.velmora.sample.notes") +
+                                appFields(2, "Unknown.app", "ffff", "Unknown", "3", "org.example.unknown") +
+                                appFields(5, "Reader.app", "abab", "Reader", "1.0", "com.velmora.sample.reader");
         const QJsonObject reply = m_client->automatch(body);
         QCOMPARE(reply.keys(), (QStringList{QStringLiteral("1"), QStringLiteral("5")}));
         const QJsonObject notes = reply.value(QStringLiteral("1")).toObject();
@@ -60,7 +61,8 @@ private slots:
         QCOMPARE(file.status, 200);
         QCOMPARE(notes.value(QStringLiteral("filehash")).toString(),
                  QString::fromLatin1(QCryptographicHash::hash(file.body, QCryptographicHash::Sha256).toHex()));
-        QCOMPARE(reply.value(QStringLiteral("5")).toObject().value(QStringLiteral("m")).toString(), QStringLiteral("5005"));
+        QCOMPARE(reply.value(QStringLiteral("5")).toObject().value(QStringLiteral("m")).toString(),
+                 QStringLiteral("5005"));
     }
 
     void emptyRequestGivesEmptyObject()
@@ -80,15 +82,16 @@ private slots:
                                    << QByteArray("Other") << QStringLiteral("5001");
         QTest::newRow("bundle id, any case") << QByteArray("COM.Velmora.SAMPLE.notes") << QByteArray("Other.app")
                                              << QByteArray("Other") << QStringLiteral("5001");
-        QTest::newRow("bundle id before file name") << QByteArray("com.velmora.sample.notes")
-                                                    << QByteArray("Velmora Paint.app") << QByteArray("Velmora Clock")
-                                                    << QStringLiteral("5001");
-        QTest::newRow("file name before display name") << QByteArray("org.example.none") << QByteArray("velmora PAINT.app")
-                                                       << QByteArray("Velmora Clock") << QStringLiteral("5002");
-        QTest::newRow("display name last") << QByteArray("") << QByteArray("Clock2.app") << QByteArray("velmora clock")
-                                           << QStringLiteral("5003");
-        QTest::newRow("display name with non-ASCII") << QByteArray("") << QByteArray("x.app")
-                                                     << QByteArray("Velmora Notes \xc3\xa9") << QString();
+        QTest::newRow("bundle id before file name")
+            << QByteArray("com.velmora.sample.notes") << QByteArray("Velmora Paint.app") << QByteArray("Velmora Clock")
+            << QStringLiteral("5001");
+        QTest::newRow("file name before display name")
+            << QByteArray("org.example.none") << QByteArray("velmora PAINT.app") << QByteArray("Velmora Clock")
+            << QStringLiteral("5002");
+        QTest::newRow("display name last")
+            << QByteArray("") << QByteArray("Clock2.app") << QByteArray("velmora clock") << QStringLiteral("5003");
+        QTest::newRow("display name with non-ASCII")
+            << QByteArray("") << QByteArray("x.app") << QByteArray("Velmora Notes \xc3\xa9") << QString();
         QTest::newRow("no match") << QByteArray("org.example.none") << QByteArray("None.app") << QByteArray("None")
                                   << QString();
     }
@@ -99,7 +102,8 @@ private slots:
         QFETCH(QByteArray, bundleName);
         QFETCH(QByteArray, displayName);
         QFETCH(QString, expected);
-        const QJsonObject reply = m_client->automatch(head + appFields(7, bundleName, "aa", displayName, "1", bundleId));
+        const QJsonObject reply =
+            m_client->automatch(head + appFields(7, bundleName, "aa", displayName, "1", bundleId));
         QCOMPARE(reply.value(QStringLiteral("7")).toObject().value(QStringLiteral("m")).toString(), expected);
     }
 
@@ -111,9 +115,10 @@ private slots:
         QCOMPARE(info.value(QStringLiteral("title")).toString(), QStringLiteral("Velmora Atlas"));
         QCOMPARE(info.value(QStringLiteral("bundleid")).toString(), QStringLiteral("com.velmora.sample.atlas"));
         QCOMPARE(info.value(QStringLiteral("minOS")).toString(), QStringLiteral("10.13"));
-        QCOMPARE(info.value(QStringLiteral("link")).toString(), m_service.baseUrl() + QStringLiteral("/files/VelmoraAtlas-2.0.pkg"));
-        for (const char *key : {"shortDescription", "developer", "releaseNotes", "vlDate", "license", "stability", "descr",
-                                "filesize"})
+        QCOMPARE(info.value(QStringLiteral("link")).toString(),
+                 m_service.baseUrl() + QStringLiteral("/files/VelmoraAtlas-2.0.pkg"));
+        for (const char *key :
+             {"shortDescription", "developer", "releaseNotes", "vlDate", "license", "stability", "descr", "filesize"})
             QVERIFY2(info.value(QLatin1StringView(key)).isString(), key);
     }
 
@@ -121,7 +126,8 @@ private slots:
     {
         QCOMPARE(m_client->get("/vld6blacklist").body, QByteArray("Velmora Helper\nVelmora Uninstaller\n"));
         QCOMPARE(m_client->get("/bundle/1").body, QByteArray("5001,5002,5003"));
-        QCOMPARE(m_service.runCommand({QStringLiteral("blacklist"), QStringLiteral("add"), QStringLiteral("Foo Agent")}), 0);
+        QCOMPARE(
+            m_service.runCommand({QStringLiteral("blacklist"), QStringLiteral("add"), QStringLiteral("Foo Agent")}), 0);
         QVERIFY(m_client->get("/vld6blacklist").body.endsWith("\nFoo Agent\n"));
     }
 
@@ -162,8 +168,8 @@ private slots:
             QCOMPARE(reply.header("Content-Type"), QByteArray("application/x-apple-diskimage"));
         }
         if (status == 206)
-            QCOMPARE(reply.header("Content-Range"),
-                     QByteArray("bytes 100-" + QByteArray::number(bytes.size() - 1) + '/' + QByteArray::number(bytes.size())));
+            QCOMPARE(reply.header("Content-Range"), QByteArray("bytes 100-" + QByteArray::number(bytes.size() - 1) +
+                                                               '/' + QByteArray::number(bytes.size())));
     }
 
     void badRequests_data()
@@ -178,43 +184,49 @@ private slots:
                                    << QByteArray("app[1][d]=%FF%FE") << 400;
         QTest::newRow("huge index") << QByteArray("POST") << QByteArray("/vld603scan/automatch")
                                     << QByteArray("app[9999999][t]=x") << 400;
-        QTest::newRow("unknown app field") << QByteArray("POST") << QByteArray("/vld603scan/automatch")
-                                           << QByteArray("app[1][q]=x") << 400;
-        QTest::newRow("body over the limit") << QByteArray("POST") << QByteArray("/vld603scan/automatch")
-                                             << QByteArray(17 * 1024 * 1024, 'a') << 413;
-        QTest::newRow("unknown app info") << QByteArray("GET") << QByteArray("/vld6appinfo/index/vlid/424242") << QByteArray() << 404;
+        QTest::newRow("unknown app field")
+            << QByteArray("POST") << QByteArray("/vld603scan/automatch") << QByteArray("app[1][q]=x") << 400;
+        QTest::newRow("body over the limit")
+            << QByteArray("POST") << QByteArray("/vld603scan/automatch") << QByteArray(17 * 1024 * 1024, 'a') << 413;
+        QTest::newRow("unknown app info")
+            << QByteArray("GET") << QByteArray("/vld6appinfo/index/vlid/424242") << QByteArray() << 404;
         QTest::newRow("unknown bundle") << QByteArray("GET") << QByteArray("/bundle/77") << QByteArray() << 404;
-        QTest::newRow("download of unknown id") << QByteArray("GET") << QByteArray("/download604/424242/a/b/0/0/c/d")
-                                                << QByteArray() << 404;
-        QTest::newRow("dot-dot under files") << QByteArray("GET") << QByteArray("/files/../service.sqlite") << QByteArray() << 400;
-        QTest::newRow("encoded dot-dot") << QByteArray("GET") << QByteArray("/files/%2e%2e/%2e%2e/etc/passwd") << QByteArray() << 400;
+        QTest::newRow("download of unknown id")
+            << QByteArray("GET") << QByteArray("/download604/424242/a/b/0/0/c/d") << QByteArray() << 404;
+        QTest::newRow("dot-dot under files")
+            << QByteArray("GET") << QByteArray("/files/../service.sqlite") << QByteArray() << 400;
+        QTest::newRow("encoded dot-dot") << QByteArray("GET") << QByteArray("/files/%2e%2e/%2e%2e/etc/passwd")
+                                         << QByteArray() << 400;
         QTest::newRow("missing file") << QByteArray("GET") << QByteArray("/files/nothing.zip") << QByteArray() << 404;
-        QTest::newRow("log-in without digests") << QByteArray("GET")
-                                                << QByteArray("/vld6member/jlogincheck2/u/x/p/y/vld/6.0.4") << QByteArray() << 400;
-        QTest::newRow("cookie log-in, id not a number") << QByteArray("GET")
-                                                        << QByteArray("/vld6member/jlogincheckcookie/u/abc/p/tok") << QByteArray() << 400;
-        QTest::newRow("sign-up, utmz not base64") << QByteArray("GET")
-                                                  << QByteArray("/vld6member/signup/e/a%40b.co/p/x/f/A/l/B/utmz/%21%21")
-                                                  << QByteArray() << 400;
-        QTest::newRow("profile not JSON") << QByteArray("POST") << QByteArray("/vld6member/save-profile")
-                                          << QByteArray("a={\"fname\":") << 400;
+        QTest::newRow("log-in without digests")
+            << QByteArray("GET") << QByteArray("/vld6member/jlogincheck2/u/x/p/y/vld/6.0.4") << QByteArray() << 400;
+        QTest::newRow("cookie log-in, id not a number")
+            << QByteArray("GET") << QByteArray("/vld6member/jlogincheckcookie/u/abc/p/tok") << QByteArray() << 400;
+        QTest::newRow("sign-up, utmz not base64")
+            << QByteArray("GET") << QByteArray("/vld6member/signup/e/a%40b.co/p/x/f/A/l/B/utmz/%21%21") << QByteArray()
+            << 400;
+        QTest::newRow("profile not JSON")
+            << QByteArray("POST") << QByteArray("/vld6member/save-profile") << QByteArray("a={\"fname\":") << 400;
         QTest::newRow("profile of unknown member") << QByteArray("POST") << QByteArray("/vld6member/save-profile")
                                                    << QByteArray("a={\"member_id\":4242}") << 404;
-        QTest::newRow("watch list, id not a number") << QByteArray("POST") << QByteArray("/vld6watchlists/getwatchlists")
-                                                     << QByteArray("id=x") << 400;
-        QTest::newRow("purchases of unknown member") << QByteArray("POST") << QByteArray("/vld6purchases/getpurchases")
-                                                     << QByteArray("id=4242") << 404;
-        QTest::newRow("watch-list add, bad e") << QByteArray("GET") << QByteArray("/vld6watchlists/awl/z/00/m/5001/e/7")
-                                               << QByteArray() << 400;
+        QTest::newRow("watch list, id not a number")
+            << QByteArray("POST") << QByteArray("/vld6watchlists/getwatchlists") << QByteArray("id=x") << 400;
+        QTest::newRow("purchases of unknown member")
+            << QByteArray("POST") << QByteArray("/vld6purchases/getpurchases") << QByteArray("id=4242") << 404;
+        QTest::newRow("watch-list add, bad e")
+            << QByteArray("GET") << QByteArray("/vld6watchlists/awl/z/00/m/5001/e/7") << QByteArray() << 400;
         QTest::newRow("report not base64") << QByteArray("POST") << QByteArray("/vld6scan/reportproblem")
                                            << QByteArray("issue=***&m=-1&appname=x") << 400;
-        QTest::newRow("bad-plist report, bad member") << QByteArray("POST") << QByteArray("/vld6scan/badplist")
-                                                      << QByteArray("plist=aGk=&m=x") << 400;
+        QTest::newRow("bad-plist report, bad member")
+            << QByteArray("POST") << QByteArray("/vld6scan/badplist") << QByteArray("plist=aGk=&m=x") << 400;
         QTest::newRow("empty analytics hit") << QByteArray("POST") << QByteArray("/collect") << QByteArray() << 400;
-        QTest::newRow("cart body not an object") << QByteArray("POST") << QByteArray("/cart/vld6") << QByteArray("a=[]") << 400;
-        QTest::newRow("short link of ftp") << QByteArray("GET") << QByteArray("/api-create.php?url=ftp://x") << QByteArray() << 400;
+        QTest::newRow("cart body not an object")
+            << QByteArray("POST") << QByteArray("/cart/vld6") << QByteArray("a=[]") << 400;
+        QTest::newRow("short link of ftp")
+            << QByteArray("GET") << QByteArray("/api-create.php?url=ftp://x") << QByteArray() << 400;
         QTest::newRow("unknown short link") << QByteArray("GET") << QByteArray("/s/zzzz") << QByteArray() << 404;
-        QTest::newRow("icon of unknown id") << QByteArray("GET") << QByteArray("/util/iconlg/424242.png") << QByteArray() << 404;
+        QTest::newRow("icon of unknown id")
+            << QByteArray("GET") << QByteArray("/util/iconlg/424242.png") << QByteArray() << 404;
         QTest::newRow("unknown path") << QByteArray("GET") << QByteArray("/nowhere") << QByteArray() << 404;
     }
 
@@ -269,7 +281,8 @@ private slots:
         QCOMPARE(entries.first().value(QStringLiteral("title")).toString(), QStringLiteral("Velmora Paint"));
         QCOMPARE(entries.first().value(QStringLiteral("prod_id")).toString(), QStringLiteral("5002"));
         QCOMPARE(entries.first().value(QStringLiteral("id")).toString(), QStringLiteral("801"));
-        QCOMPARE(entries.first().value(QStringLiteral("bundle_id")).toString(), QStringLiteral("com.velmora.sample.paint"));
+        QCOMPARE(entries.first().value(QStringLiteral("bundle_id")).toString(),
+                 QStringLiteral("com.velmora.sample.paint"));
         for (const char *key : {"shortdescr", "link", "discount", "price", "appversion", "parent_sales_profile_id"})
             QVERIFY2(!entries.first().value(QLatin1StringView(key)).toString().isEmpty(), key);
     }

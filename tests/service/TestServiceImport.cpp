@@ -15,9 +15,9 @@ const QString realCatalogue = QStringLiteral(VELMORA_REAL_CATALOGUE);
 QByteArray oneApp(int index, const QByteArray &bundleName, const QByteArray &displayName, const QByteArray &bundleId)
 {
     const QByteArray i = QByteArray::number(index);
-    return "&app[" + i + "][t]=" + bundleName.toPercentEncoding() + "&app[" + i + "][p]=p" + i + "&app[" + i
-           + "][d]=" + displayName.toPercentEncoding() + "&app[" + i + "][v]=1.0&app[" + i
-           + "][b]=" + bundleId.toPercentEncoding() + "&app[" + i + "][m]=(null)";
+    return "&app[" + i + "][t]=" + bundleName.toPercentEncoding() + "&app[" + i + "][p]=p" + i + "&app[" + i +
+           "][d]=" + displayName.toPercentEncoding() + "&app[" + i + "][v]=1.0&app[" + i +
+           "][b]=" + bundleId.toPercentEncoding() + "&app[" + i + "][m]=(null)";
 }
 
 QString writeFile(const QTemporaryDir &dir, const QString &name, const QByteArray &content)
@@ -50,11 +50,13 @@ private slots:
 
     void importingAgainChangesNothing()
     {
-        const QJsonObject before = m_client->automatch("vld=6.0.4" + oneApp(0, "iTerm.app", "iTerm", "com.googlecode.iterm2"));
+        const QJsonObject before =
+            m_client->automatch("vld=6.0.4" + oneApp(0, "iTerm.app", "iTerm", "com.googlecode.iterm2"));
         QByteArray output;
         QCOMPARE(m_service.runCommand({QStringLiteral("import"), realCatalogue}, &output), 0);
         QVERIFY2(output.contains(": 0 added, 0 changed, 4979 unchanged"), output.constData());
-        const QJsonObject after = m_client->automatch("vld=6.0.4" + oneApp(0, "iTerm.app", "iTerm", "com.googlecode.iterm2"));
+        const QJsonObject after =
+            m_client->automatch("vld=6.0.4" + oneApp(0, "iTerm.app", "iTerm", "com.googlecode.iterm2"));
         QVERIFY(!before.isEmpty());
         QCOMPARE(after, before);
     }
@@ -69,12 +71,12 @@ private slots:
         QTest::addColumn<QString>("minOs");
         QTest::addColumn<QString>("stability");
         // 1Password's bundle id is claimed by its beta and nightly channels too: the release wins.
-        QTest::newRow("shared bundle id") << QByteArray("com.1password.1password") << QByteArray("x.app") << QByteArray("x")
-                                          << QStringLiteral("1Password") << QStringLiteral("8.12.0")
-                                          << QStringLiteral("12.0") << QString();
-        QTest::newRow("bundle file name") << QByteArray("") << QByteArray("iTerm.app") << QByteArray("x")
-                                          << QStringLiteral("iTerm2") << QStringLiteral("3.6.6") << QStringLiteral("12.0")
-                                          << QString();
+        QTest::newRow("shared bundle id")
+            << QByteArray("com.1password.1password") << QByteArray("x.app") << QByteArray("x")
+            << QStringLiteral("1Password") << QStringLiteral("8.12.0") << QStringLiteral("12.0") << QString();
+        QTest::newRow("bundle file name")
+            << QByteArray("") << QByteArray("iTerm.app") << QByteArray("x") << QStringLiteral("iTerm2")
+            << QStringLiteral("3.6.6") << QStringLiteral("12.0") << QString();
         QTest::newRow("display name") << QByteArray("") << QByteArray("x.app") << QByteArray("visual studio code")
                                       << QStringLiteral("Microsoft Visual Studio Code") << QStringLiteral("1.109.0")
                                       << QString() << QString();
@@ -124,11 +126,12 @@ private slots:
     {
         QTest::addColumn<QByteArray>("content");
         QTest::newRow("not JSON") << QByteArray("[{\"name\": ");
-        QTest::newRow("third record has no name")
-            << QByteArray(R"([{"name":"Alpha Tool","key":"alpha"},{"name":"Beta Tool","key":"beta"},{"key":"nameless"}])");
+        QTest::newRow("third record has no name") << QByteArray(
+            R"([{"name":"Alpha Tool","key":"alpha"},{"name":"Beta Tool","key":"beta"},{"key":"nameless"}])");
         QTest::newRow("id not decimal") << QByteArray(R"([{"name":"Gamma","vl_id":"12a"}])");
         QTest::newRow("list of numbers") << QByteArray(R"([{"name":"Delta","bundle_ids":[1,2]}])");
-        QTest::newRow("bundle of unknown id") << QByteArray(R"({"apps":[{"name":"Eps","key":"eps"}],"bundles":{"9":["777"]}})");
+        QTest::newRow("bundle of unknown id")
+            << QByteArray(R"({"apps":[{"name":"Eps","key":"eps"}],"bundles":{"9":["777"]}})");
     }
 
     void refusedFilesWriteNothing()
@@ -150,13 +153,15 @@ private slots:
                                        .toObject();
         QCOMPARE(record.value(QStringLiteral("j")).toString(), QStringLiteral("1.2"));
         // A link to a served file gets this service's address and the file's hash.
-        QCOMPARE(record.value(QStringLiteral("e1")).toString(), m_service.baseUrl() + QStringLiteral("/files/VelmoraNotes-2.0.zip"));
+        QCOMPARE(record.value(QStringLiteral("e1")).toString(),
+                 m_service.baseUrl() + QStringLiteral("/files/VelmoraNotes-2.0.zip"));
         QCOMPARE(record.value(QStringLiteral("filehash")).toString().size(), 64);
         const QString id = record.value(QStringLiteral("m")).toString();
 
         // Changing the record keeps its id.
-        const QString changed = writeFile(m_files, QStringLiteral("more.json"),
-                                          R"([{"name":"Zeta Tool","key":"zeta","current_version":"1.3","bundle_ids":["org.example.zeta"]}])");
+        const QString changed = writeFile(
+            m_files, QStringLiteral("more.json"),
+            R"([{"name":"Zeta Tool","key":"zeta","current_version":"1.3","bundle_ids":["org.example.zeta"]}])");
         QByteArray output;
         QCOMPARE(m_service.runCommand({QStringLiteral("import"), changed}, &output), 0);
         QVERIFY(output.contains("0 added, 1 changed"));

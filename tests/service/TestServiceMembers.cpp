@@ -18,8 +18,8 @@ QByteArray md5(const QByteArray &text)
 
 QByteArray passwordLoginPath(const QByteArray &email, const QByteArray &password)
 {
-    return "/vld6member/jlogincheck2/u/" + md5(email) + "/p/" + md5(password)
-           + "/vld/6.0.4/c/C02TEST/os/Version%2014.1%20%28Build%2023B74%29/r/16384/cpu/8/uuid/UUID-1";
+    return "/vld6member/jlogincheck2/u/" + md5(email) + "/p/" + md5(password) +
+           "/vld/6.0.4/c/C02TEST/os/Version%2014.1%20%28Build%2023B74%29/r/16384/cpu/8/uuid/UUID-1";
 }
 
 QString base64Text(const QJsonObject &reply, const char *key)
@@ -112,9 +112,10 @@ private slots:
     {
         QVERIFY(addMember(QStringLiteral("fay@example.com"), QStringLiteral("pässword 1")) > 0);
         const QByteArray form = "email=fay%40example.com&password=p%C3%A4ssword+1";
-        const QByteArray answer = m_client->raw("POST /member/login HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n"
-                                                "Content-Type: application/x-www-form-urlencoded\r\nContent-Length: "
-                                                + QByteArray::number(form.size()) + "\r\n\r\n" + form);
+        const QByteArray answer =
+            m_client->raw("POST /member/login HTTP/1.1\r\nHost: 127.0.0.1\r\nConnection: close\r\n"
+                          "Content-Type: application/x-www-form-urlencoded\r\nContent-Length: " +
+                          QByteArray::number(form.size()) + "\r\n\r\n" + form);
         QVERIFY2(answer.startsWith("HTTP/1.1 200"), answer.constData());
         // login=ID%3ATOKEN; the program splits the value at the literal "%3A".
         const QByteArray field = "\r\nSet-Cookie: login=";
@@ -124,19 +125,21 @@ private slots:
         QCOMPARE(pair.size(), 2);
         const QByteArray memberId = pair[0];
         const QByteArray token = pair[1].mid(2);
-        const QJsonObject reply = getJson("/vld6member/jlogincheckcookie/u/" + memberId + "/p/" + token
-                                          + "/vld/6.0.4/c/C/os/14/r/1/cpu/1/uuid/U");
+        const QJsonObject reply = getJson("/vld6member/jlogincheckcookie/u/" + memberId + "/p/" + token +
+                                          "/vld/6.0.4/c/C/os/14/r/1/cpu/1/uuid/U");
         QCOMPARE(QByteArray::number(reply.value(QStringLiteral("id")).toInteger()), memberId);
         QCOMPARE(base64Text(reply, "password"), QStringLiteral("pässword 1"));
         QVERIFY(!m_service.log().contains(token));
-        QVERIFY(getJson("/vld6member/jlogincheckcookie/u/" + memberId + "/p/0123/vld/6.0.4").contains(QStringLiteral("error")));
+        QVERIFY(getJson("/vld6member/jlogincheckcookie/u/" + memberId + "/p/0123/vld/6.0.4")
+                    .contains(QStringLiteral("error")));
         QCOMPARE(m_client->post("/member/login", "email=fay%40example.com&password=nope").status, 403);
     }
 
     void signupThenLogin()
     {
         const QByteArray utmz = QByteArray("utmcsr=example|utmccn=(referral)").toBase64();
-        const QJsonObject created = getJson("/vld6member/signup/e/bo%40example.com/p/s%2Fcret%26/f/Bo/l/Ng/utmz/" + utmz);
+        const QJsonObject created =
+            getJson("/vld6member/signup/e/bo%40example.com/p/s%2Fcret%26/f/Bo/l/Ng/utmz/" + utmz);
         QVERIFY(created.value(QStringLiteral("id")).toInteger() > 0);
         QCOMPARE(created.value(QStringLiteral("first")).toString(), QStringLiteral("Bo"));
         QVERIFY(!m_service.log().contains("s%2Fcret"));
@@ -159,8 +162,8 @@ private slots:
                                   {QStringLiteral("zip"), QStringLiteral("0150")},
                                   {QStringLiteral("country"), QStringLiteral("NO")},
                                   {QStringLiteral("member_id"), id}};
-        const HttpAnswer saved = m_client->post("/vld6member/save-profile",
-                                                "a=" + QJsonDocument(profile).toJson(QJsonDocument::Compact));
+        const HttpAnswer saved =
+            m_client->post("/vld6member/save-profile", "a=" + QJsonDocument(profile).toJson(QJsonDocument::Compact));
         QCOMPARE(saved.status, 200);
         const QJsonObject reply = getJson(passwordLoginPath("cyd@example.com", "pw"));
         QCOMPARE(reply.value(QStringLiteral("first")).toString(), QStringLiteral("Cyd"));
@@ -177,14 +180,16 @@ private slots:
         QCOMPARE(m_client->get("/vld6watchlists/awl/z/" + z + "/m/5001/e/0").status, 200);
         QCOMPARE(m_client->get("/vld6watchlists/awl/z/" + z + "/m/424242/e/0").status, 404);
         const auto list = [&] {
-            return Replies::plistEntries(m_client->post("/vld6watchlists/getwatchlists", "id=" + QByteArray::number(id)).body);
+            return Replies::plistEntries(
+                m_client->post("/vld6watchlists/getwatchlists", "id=" + QByteArray::number(id)).body);
         };
         QList<QVariantMap> entries = list();
         QCOMPARE(entries.size(), 2);
         QCOMPARE(entries[0].value(QStringLiteral("vl_id")).toString(), QStringLiteral("5004"));
         QCOMPARE(entries[0].value(QStringLiteral("list_name")).toString(), QStringLiteral("All"));
         QCOMPARE(entries[0].value(QStringLiteral("name")).toString(), QStringLiteral("Velmora Radio"));
-        QCOMPARE(entries[0].value(QStringLiteral("link")).toString(), m_service.baseUrl() + QStringLiteral("/files/VelmoraRadio-2.0.tbz"));
+        QCOMPARE(entries[0].value(QStringLiteral("link")).toString(),
+                 m_service.baseUrl() + QStringLiteral("/files/VelmoraRadio-2.0.tbz"));
         QVERIFY(!entries[0].value(QStringLiteral("wl_id")).toString().isEmpty());
 
         QCOMPARE(m_client->get("/vld6watchlists/rwl/z/" + z + "/m/5004").status, 200);
@@ -197,8 +202,11 @@ private slots:
     void cartPurchaseShowsInPurchases()
     {
         const qint64 id = addMember(QStringLiteral("eve@example.com"), QStringLiteral("pw"));
-        QVERIFY(Replies::plistEntries(m_client->post("/vld6purchases/getpurchases", "id=" + QByteArray::number(id)).body).isEmpty());
-        const QJsonObject order{{QStringLiteral("member_id"), id}, {QStringLiteral("promo_id"), 802},
+        QVERIFY(
+            Replies::plistEntries(m_client->post("/vld6purchases/getpurchases", "id=" + QByteArray::number(id)).body)
+                .isEmpty());
+        const QJsonObject order{{QStringLiteral("member_id"), id},
+                                {QStringLiteral("promo_id"), 802},
                                 {QStringLiteral("address"), QStringLiteral("1 Main St")}};
         QCOMPARE(m_client->post("/cart/vld6", "a=" + QJsonDocument(order).toJson(QJsonDocument::Compact)).status, 200);
         const QList<QVariantMap> entries =
@@ -214,19 +222,24 @@ private slots:
     void reportsReachTheOperator()
     {
         const QByteArray issue = QStringLiteral("Wrong app matched: Bücher ≠ Books").toUtf8().toBase64();
-        QCOMPARE(m_client->post("/vld6scan/reportproblem",
-                                "issue=" + issue + "&m=-1&appid=5001&appname=Notes%20%26%20More&installedversion=1.0"
+        QCOMPARE(m_client
+                     ->post("/vld6scan/reportproblem",
+                            "issue=" + issue +
+                                "&m=-1&appid=5001&appname=Notes%20%26%20More&installedversion=1.0"
                                 "&vlversion=2.0&bundle=com.velmora.sample.notes&vld=6.0.4&path=/Applications/A&B.app")
                      .status,
                  200);
-        QCOMPARE(m_client->post("/vld6scan/badplist", "plist=" + QByteArray("<plist><dict>").toBase64() + "&m=7").status, 200);
+        QCOMPARE(
+            m_client->post("/vld6scan/badplist", "plist=" + QByteArray("<plist><dict>").toBase64() + "&m=7").status,
+            200);
         QByteArray output;
         QCOMPARE(m_service.runCommand({QStringLiteral("reports")}, &output), 0);
         const QList<QByteArray> lines = output.trimmed().split('\n');
         QCOMPARE(lines.size(), 2);
         const QJsonObject problem = QJsonDocument::fromJson(lines[0]).object();
         QCOMPARE(problem.value(QStringLiteral("kind")).toString(), QStringLiteral("problem"));
-        QCOMPARE(problem.value(QStringLiteral("issue")).toString(), QStringLiteral("Wrong app matched: Bücher ≠ Books"));
+        QCOMPARE(problem.value(QStringLiteral("issue")).toString(),
+                 QStringLiteral("Wrong app matched: Bücher ≠ Books"));
         QCOMPARE(problem.value(QStringLiteral("app_name")).toString(), QStringLiteral("Notes & More"));
         QCOMPARE(problem.value(QStringLiteral("path")).toString(), QStringLiteral("/Applications/A&B.app"));
         QCOMPARE(problem.value(QStringLiteral("member_id")).toInteger(), -1);
@@ -260,8 +273,9 @@ private slots:
 
     void analyticsHitsAreStored()
     {
-        QCOMPARE(m_client->post("/collect", "v=1&tid=UA-271828-3&cid=UUID-1&an=VLD&av=6.0.4&t=event&ec=vld604"
-                                            "&ea=MEMBER_LOGIN_FAIL&el=a&b@example.com&ev=a&b@example.com")
+        QCOMPARE(m_client
+                     ->post("/collect", "v=1&tid=UA-271828-3&cid=UUID-1&an=VLD&av=6.0.4&t=event&ec=vld604"
+                                        "&ea=MEMBER_LOGIN_FAIL&el=a&b@example.com&ev=a&b@example.com")
                      .status,
                  200);
         QByteArray output;

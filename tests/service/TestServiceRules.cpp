@@ -67,7 +67,8 @@ private slots:
         QCOMPARE(form->rawToEnd(QStringLiteral("path")), QStringLiteral("/Apps/A&B.app&x=1"));
         QCOMPARE(form->rawToEnd(QStringLiteral("issue")).left(8), QStringLiteral("aGk+dA=="));
         QVERIFY(!form->decoded(QStringLiteral("missing")));
-        QCOMPARE(*FormBody::jsonObject("a={\"k\":\"v & w\"}", "a"), (QJsonObject{{QStringLiteral("k"), QStringLiteral("v & w")}}));
+        QCOMPARE(*FormBody::jsonObject("a={\"k\":\"v & w\"}", "a"),
+                 (QJsonObject{{QStringLiteral("k"), QStringLiteral("v & w")}}));
         QCOMPARE(*FormBody::jsonObject("a=%7B%22k%22%3A1%7D", "a"), (QJsonObject{{QStringLiteral("k"), 1}}));
         QVERIFY(!FormBody::jsonObject("b={}", "a"));
     }
@@ -77,8 +78,10 @@ private slots:
         QTest::addColumn<QByteArray>("target");
         QTest::addColumn<QString>("key");
         QTest::addColumn<QString>("value"); // null: not parsed
-        QTest::newRow("encoded slash stays in its value") << QByteArray("/m/signup/e/a%40b.co/p/x%2Fy/f/A/l/B") << QStringLiteral("p") << QStringLiteral("x/y");
-        QTest::newRow("rest key takes the rest") << QByteArray("/m/signup/e/a/p/b/utmz/ab/cd+=") << QStringLiteral("utmz") << QStringLiteral("ab/cd+=");
+        QTest::newRow("encoded slash stays in its value")
+            << QByteArray("/m/signup/e/a%40b.co/p/x%2Fy/f/A/l/B") << QStringLiteral("p") << QStringLiteral("x/y");
+        QTest::newRow("rest key takes the rest")
+            << QByteArray("/m/signup/e/a/p/b/utmz/ab/cd+=") << QStringLiteral("utmz") << QStringLiteral("ab/cd+=");
         QTest::newRow("query left out") << QByteArray("/m/x/u/1?p=2") << QStringLiteral("u") << QStringLiteral("1");
         QTest::newRow("key without value") << QByteArray("/m/x/u/1/p") << QStringLiteral("u") << QString();
         QTest::newRow("bad escape") << QByteArray("/m/x/u/%zz") << QStringLiteral("u") << QString();
@@ -103,7 +106,8 @@ private slots:
         QTest::newRow("big_sur") << QByteArray("\">= :big_sur\"") << QStringLiteral("11.0");
         QTest::newRow("el_capitan") << QByteArray("\">= :el_capitan\"") << QStringLiteral("10.11");
         QTest::newRow("tahoe") << QByteArray("\">= :tahoe\"") << QStringLiteral("26.0");
-        QTest::newRow("a list: the oldest") << QByteArray("[\":sonoma\", \":catalina\", \":big_sur\"]") << QStringLiteral("10.15");
+        QTest::newRow("a list: the oldest")
+            << QByteArray("[\":sonoma\", \":catalina\", \":big_sur\"]") << QStringLiteral("10.15");
         QTest::newRow("a ceiling is no minimum") << QByteArray("\"<= :sonoma\"") << QString();
         QTest::newRow("a number") << QByteArray("\">= \\\"10.9\\\"\"") << QStringLiteral("10.9");
         QTest::newRow("unknown name") << QByteArray("\">= :nothing\"") << QString();
@@ -120,7 +124,17 @@ private slots:
 
     void publicRecordMapping()
     {
-        const QJsonObject source = QJsonDocument::fromJson("{\"token\":\"foo@beta\",\"name\":\"Foo\",\"names\":[\"Foo\",\"Foo Pro\"]," "\"desc\":\"Does foo\",\"version\":\"2.1,300\",\"version_display\":\"2.1\",\"version_latest\":false,\"sha256\":null," "\"url\":\"https://example.com/foo-#{arch}.zip\",\"url_resolved\":false," "\"url_by_arch\":{\"intel\":\"https://example.com/foo-x86.zip\",\"arm\":\"https://example.com/foo-arm.zip\"}," "\"sha256_by_arch\":{\"intel\":\"AA\",\"arm\":\"BB\"},\"artifact_names\":[\"Foo Helper.app\"]," "\"bundle_ids\":[\"com.example.foo\"],\"min_macos\":\">= :monterey\"}").object();
+        const QJsonObject source =
+            QJsonDocument::fromJson(
+                "{\"token\":\"foo@beta\",\"name\":\"Foo\",\"names\":[\"Foo\",\"Foo Pro\"],"
+                "\"desc\":\"Does "
+                "foo\",\"version\":\"2.1,300\",\"version_display\":\"2.1\",\"version_latest\":false,\"sha256\":null,"
+                "\"url\":\"https://example.com/foo-#{arch}.zip\",\"url_resolved\":false,"
+                "\"url_by_arch\":{\"intel\":\"https://example.com/foo-x86.zip\",\"arm\":\"https://example.com/"
+                "foo-arm.zip\"},"
+                "\"sha256_by_arch\":{\"intel\":\"AA\",\"arm\":\"BB\"},\"artifact_names\":[\"Foo Helper.app\"],"
+                "\"bundle_ids\":[\"com.example.foo\"],\"min_macos\":\">= :monterey\"}")
+                .object();
         const QJsonObject record = PublicCatalogueMapping::map(source);
         QCOMPARE(record.value(QStringLiteral("current_version")).toString(), QStringLiteral("2.1"));
         QCOMPARE(record.value(QStringLiteral("link")).toString(), QStringLiteral("https://example.com/foo-arm.zip"));
@@ -133,8 +147,11 @@ private slots:
         QVERIFY(CatalogueFile::readRecord(record, &error));
 
         // "latest" is no version; without a usable link the app cannot be installed from a link.
-        const QJsonObject latest = PublicCatalogueMapping::map(QJsonDocument::fromJson(
-            "{\"token\":\"bar\",\"name\":\"Bar\",\"version\":\"latest\",\"version_display\":\"latest\",\"version_latest\":true," "\"url\":\"https://example.com/#{x}\",\"url_resolved\":false}").object());
+        const QJsonObject latest = PublicCatalogueMapping::map(
+            QJsonDocument::fromJson("{\"token\":\"bar\",\"name\":\"Bar\",\"version\":\"latest\",\"version_display\":"
+                                    "\"latest\",\"version_latest\":true,"
+                                    "\"url\":\"https://example.com/#{x}\",\"url_resolved\":false}")
+                .object());
         QVERIFY(!latest.contains(QStringLiteral("current_version")));
         QVERIFY(!latest.contains(QStringLiteral("link")));
         QCOMPARE(latest.value(QStringLiteral("vld_install_from_link")).toString(), QStringLiteral("2"));
@@ -144,7 +161,8 @@ private slots:
     {
         QTest::addColumn<QString>("bundleId");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("release over beta at the same place") << QStringLiteral("com.example.app") << QStringLiteral("12");
+        QTest::newRow("release over beta at the same place")
+            << QStringLiteral("com.example.app") << QStringLiteral("12");
         QTest::newRow("earlier in its own list wins") << QStringLiteral("com.example.helper") << QStringLiteral("10");
         QTest::newRow("older id when all else is equal") << QStringLiteral("com.example.tool") << QStringLiteral("14");
         QTest::newRow("any case") << QStringLiteral("COM.EXAMPLE.TOOL") << QStringLiteral("14");
@@ -155,9 +173,12 @@ private slots:
         QFETCH(QString, bundleId);
         QFETCH(QString, expected);
         std::vector<CatalogueEntry> entries;
-        entries.push_back(entry(QStringLiteral("11"), "{\"name\":\"B\",\"stability\":\"beta\",\"bundle_ids\":[\"com.example.app\",\"com.example.helper\"]}"));
+        entries.push_back(entry(
+            QStringLiteral("11"),
+            "{\"name\":\"B\",\"stability\":\"beta\",\"bundle_ids\":[\"com.example.app\",\"com.example.helper\"]}"));
         entries.push_back(entry(QStringLiteral("12"), "{\"name\":\"C\",\"bundle_ids\":[\"com.example.app\"]}"));
-        entries.push_back(entry(QStringLiteral("10"), "{\"name\":\"A\",\"bundle_ids\":[\"com.example.helper\",\"com.example.app\"]}"));
+        entries.push_back(entry(QStringLiteral("10"),
+                                "{\"name\":\"A\",\"bundle_ids\":[\"com.example.helper\",\"com.example.app\"]}"));
         entries.push_back(entry(QStringLiteral("15"), "{\"name\":\"E\",\"bundle_ids\":[\"com.example.tool\"]}"));
         entries.push_back(entry(QStringLiteral("14"), "{\"name\":\"D\",\"bundle_ids\":[\"com.example.tool\"]}"));
         const CatalogueIndex index(std::move(entries));
@@ -176,8 +197,8 @@ private slots:
                                        << QStringLiteral("/vld6member/jlogincheckcookie/u/***/p/***/vld/6.0.4");
         QTest::newRow("sign-up") << QByteArray("/vld6member/signup/e/a%40b.co/p/secret/f/A/l/B/utmz/ab/cd")
                                  << QStringLiteral("/vld6member/signup/e/a%40b.co/p/***/f/A/l/B/utmz/***");
-        QTest::newRow("other paths as they are") << QByteArray("/vld6appinfo/index/vlid/5001")
-                                                 << QStringLiteral("/vld6appinfo/index/vlid/5001");
+        QTest::newRow("other paths as they are")
+            << QByteArray("/vld6appinfo/index/vlid/5001") << QStringLiteral("/vld6appinfo/index/vlid/5001");
     }
 
     void redaction()
@@ -194,8 +215,8 @@ private slots:
         const QString keyFile = dir.filePath(QStringLiteral("keys/member.key"));
         const auto box = SecretBox::open(keyFile, &error);
         QVERIFY2(box, qPrintable(error));
-        const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther
-                                          | QFile::WriteOther | QFile::ExeOther;
+        const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup | QFile::ReadOther |
+                                          QFile::WriteOther | QFile::ExeOther;
         QVERIFY(!(QFile::permissions(keyFile) & others)); // the key is for its owner only
         const QByteArray sealed = box->seal("pässword");
         QVERIFY(!sealed.contains("pässword"));
