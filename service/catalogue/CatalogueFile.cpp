@@ -83,7 +83,7 @@ bool readApps(const QJsonArray &records, CatalogueImport &import, QString *error
                 ? CatalogueFile::readRecord(token.isEmpty() ? source : PublicCatalogueMapping::map(source), &reason)
                 : std::nullopt;
         if (!app) {
-            *error = QStringLiteral("record %1: %2").arg(i).arg(reason);
+            *error = QStringLiteral("record %1: %2").arg(QString::number(i), reason);
             return false;
         }
         if (!token.isEmpty())
@@ -158,7 +158,8 @@ std::optional<CatalogueImport> parse(const QByteArray &json, QString *error)
     QJsonParseError parseError;
     const QJsonDocument document = QJsonDocument::fromJson(json, &parseError);
     if (parseError.error != QJsonParseError::NoError) {
-        *error = QStringLiteral("not JSON: %1 at offset %2").arg(parseError.errorString()).arg(parseError.offset);
+        *error = QStringLiteral("not JSON: %1 at offset %2")
+                     .arg(parseError.errorString(), QString::number(parseError.offset));
         return std::nullopt;
     }
     CatalogueImport import;

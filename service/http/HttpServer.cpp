@@ -19,14 +19,13 @@ namespace {
 void logRequest(const httplib::Request &req, const httplib::Response &res)
 {
     static std::mutex logMutex;
-    QString line =
-        QStringLiteral("%1 %2 %3 %4 %5 %6")
-            .arg(QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs), QString::fromStdString(req.remote_addr),
-                 QString::fromStdString(req.method), Redaction::target(req.target))
-            .arg(res.status)
-            .arg(res.body.size());
+    // Joined rather than filled in with arg(): a target may hold "%1" itself.
+    QString line = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs) + u' ' +
+                   QString::fromStdString(req.remote_addr) + u' ' + QString::fromStdString(req.method) + u' ' +
+                   Redaction::target(req.target) + u' ' + QString::number(res.status) + u' ' +
+                   QString::number(res.body.size());
     if (res.status >= 400 && !res.body.empty())
-        line += QStringLiteral(" (%1)").arg(QString::fromStdString(res.body).trimmed().left(200));
+        line += QStringLiteral(" (") + QString::fromStdString(res.body).trimmed().left(200) + u')';
     const QByteArray bytes = line.toUtf8() + '\n';
     std::lock_guard lock(logMutex);
     std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);

@@ -149,9 +149,9 @@ void siteSignIn(const httplib::Request &req, httplib::Response &res, ServiceCont
     const QString token = MemberAccounts::newToken();
     if (!context.storage.members->setTokenDigest(member->id, MemberAccounts::tokenDigest(token)))
         return Reply::fail(res, 503, QStringLiteral("cannot sign in now"));
-    res.set_header(
-        "Set-Cookie",
-        QStringLiteral("login=%1%3A%2; Path=/; Max-Age=2592000; HttpOnly").arg(member->id).arg(token).toStdString());
+    const QString cookie = QStringLiteral("login=") + QString::number(member->id) + QStringLiteral("%3A") + token +
+                           QStringLiteral("; Path=/; Max-Age=2592000; HttpOnly");
+    res.set_header("Set-Cookie", cookie.toStdString());
     Reply::text(
         res,
         Html::page(QStringLiteral("Signed in"), Html::paragraph(QStringLiteral("Signed in as %1.").arg(member->email))),

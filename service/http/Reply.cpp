@@ -29,7 +29,7 @@ QString baseUrl(const httplib::Request &req)
 {
     QString host = QString::fromStdString(req.get_header_value("Host"));
     if (host.isEmpty() || host.contains(u'/') || host.contains(u' '))
-        host = QStringLiteral("%1:%2").arg(QString::fromStdString(req.local_addr)).arg(req.local_port);
+        host = QString::fromStdString(req.local_addr) + u':' + QString::number(req.local_port);
     return QStringLiteral("http://") + host;
 }
 

@@ -51,7 +51,8 @@ std::optional<SecretBox> SecretBox::open(const QString &keyFile, QString *error)
         }
         const QByteArray key = QByteArray::fromHex(file.readAll().trimmed());
         if (key.size() != keySize) {
-            *error = QStringLiteral("key file %1 does not hold a %2-byte hex key").arg(keyFile).arg(keySize);
+            *error =
+                QStringLiteral("key file %1 does not hold a %2-byte hex key").arg(keyFile, QString::number(keySize));
             return std::nullopt;
         }
         return SecretBox(key);

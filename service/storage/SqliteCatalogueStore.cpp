@@ -68,7 +68,8 @@ SqliteCatalogueStore::Outcome SqliteCatalogueStore::importApp(const ImportApp &a
     if (!app.id.isEmpty()) {
         id = app.id.toLongLong();
         if (keyOwner && *keyOwner != id) {
-            *error = QStringLiteral("key %1 already belongs to catalogue id %2").arg(app.sourceKey).arg(*keyOwner);
+            *error = QStringLiteral("key %1 already belongs to catalogue id %2")
+                         .arg(app.sourceKey, QString::number(*keyOwner));
             return Outcome::Failed;
         }
     } else if (keyOwner) {
@@ -89,7 +90,7 @@ SqliteCatalogueStore::Outcome SqliteCatalogueStore::importApp(const ImportApp &a
     SqlStatement write(*m_db, existing ? "UPDATE apps SET source_key = ?, record = ? WHERE id = ?"
                                        : "INSERT INTO apps (source_key, record, id) VALUES (?, ?, ?)");
     if (!write.bind(1, app.sourceKey).bind(2, text).bind(3, id).exec()) {
-        *error = QStringLiteral("catalogue id %1: %2").arg(id).arg(m_db->lastError());
+        *error = QStringLiteral("catalogue id %1: %2").arg(QString::number(id), m_db->lastError());
         return Outcome::Failed;
     }
     return existing ? Outcome::Changed : Outcome::Added;
