@@ -16,6 +16,13 @@
 
 namespace {
 
+// Files are streamed, so their size is in the header rather than in the body.
+std::string sentBytes(const httplib::Response &res)
+{
+    const std::string length = res.get_header_value("Content-Length");
+    return res.body.empty() && !length.empty() ? length : std::to_string(res.body.size());
+}
+
 void logRequest(const httplib::Request &req, const httplib::Response &res)
 {
     static std::mutex logMutex;
@@ -23,7 +30,7 @@ void logRequest(const httplib::Request &req, const httplib::Response &res)
     QString line = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs) + u' ' +
                    QString::fromStdString(req.remote_addr) + u' ' + QString::fromStdString(req.method) + u' ' +
                    Redaction::target(req.target) + u' ' + QString::number(res.status) + u' ' +
-                   QString::number(res.body.size());
+                   QString::fromStdString(sentBytes(res));
     if (res.status >= 400 && !res.body.empty())
         line += QStringLiteral(" (") + QString::fromStdString(res.body).trimmed().left(200) + u')';
     const QByteArray bytes = line.toUtf8() + '\n';
