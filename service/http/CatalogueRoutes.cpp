@@ -8,7 +8,6 @@
 #include "wire/PathSegments.h"
 #include "wire/Zlib.h"
 
-#include <QJsonArray>
 #include <QJsonDocument>
 
 namespace {

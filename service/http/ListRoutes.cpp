@@ -8,7 +8,6 @@
 #include "wire/PropertyList.h"
 
 #include <QJsonArray>
-#include <QRegularExpression>
 
 namespace {
 
