@@ -21,13 +21,15 @@ QByteArray matchReply(const httplib::Request &req, const CatalogueIndex &index, 
         const CatalogueEntry *entry = index.match(app.description);
         if (!entry)
             continue;
-        if (json.size() > 1)
-            json += ',';
-        json += '"' + QByteArray::number(number) + "\":{\"h\":" + JsonText::quoted(app.digest) +
-                ",\"i\":" + JsonText::quoted(app.installedVersion);
-        if (!entry->link.isEmpty())
-            json += ",\"e1\":" + JsonText::quoted(entry->link.startsWith(u'/') ? base + entry->link : entry->link);
-        json += ',' + entry->encodedMembers + '}';
+        json.append(json.size() > 1 ? ",\"" : "\"").append(QByteArray::number(number)).append("\":{\"h\":");
+        JsonText::appendQuoted(json, app.digest);
+        json.append(",\"i\":");
+        JsonText::appendQuoted(json, app.installedVersion);
+        if (!entry->link.isEmpty()) {
+            json.append(",\"e1\":");
+            JsonText::appendQuoted(json, entry->link.startsWith(u'/') ? base + entry->link : entry->link);
+        }
+        json.append(',').append(entry->encodedMembers).append('}');
     }
     json += '}';
     return json;

@@ -2,13 +2,18 @@
 
 namespace JsonText {
 
-QByteArray quoted(const QString &text)
+void appendQuoted(QByteArray &out, const QString &text)
 {
     const QByteArray utf8 = text.toUtf8();
-    QByteArray out;
-    out.reserve(utf8.size() + 2);
     out.append('"');
-    for (const char c : utf8) {
+    // Most texts need no escapes and go in as one piece.
+    qsizetype plainFrom = 0;
+    for (qsizetype i = 0; i < utf8.size(); ++i) {
+        const auto c = static_cast<unsigned char>(utf8[i]);
+        if (c >= 0x20 && c != '"' && c != '\\')
+            continue;
+        out.append(utf8.constData() + plainFrom, i - plainFrom);
+        plainFrom = i + 1;
         switch (c) {
         case '"':
             out.append("\\\"");
@@ -26,14 +31,17 @@ QByteArray quoted(const QString &text)
             out.append("\\t");
             break;
         default:
-            if (static_cast<unsigned char>(c) < 0x20)
-                out.append("\\u00").append(
-                    QByteArray::number(static_cast<unsigned char>(c), 16).rightJustified(2, '0'));
-            else
-                out.append(c);
+            out.append("\\u00").append(QByteArray::number(c, 16).rightJustified(2, '0'));
         }
     }
+    out.append(utf8.constData() + plainFrom, utf8.size() - plainFrom);
     out.append('"');
+}
+
+QByteArray quoted(const QString &text)
+{
+    QByteArray out;
+    appendQuoted(out, text);
     return out;
 }
 

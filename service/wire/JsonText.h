@@ -5,7 +5,8 @@
 
 namespace JsonText {
 
-// The text as a JSON string literal, quotes included.
+// Appends the text as a JSON string literal, quotes included.
+void appendQuoted(QByteArray &out, const QString &text);
 QByteArray quoted(const QString &text);
 
 } // namespace JsonText

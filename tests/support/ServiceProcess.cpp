@@ -97,6 +97,11 @@ bool ServiceProcess::stop()
     return m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
 }
 
+qint64 ServiceProcess::processId() const
+{
+    return m_process.processId();
+}
+
 QByteArray ServiceProcess::log() const
 {
     QFile file(m_dir.filePath(QStringLiteral("service.log")));

@@ -31,6 +31,9 @@ public:
     // What the service has logged so far (one line per request).
     QByteArray log() const;
 
+    // The running service's process id (0 when it is not running).
+    qint64 processId() const;
+
     static QString binaryPath();
     // The catalogue a fresh service loads, and the folder its update files are served from ("/files/").
     static QString sampleCataloguePath();
