@@ -20,6 +20,11 @@ set(apps
     "Velmora Reader|reader|VelmoraReader-2.0.dmg"
     "Velmora Atlas|atlas|VelmoraAtlas-2.0.pkg")
 
+# A missing tool leaves out the files that need it, with a warning, rather than failing the whole build.
+find_program(BSDTAR bsdtar)
+find_program(GZIP gzip)
+find_program(XORRISO xorriso)
+
 set(work ${OUT}/work)
 file(REMOVE_RECURSE ${work} ${OUT}/files ${OUT}/installed)
 file(MAKE_DIRECTORY ${work} ${OUT}/files ${OUT}/installed/Applications)
@@ -75,18 +80,22 @@ foreach(app IN LISTS apps)
         run(${CMAKE_COMMAND} -E chdir ${stage} ${CMAKE_COMMAND} -E tar czf ${target} "${name}.app")
     elseif(archive MATCHES "\\.(tar\\.bz2|tbz)$")
         run(${CMAKE_COMMAND} -E chdir ${stage} ${CMAKE_COMMAND} -E tar cjf ${target} "${name}.app")
+    elseif(archive MATCHES "\\.dmg$" AND NOT XORRISO)
+        message(WARNING "xorriso not found: ${archive} is not made")
+    elseif(archive MATCHES "\\.pkg$" AND NOT (BSDTAR AND GZIP))
+        message(WARNING "bsdtar or gzip not found: ${archive} is not made")
     elseif(archive MATCHES "\\.dmg$")
         # An ISO/HFS+ hybrid that 7zz opens; like a real image it carries a link to /Applications.
         file(CREATE_LINK /Applications ${stage}/Applications SYMBOLIC)
-        run(xorriso -as mkisofs -quiet -hfsplus -R -V "${name}" -o ${target} ${stage})
+        run(${XORRISO} -as mkisofs -quiet -hfsplus -R -V "${name}" -o ${target} ${stage})
     elseif(archive MATCHES "\\.pkg$")
         # A flat package (xar) whose gzip+cpio payload holds Applications/NAME.app.
         set(root ${work}/${id}-root)
         set(flat ${work}/${id}-flat)
         file(MAKE_DIRECTORY ${root}/Applications ${flat}/${id}.pkg)
         file(RENAME "${stage}/${name}.app" "${root}/Applications/${name}.app")
-        run(bsdtar --format odc -cf ${flat}/${id}.pkg/Payload.cpio -C ${root} .)
-        run(gzip -9n ${flat}/${id}.pkg/Payload.cpio)
+        run(${BSDTAR} --format odc -cf ${flat}/${id}.pkg/Payload.cpio -C ${root} .)
+        run(${GZIP} -9n ${flat}/${id}.pkg/Payload.cpio)
         file(RENAME ${flat}/${id}.pkg/Payload.cpio.gz ${flat}/${id}.pkg/Payload)
         file(WRITE ${flat}/${id}.pkg/PackageInfo
              "<pkg-info identifier=\"com.velmora.sample.${id}.pkg\" version=\"${new_version}\" install-location=\"/\"/>\n")
@@ -94,7 +103,7 @@ foreach(app IN LISTS apps)
 <installer-gui-script minSpecVersion=\"1\"><title>${name}</title>
 <pkg-ref id=\"com.velmora.sample.${id}.pkg\">#${id}.pkg</pkg-ref></installer-gui-script>
 ")
-        run(bsdtar --format xar -cf ${target} -C ${flat} .)
+        run(${BSDTAR} --format xar -cf ${target} -C ${flat} .)
     endif()
 endforeach()
 
