@@ -242,7 +242,7 @@ private slots:
         // The service is still there, and logged the refusal (with the secrets of member paths hidden).
         QCOMPARE(m_client->get("/vld6blacklist").status, 200);
         const QByteArray logged = Redaction::target(target.toStdString()).toUtf8();
-        QVERIFY(m_service.log().contains(QByteArray(' ' + logged + ' ' + QByteArray::number(status) + ' ')));
+        QVERIFY(m_service.waitForLog(' ' + logged + ' ' + QByteArray::number(status) + ' '));
     }
 
     void sitePagesAndIcons()

@@ -2,6 +2,7 @@
 
 #include <QDeadlineTimer>
 #include <QFile>
+#include <QThread>
 #include <QUrl>
 
 namespace {
@@ -95,6 +96,17 @@ bool ServiceProcess::stop()
         return false;
     }
     return m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
+}
+
+bool ServiceProcess::waitForLog(const QByteArray &fragment, int timeoutMs) const
+{
+    const QDeadlineTimer deadline(timeoutMs);
+    while (!log().contains(fragment)) {
+        if (deadline.hasExpired())
+            return false;
+        QThread::msleep(10);
+    }
+    return true;
 }
 
 qint64 ServiceProcess::processId() const

@@ -28,8 +28,11 @@ public:
 
     // Stops the service now (SIGTERM, as an operator would); true when it ended cleanly.
     bool stop();
-    // What the service has logged so far (one line per request).
+    // What the service has logged so far (one line per request, "... METHOD TARGET STATUS BYTES ...").
     QByteArray log() const;
+    // A request's line is written just after its answer is sent, so a test that has its answer may still be
+    // ahead of the line: this waits (up to timeoutMs) until the log holds the fragment.
+    bool waitForLog(const QByteArray &fragment, int timeoutMs = 5000) const;
 
     // The running service's process id (0 when it is not running).
     qint64 processId() const;
