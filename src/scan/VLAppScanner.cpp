@@ -164,7 +164,9 @@ void VLAppScanner::startRun()
     run->scopes = m_scopes;
     run->blacklist = m_blacklist;
     m_run = run;
-    m_thread = QThread::create([run] {
+    // The outcome goes back to this scanner's thread as a queued call; the destructor joins the worker first, so the
+    // scanner still exists when the call is posted, and a call left in the queue goes away with the scanner.
+    m_thread = std::thread([this, run] {
         // Nothing may escape a worker thread: a failure becomes the scan's outcome.
         try {
             const QStringList paths = BundleWalk::findBundles(run->scopes, &run->cancel);
@@ -175,9 +177,8 @@ void VLAppScanner::startRun()
         } catch (...) {
             run->failure = QStringLiteral("unknown failure");
         }
+        QMetaObject::invokeMethod(this, [this, run] { finishRun(run); }, Qt::QueuedConnection);
     });
-    connect(m_thread, &QThread::finished, this, [this, run] { finishRun(run); });
-    m_thread->start();
 }
 
 void VLAppScanner::stopRun()
@@ -186,11 +187,8 @@ void VLAppScanner::stopRun()
         m_run->cancel.store(true);
         m_run.reset();
     }
-    if (m_thread) {
-        m_thread->disconnect(this);
-        m_thread->wait();
-        delete m_thread;
-        m_thread = nullptr;
+    if (m_thread.joinable()) {
+        m_thread.join();
     }
 }
 
@@ -199,9 +197,7 @@ void VLAppScanner::finishRun(const std::shared_ptr<Run> &run)
     if (run != m_run) {
         return; // abandoned for a newer scan
     }
-    m_thread->wait();
-    delete m_thread;
-    m_thread = nullptr;
+    m_thread.join();
     m_run.reset();
 
     VLNotificationCenter &center = VLNotificationCenter::defaultCenter();

@@ -16,9 +16,9 @@
 
 #include <atomic>
 #include <memory>
+#include <thread>
 
 struct VLMdItem;
-class QThread;
 
 inline constexpr char kVLAppScannerFinished[] = "VLAppScannerFinished";
 inline constexpr char kVLAppScannerFinishedBackground[] = "VLAppScannerFinishedBackground";
@@ -68,5 +68,5 @@ private:
     bool m_sendResultsToBackgroundCheker = false;
     std::atomic<bool> m_doneScanning{false};
     std::shared_ptr<Run> m_run;
-    QThread *m_thread = nullptr;
+    std::thread m_thread;
 };
