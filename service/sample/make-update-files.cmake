@@ -100,7 +100,7 @@ foreach(app IN LISTS apps)
         file(WRITE ${flat}/${id}.pkg/PackageInfo
              "<pkg-info identifier=\"com.velmora.sample.${id}.pkg\" version=\"${new_version}\" install-location=\"/\"/>\n")
         file(WRITE ${flat}/Distribution "<?xml version=\"1.0\" encoding=\"utf-8\"?>
-<installer-gui-script minSpecVersion=\"1\"><title>${name}</title>
+<installer-gui-script><title>${name}</title>
 <pkg-ref id=\"com.velmora.sample.${id}.pkg\">#${id}.pkg</pkg-ref></installer-gui-script>
 ")
         run(${BSDTAR} --format xar -cf ${target} -C ${flat} .)
