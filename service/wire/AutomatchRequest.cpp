@@ -58,6 +58,11 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(const QByteArray &body, 
         return std::nullopt;
     }
     AutomatchRequest request;
+    const std::pair<QLatin1StringView, QString *> head[] = {{QLatin1StringView("vld"), &request.clientVersion},
+                                                            {QLatin1StringView("c"), &request.serial},
+                                                            {QLatin1StringView("uuid"), &request.installation},
+                                                            {QLatin1StringView("mid"), &request.memberId},
+                                                            {QLatin1StringView("type"), &request.type}};
     int lastIndex = -1;
     AutomatchApp *app = nullptr;
     for (const FormBody::Field &field : form->fields()) {
@@ -83,22 +88,16 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(const QByteArray &body, 
             *error = QStringLiteral("unknown app field %1").arg(field.name);
             return std::nullopt;
         }
-    }
-    const std::pair<const char *, QString *> head[] = {{"vld", &request.clientVersion},
-                                                       {"c", &request.serial},
-                                                       {"uuid", &request.installation},
-                                                       {"mid", &request.memberId},
-                                                       {"type", &request.type}};
-    for (const auto &[name, target] : head) {
-        const QString key = QString::fromLatin1(name);
-        if (!form->contains(key))
-            continue;
-        const auto value = form->decoded(key);
-        if (!value) {
-            *error = QStringLiteral("bad encoding in %1").arg(key);
-            return std::nullopt;
+        for (const auto &[key, target] : head) {
+            if (field.name != key)
+                continue;
+            const auto value = Percent::decode(field.raw, true);
+            if (!value) {
+                *error = QStringLiteral("bad encoding in %1").arg(field.name);
+                return std::nullopt;
+            }
+            *target = *value;
         }
-        *target = *value;
     }
     return request;
 }
