@@ -2,7 +2,9 @@
 
 #include "model/AppPaths.h"
 
+#include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QSaveFile>
@@ -75,6 +77,8 @@ ScanStoreFile::Contents ScanStoreFile::read()
 
 bool ScanStoreFile::write(const QJsonArray &apps)
 {
+    // The whole data folder may have been deleted since (a forced reset); the records in memory still count.
+    QDir().mkpath(QFileInfo(m_path).path());
     const bool locked = lock(-1);
     QSaveFile file(m_path);
     bool ok = file.open(QIODevice::WriteOnly);

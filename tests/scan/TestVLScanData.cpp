@@ -73,6 +73,12 @@ void TestVLScanData::noFile()
     QVERIFY(!store.apps());
     store.updateAppsUsingNewScan({record(QStringLiteral("/a"), QString())});
     QVERIFY(!store.apps()); // the driver installs the first scan itself
+
+    // Saving after the whole data folder was deleted (a forced reset) writes it anew.
+    store.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("1"))});
+    QVERIFY(QDir(m_dir->path()).removeRecursively());
+    QVERIFY(store.saveDataToDisk());
+    QCOMPARE(VLScanData(m_file).apps()->size(), 1);
     QVERIFY(VLScanData::pathForDataFile().endsWith(QLatin1String("/Velmora/Velmora Desktop 6/vldscan.vld6")));
 }
 
