@@ -55,11 +55,16 @@ void VLScanData::loadDataFromDisk()
 {
     QMutexLocker locker(&m_mutex);
     const ScanStoreFile::Contents contents = m_file.read();
-    m_knownStamp = contents.status == ScanStoreFile::Status::Damaged ? m_file.stamp() : contents.stamp;
-    if (contents.status != ScanStoreFile::Status::Loaded) {
+    m_knownStamp = m_file.stamp();
+    if (contents.status == ScanStoreFile::Status::Loaded) {
+        takeRecords(contents);
+    } else {
         m_apps.reset();
-        return;
     }
+}
+
+void VLScanData::takeRecords(const ScanStoreFile::Contents &contents)
+{
     m_fileModDate = contents.modified;
     AppList apps;
     apps.reserve(contents.apps.size());
@@ -189,7 +194,13 @@ bool VLScanData::reloadIfChangedOnDisk()
     if (m_file.stamp() == m_knownStamp) {
         return false;
     }
-    loadDataFromDisk();
+    const ScanStoreFile::Contents contents = m_file.read();
+    m_knownStamp = m_file.stamp();
+    // A file that is gone or damaged holds nothing better than what this process has: keep it, to be saved again.
+    if (contents.status != ScanStoreFile::Status::Loaded) {
+        return false;
+    }
+    takeRecords(contents);
     doQuickSanityCheck();
     return true;
 }

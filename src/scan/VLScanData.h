@@ -52,8 +52,8 @@ public:
 
     QRecursiveMutex &mutex() const { return m_mutex; }
 
-    // Reloads the records when another process has written the file since this store last read or wrote it.
-    // Returns true when it reloaded. Callers that change the store use a Change, which does this under the lock.
+    // Reloads the records when another process has written the file since this store last read or wrote it
+    // (a file since gone or damaged leaves the records as they are). Returns true when it reloaded. Callers that change the store use a Change, which does this under the lock.
     bool reloadIfChangedOnDisk();
 
     class Change
@@ -78,6 +78,8 @@ public:
     static AppRef appFromArchive(const QJsonObject &archive);
 
 private:
+    void takeRecords(const ScanStoreFile::Contents &contents);
+
     mutable QRecursiveMutex m_mutex;
     ScanStoreFile m_file;
     ScanStoreFile::Stamp m_knownStamp;

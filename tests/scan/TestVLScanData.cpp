@@ -246,6 +246,11 @@ void TestVLScanData::changesOfTwoProcesses()
         QCOMPARE(desktop.apps()->size(), 2);
     }
     QVERIFY(!desktop.reloadIfChangedOnDisk()); // its own view is current
+
+    // Another process found the file damaged and kept it aside: the records in memory are not thrown away.
+    QFile::rename(m_file, m_file + QStringLiteral(".damaged"));
+    QVERIFY(!desktop.reloadIfChangedOnDisk());
+    QCOMPARE(desktop.apps()->size(), 2);
 }
 
 void TestVLScanData::staleLockTakenOver()
