@@ -195,7 +195,7 @@ private slots:
         setSetting(SettingKey::sendEmail, true);
         QVERIFY(app.saveToWatchListOnServer());
         const QByteArray added = "GET /vld6watchlists/awl/z/" + md5HexHash(memberId).toLatin1() + "/m/5003/e/1 200";
-        QVERIFY(m_service.log().contains(added));
+        QVERIFY(m_service.waitForLog(added));
 
         const QVariantList entries = watchListEntries(m_base, memberId);
         QCOMPARE(entries.size(), 1);
