@@ -1,39 +1,44 @@
 #!/usr/bin/env bash
-# The main job on one machine: builds everything, makes a few app bundles in a scratch "Mac volume",
-# and has velmora-cli read them the way a check for updates does.
+# The main job on one machine: builds everything, starts velmora-service with its bundled sample catalogue,
+# installs the sample apps' old versions on a scratch "Mac volume", and has velmora-cli scan them
+# (with the service's blacklist) and check each installed version against the catalogue's.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
 BUILD_DIR=$build "$root/scripts/build.sh" -DVELMORA_BUILD_TESTS=OFF -DVELMORA_BUILD_BENCH=OFF
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/velmora-demo.XXXXXX")
-trap 'rm -rf "$work"' EXIT
-# The demo runs as a user of its own, so it never touches your settings or your scan store.
+service_pid=
+cleanup() { [ -n "$service_pid" ] && kill "$service_pid" 2>/dev/null; wait 2>/dev/null; rm -rf "$work"; }
+trap cleanup EXIT
+# The demo runs as a user of its own, so it never touches your settings, scan store or service database.
 export HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_DATA_HOME=$work/home/.local/share TMPDIR=$work/tmp
 mkdir -p "$HOME" "$TMPDIR"
-volume=$work/volume
 cli=$build/src/velmora-cli
+service=$build/service/velmora-service
 
-make_app() { # name identifier short-version bundle-version
-    mkdir -p "$volume/Applications/$1.app/Contents/MacOS"
-    cat > "$volume/Applications/$1.app/Contents/Info.plist" <<PLIST
-<?xml version="1.0" encoding="UTF-8"?>
-<!DOCTYPE plist PUBLIC "-//Apple//DTD PLIST 1.0//EN" "http://www.apple.com/DTDs/PropertyList-1.0.dtd">
-<plist version="1.0"><dict>
-<key>CFBundleIdentifier</key><string>$2</string>
-<key>CFBundleShortVersionString</key><string>$3</string>
-<key>CFBundleVersion</key><string>$4</string>
-<key>CFBundleExecutable</key><string>$1</string>
-</dict></plist>
-PLIST
-    printf '#!/bin/sh\n' > "$volume/Applications/$1.app/Contents/MacOS/$1"
-}
-make_app "Demo Editor" com.velmora.demo.editor "2.1 (Build 455)" 455
-make_app "Demo Player" com.velmora.demo.player "V3.0" 3.0.2
-make_app "Demo Notes" com.velmora.demo.notes "1.0" 1.0
+# The service picks a free port and says which on its first line.
+coproc SERVICE { exec "$service" serve --listen 127.0.0.1:0; }
+service_pid=$SERVICE_PID
+read -r first_line <&"${SERVICE[0]}"
+address=$(grep -oE '127\.0\.0\.1:[0-9]+' <<<"$first_line")
+echo "== velmora-service with the sample catalogue at http://$address"
 
+volume=$work/volume
+mkdir -p "$volume/Applications"
+cp -a "$build/service/installed/Applications/." "$volume/Applications/"
+for key in serviceHost siteHost dealsHost analyticsHost shortenerHost; do
+    "$cli" defaults write "$key" -string "http://$address" >/dev/null
+done
 "$cli" defaults write volumeRoot -string "$volume" >/dev/null
-echo "== Installed apps on the demo volume"
-"$cli" inspect "$volume"/Applications/*.app
-echo "== Is 2.1 outdated by 2.2?"
-"$cli" version outdated 2.1 2.2
+
+echo "== Installed apps found by a scan of $volume"
+"$cli" scan
+echo "== Installed versions against the sample catalogue's, and the verdicts"
+for app in "$volume"/Applications/*.app; do
+    name=$(basename "$app" .app)
+    local_version=$("$cli" inspect --json "$app" | grep -oE '"localVersion": "[^"]*"' | cut -d'"' -f4)
+    remote=$(grep -A1 "\"name\": \"$name\"" "$root/service/sample/sample-catalogue.json" | grep -oE '"current_version": "[^"]*"' | cut -d'"' -f4)
+    printf '%-16s installed %-5s catalogue %-5s outdated: %s\n' "$name" "$local_version" "$remote" \
+        "$("$cli" version outdated "$local_version" "$remote")"
+done
