@@ -20,12 +20,12 @@ QStringList L(std::initializer_list<const char *> items)
 namespace {
 
 // "path", "path+order" (a purchase) or "path+deal" (a deal).
-AppList records(const QStringList &specs)
+AppList records(const QStringList &descriptions)
 {
     AppList apps;
-    for (const QString &spec : specs) {
+    for (const QString &entry : descriptions) {
         auto app = std::make_shared<VLApp>();
-        const QStringList parts = spec.split(QLatin1Char('+'));
+        const QStringList parts = entry.split(QLatin1Char('+'));
         app->localPath = parts.first();
         app->displayName = parts.first();
         if (parts.value(1) == QLatin1String("order")) {
