@@ -77,7 +77,7 @@ int InspectCommand::execute(const QStringList &arguments, CommandContext &ctx)
         for (const QString &warning : bundleWarnings(path)) {
             ctx.err << "warning: " << warning << '\n';
         }
-        apps.append(VLApp::initWithMdItem(VLMdItem::fromPath(path)));
+        apps.append(VLApp::initWithBundleAt(path));
     }
     if (ctx.json) {
         ctx.out << QJsonDocument(appsToJson(apps)).toJson(QJsonDocument::Indented);

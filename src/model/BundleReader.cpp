@@ -21,10 +21,19 @@ const std::optional<QVariantMap> &BundleReader::load(const QString &relativePath
     return m_files.emplace(relativePath, std::move(result.dictionary)).first->second;
 }
 
+bool BundleReader::exists(const QString &relativePath)
+{
+    auto it = m_exists.find(relativePath);
+    if (it == m_exists.end()) {
+        it = m_exists.emplace(relativePath, QFileInfo::exists(m_path + relativePath)).first;
+    }
+    return it->second;
+}
+
 const std::optional<QVariantMap> &BundleReader::firstExisting(const QStringList &candidates, bool stringsFile)
 {
     for (const QString &candidate : candidates) {
-        if (m_files.count(candidate) || QFileInfo::exists(m_path + candidate)) {
+        if (m_files.count(candidate) || exists(candidate)) {
             return load(candidate, stringsFile && candidate.endsWith(QLatin1String(".strings")));
         }
     }

@@ -15,6 +15,8 @@ class BundleReader
 public:
     explicit BundleReader(const QString &bundlePath);
 
+    QString path() const { return m_path; }
+
     // Contents/Info.plist, Contents/version.plist, Contents/Info-macos.plist, Info.plist: the first that exists.
     const std::optional<QVariantMap> &infoDictionary();
     // Contents/version.plist, Contents/Info-macos.plist, Info.plist.
@@ -30,9 +32,11 @@ public:
 private:
     const std::optional<QVariantMap> &firstExisting(const QStringList &candidates, bool stringsFile);
     const std::optional<QVariantMap> &load(const QString &relativePath, bool stringsFile);
+    bool exists(const QString &relativePath);
 
     QString m_path;
     // A node-based map: references handed out stay valid while more files are loaded.
     std::map<QString, std::optional<QVariantMap>> m_files;
+    std::map<QString, bool> m_exists;
     QStringList m_problems;
 };

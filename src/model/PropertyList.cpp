@@ -1,10 +1,9 @@
 #include "model/PropertyList.h"
 
+#include "model/FileBytes.h"
 #include "model/OldStylePlistParser.h"
 
 #include <QDateTime>
-#include <QFile>
-#include <QFileInfo>
 
 #include <plist/plist.h>
 
@@ -13,6 +12,9 @@
 
 namespace PropertyList {
 namespace {
+
+// Larger than any real property list; also what bounds the memory a bogus file can take.
+constexpr qint64 kLargestPlist = 64 * 1024 * 1024;
 
 // Seconds between 1970-01-01 and the property-list epoch, 2001-01-01.
 constexpr qint64 kPlistEpochOffset = 978307200;
@@ -42,19 +44,14 @@ QVariant fromNode(plist_t node)
         return value;
     }
     case PLIST_STRING: {
-        char *value = nullptr;
-        plist_get_string_val(node, &value);
-        const QString text = QString::fromUtf8(value);
-        free(value);
-        return text;
+        uint64_t length = 0;
+        const char *value = plist_get_string_ptr(node, &length);
+        return QString::fromUtf8(value, qsizetype(length));
     }
     case PLIST_DATA: {
-        char *value = nullptr;
         uint64_t length = 0;
-        plist_get_data_val(node, &value, &length);
-        const QByteArray bytes(value, qsizetype(length));
-        free(value);
-        return bytes;
+        const char *value = plist_get_data_ptr(node, &length);
+        return QByteArray(value, qsizetype(length));
     }
     case PLIST_DATE: {
         int32_t seconds = 0;
@@ -146,16 +143,22 @@ bool looksLikePlist(const QByteArray &bytes)
 ReadResult readFile(const QString &path, std::optional<QVariantMap> (*parse)(const QByteArray &, QString *))
 {
     ReadResult result;
-    QFile file(path);
-    if (!file.exists()) {
-        return result;
+    const FileBytes::Result file = FileBytes::read(path, kLargestPlist);
+    switch (file.failure) {
+    case FileBytes::Failure::Missing:
+        break;
+    case FileBytes::Failure::TooLarge:
+        result.problem = QStringLiteral("%1: property list too large").arg(path);
+        break;
+    case FileBytes::Failure::Unreadable:
+        result.problem = QStringLiteral("cannot read %1: %2").arg(path, file.reason);
+        break;
     }
-    if (!file.open(QIODevice::ReadOnly)) {
-        result.problem = QStringLiteral("cannot read %1: %2").arg(path, file.errorString());
+    if (!file.bytes) {
         return result;
     }
     QString problem;
-    result.dictionary = parse(file.readAll(), &problem);
+    result.dictionary = parse(*file.bytes, &problem);
     if (!result.dictionary) {
         result.problem = QStringLiteral("%1: %2").arg(path, problem);
     }
@@ -166,7 +169,7 @@ ReadResult readFile(const QString &path, std::optional<QVariantMap> (*parse)(con
 
 std::optional<QVariantMap> parseDictionary(const QByteArray &bytes, QString *problem)
 {
-    if (bytes.isEmpty() || bytes.size() > 64 * 1024 * 1024) {
+    if (bytes.isEmpty() || bytes.size() > kLargestPlist) {
         if (problem) {
             *problem = bytes.isEmpty() ? QStringLiteral("empty property list") : QStringLiteral("property list too large");
         }

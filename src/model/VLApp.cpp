@@ -86,7 +86,19 @@ QString guardedField(const std::optional<QString> &attribute, const char *logNam
 
 } // namespace
 
+VLApp VLApp::initWithBundleAt(const QString &path)
+{
+    BundleReader bundle(path);
+    return initWithMdItem(VLMdItem::fromBundle(bundle), bundle);
+}
+
 VLApp VLApp::initWithMdItem(const VLMdItem &item)
+{
+    BundleReader bundle(item.path.value_or(QString()));
+    return initWithMdItem(item, bundle);
+}
+
+VLApp VLApp::initWithMdItem(const VLMdItem &item, BundleReader &bundle)
 {
     VLApp app;
     app.localPath = guardedField(item.path, "localpath", [](const QString &path) { return path; });
@@ -96,7 +108,6 @@ VLApp VLApp::initWithMdItem(const VLMdItem &item)
     app.displayName = guardedField(item.fsName, "displayName", [](const QString &fsName) {
         return cleanName(stringByDeletingPathExtension(trimmedString(fsName)));
     });
-    BundleReader bundle(app.localPath);
     app.bundleID = app.getBundleID(bundle);
     app.localVersion = app.getLocalVersion(bundle);
     app.kind = guardedField(item.fsName, "kind", [](const QString &fsName) { return pathExtension(trimmedString(fsName)); });

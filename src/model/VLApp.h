@@ -21,6 +21,10 @@ public:
 
     // An installed record built from a scanned bundle's attributes.
     static VLApp initWithMdItem(const VLMdItem &item);
+    // The same, with the bundle's files read through bundle (each parsed once for the attributes and the record).
+    static VLApp initWithMdItem(const VLMdItem &item, BundleReader &bundle);
+    // The installed record for the bundle at path, each of its files read once.
+    static VLApp initWithBundleAt(const QString &path);
     // A record restored from its archive form (the scan store); runs every load-time repair.
     static VLApp initWithCoder(const QJsonObject &archive);
     QJsonObject encodeWithCoder() const;

@@ -1,10 +1,9 @@
 #include "model/VLMdItem.h"
 
+#include "model/BundleReader.h"
 #include "model/PathNames.h"
-#include "model/PropertyList.h"
 
 #include <QFile>
-#include <QFileInfo>
 
 #include <sys/stat.h>
 
@@ -16,24 +15,16 @@ std::optional<QDateTime> statTime(const struct timespec &ts)
 }
 
 // The last use of a bundle is the last read of its main executable, when that came after the executable last changed.
-std::optional<QDateTime> executableLastUse(const QString &bundlePath)
+std::optional<QDateTime> executableLastUse(BundleReader &bundle)
 {
-    QString executable;
-    for (const char *candidate : {"/Contents/Info.plist", "/Contents/Info-macos.plist", "/Info.plist"}) {
-        const QString plist = bundlePath + QLatin1String(candidate);
-        if (QFileInfo::exists(plist)) {
-            const auto info = PropertyList::readDictionaryFile(plist).dictionary;
-            if (info) {
-                executable = info->value(QStringLiteral("CFBundleExecutable")).toString();
-            }
-            break;
-        }
-    }
+    const std::optional<QVariantMap> &dictionary = bundle.bundleInfoDict();
+    const QString executable =
+        dictionary ? dictionary->value(QStringLiteral("CFBundleExecutable")).toString() : QString();
     if (executable.isEmpty() || executable.contains(QLatin1Char('/'))) {
         return std::nullopt;
     }
     struct stat info = {};
-    const QByteArray path = QFile::encodeName(bundlePath + QStringLiteral("/Contents/MacOS/") + executable);
+    const QByteArray path = QFile::encodeName(bundle.path() + QStringLiteral("/Contents/MacOS/") + executable);
     if (stat(path.constData(), &info) != 0) {
         return std::nullopt;
     }
@@ -55,6 +46,13 @@ std::optional<QDateTime> VLMdItem::modificationDate(const QString &path)
 
 VLMdItem VLMdItem::fromPath(const QString &path)
 {
+    BundleReader bundle(path);
+    return fromBundle(bundle);
+}
+
+VLMdItem VLMdItem::fromBundle(BundleReader &bundle)
+{
+    const QString path = bundle.path();
     VLMdItem item;
     item.path = path;
     QString fsName = path;
@@ -70,6 +68,6 @@ VLMdItem VLMdItem::fromPath(const QString &path)
         item.contentModificationDate = statTime(info.st_mtim);
         item.size = qint64(info.st_size);
     }
-    item.lastUsedDate = executableLastUse(path);
+    item.lastUsedDate = executableLastUse(bundle);
     return item;
 }

@@ -4,6 +4,8 @@
 // An attribute that could not be read is nullopt, and the record logs and marks that field.
 
 #include <QDateTime>
+
+class BundleReader;
 #include <QString>
 
 #include <optional>
@@ -20,6 +22,8 @@ struct VLMdItem
 
     // Reads the attributes of the bundle (or composition file) at path from the file system.
     static VLMdItem fromPath(const QString &path);
+    // The same, taking the bundle's information dictionary from a reader that later readers share.
+    static VLMdItem fromBundle(BundleReader &bundle);
     // The modification date of the file or folder itself (a link is not followed), or nullopt.
     static std::optional<QDateTime> modificationDate(const QString &path);
 };

@@ -9,7 +9,16 @@
 #include <QJsonObject>
 #include <QSaveFile>
 
+#include <QDeadlineTimer>
+#include <QThread>
+
+#include <algorithm>
+#include <cerrno>
+
+#include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 const QString kAppsKey = QStringLiteral("apps");
@@ -17,10 +26,14 @@ const QString kAppsKey = QStringLiteral("apps");
 
 ScanStoreFile::ScanStoreFile(const QString &path)
     : m_path(path)
-    , m_lockFile(path + QStringLiteral(".lock"))
 {
-    // A change may hold the lock for as long as a match with the service takes; only a dead holder makes it stale.
-    m_lockFile.setStaleLockTime(0);
+}
+
+ScanStoreFile::~ScanStoreFile()
+{
+    if (m_lockFd >= 0) {
+        close(m_lockFd);
+    }
 }
 
 QString ScanStoreFile::defaultPath()
@@ -117,9 +130,27 @@ bool ScanStoreFile::lock(int timeoutMs)
         ++m_lockDepth;
         return true;
     }
-    if (!m_lockFile.tryLock(timeoutMs)) {
+    // The file itself stays: removing it would let two processes lock two different files of the same name.
+    const int fd = open(QFile::encodeName(m_path + QStringLiteral(".lock")).constData(), O_RDWR | O_CREAT | O_CLOEXEC,
+                        0600);
+    if (fd < 0) {
         return false;
     }
+    QDeadlineTimer deadline(timeoutMs < 0 ? QDeadlineTimer::Forever : QDeadlineTimer(timeoutMs));
+    for (;;) {
+        const int operation = deadline.isForever() ? LOCK_EX : LOCK_EX | LOCK_NB;
+        if (flock(fd, operation) == 0) {
+            break;
+        }
+        if ((errno != EWOULDBLOCK && errno != EINTR) || deadline.hasExpired()) {
+            close(fd);
+            return false;
+        }
+        if (errno == EWOULDBLOCK) {
+            QThread::msleep(std::min<qint64>(20, std::max<qint64>(1, deadline.remainingTime())));
+        }
+    }
+    m_lockFd = fd;
     m_lockDepth = 1;
     return true;
 }
@@ -127,6 +158,8 @@ bool ScanStoreFile::lock(int timeoutMs)
 void ScanStoreFile::unlock()
 {
     if (m_lockDepth > 0 && --m_lockDepth == 0) {
-        m_lockFile.unlock();
+        // Closing the only descriptor releases the lock.
+        close(m_lockFd);
+        m_lockFd = -1;
     }
 }

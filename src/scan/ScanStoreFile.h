@@ -1,12 +1,15 @@
 #pragma once
 
 // The scan store's file "vldscan.vld6" on disk: JSON {"apps": [...]} replaced atomically, so a reader or a
-// process killed while writing never leaves half a file; a lock file beside it for processes that change it;
-// and a stamp to notice that another process has written it since.
+// process killed while writing never leaves half a file; a lock beside it for processes that change it; and a
+// stamp to notice that another process has written it since.
+//
+// The lock is the kernel's lock on the file "vldscan.vld6.lock", which the kernel drops the moment its holder
+// dies, however it dies: a lock file that only records a holder can be left half-written by a kill and then
+// stays taken for ever.
 
 #include <QDateTime>
 #include <QJsonArray>
-#include <QLockFile>
 #include <QString>
 
 #include <sys/types.h>
@@ -36,6 +39,9 @@ public:
     };
 
     explicit ScanStoreFile(const QString &path);
+    ~ScanStoreFile();
+    ScanStoreFile(const ScanStoreFile &) = delete;
+    ScanStoreFile &operator=(const ScanStoreFile &) = delete;
 
     // "vldscan.vld6" in the data folder, which is created when missing.
     static QString defaultPath();
@@ -51,8 +57,8 @@ public:
     // Replaces the file with {"apps": apps}; false when it could not be written (the old file then stays).
     bool write(const QJsonArray &apps);
 
-    // The lock beside the file ("vldscan.vld6.lock"); re-entrant within one ScanStoreFile. A lock left behind by a
-    // process that died is taken over. timeoutMs < 0 waits as long as it takes.
+    // The lock beside the file ("vldscan.vld6.lock"); re-entrant within one ScanStoreFile, exclusive against every
+    // other ScanStoreFile, in this process or another. timeoutMs < 0 waits as long as it takes.
     bool lock(int timeoutMs = -1);
     void unlock();
     bool isLocked() const { return m_lockDepth > 0; }
@@ -61,6 +67,6 @@ private:
     void keepAside(bool move);
 
     QString m_path;
-    QLockFile m_lockFile;
+    int m_lockFd = -1;
     int m_lockDepth = 0;
 };

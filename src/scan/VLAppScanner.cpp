@@ -28,7 +28,7 @@ AppRef recordFor(const QString &path, const VLBlacklist &blacklist)
     if (blacklist.appIsOnBlackList(lastComponent(path), path)) {
         return nullptr;
     }
-    return std::make_shared<VLApp>(VLApp::initWithMdItem(VLMdItem::fromPath(path)));
+    return std::make_shared<VLApp>(VLApp::initWithBundleAt(path));
 }
 
 // Reading the bundles is most of a scan and each bundle stands alone, so they are read on all cores; the

@@ -1,5 +1,6 @@
 #include "scan/VLBlacklist.h"
 
+#include "model/FileBytes.h"
 #include "model/PathNames.h"
 #include "model/PropertyList.h"
 
@@ -53,15 +54,12 @@ bool mayNameVirtualMachineApp(const QByteArray &bytes)
 
 bool isVirtualMachineApp(const QString &bundlePath)
 {
-    QFile file(bundlePath + QStringLiteral("/Contents/Info.plist"));
-    if (!file.open(QIODevice::ReadOnly)) {
+    const std::optional<QByteArray> bytes =
+        FileBytes::read(bundlePath + QStringLiteral("/Contents/Info.plist"), 16 * 1024 * 1024).bytes;
+    if (!bytes || !mayNameVirtualMachineApp(*bytes)) {
         return false;
     }
-    const QByteArray bytes = file.readAll();
-    if (!mayNameVirtualMachineApp(bytes)) {
-        return false;
-    }
-    const auto info = PropertyList::parseDictionary(bytes);
+    const auto info = PropertyList::parseDictionary(*bytes);
     if (!info) {
         return false;
     }

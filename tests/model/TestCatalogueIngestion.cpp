@@ -219,7 +219,7 @@ private slots:
         QFETCH(bool, expectedOutdated);
         const QString path = PlistFiles::makeBundle(m_root.filePath(QStringLiteral("Installed.app")),
                                                     PlistFiles::info(QStringLiteral("com.example.i"), QStringLiteral("1.0")));
-        VLApp app = VLApp::initWithMdItem(VLMdItem::fromPath(path));
+        VLApp app = VLApp::initWithBundleAt(path);
         app.skippedVersion = skipped;
         app.isSetLocalVersionToCurrent = setToCurrent;
         app.updateWithServerItemJSON(item("{'m':'5001','j':'2.0','g':'Catalogue Name','i':'0.1'}"));

@@ -188,7 +188,7 @@ private slots:
         if (receipt) {
             PlistFiles::writeFile(path + QStringLiteral("/Contents/_MASReceipt/receipt"), "r");
         }
-        const VLApp app = VLApp::initWithMdItem(VLMdItem::fromPath(path));
+        const VLApp app = VLApp::initWithBundleAt(path);
         QCOMPARE(app.localPath, path);
         QCOMPARE(app.digestString, QString::fromLatin1(QCryptographicHash::hash(path.toUtf8(), QCryptographicHash::Md5).toHex()));
         QCOMPARE(app.name, relativePath);
@@ -229,7 +229,7 @@ private slots:
         const QString garbage = freshBundlePath();
         PlistFiles::writeFile(garbage + QStringLiteral("/Contents/Info.plist"), "<?xml version=\"1.0\"?><plist><dict><key>");
         for (const QString &path : {blocked, garbage}) {
-            const VLApp app = VLApp::initWithMdItem(VLMdItem::fromPath(path));
+            const VLApp app = VLApp::initWithBundleAt(path);
             QCOMPARE(app.localVersion, QStringLiteral("-"));
             QVERIFY(app.bundleID.isNull());
         }
@@ -242,7 +242,7 @@ private slots:
         info.insert(QStringLiteral("CFBundleIconFile"), QStringLiteral("AppIcon"));
         PlistFiles::makeBundle(path, info);
         PlistFiles::writeFile(path + QStringLiteral("/Contents/Resources/AppIcon.icns"), "icns");
-        QCOMPARE(VLApp::initWithMdItem(VLMdItem::fromPath(path)).appIcon,
+        QCOMPARE(VLApp::initWithBundleAt(path).appIcon,
                  path + QStringLiteral("/Contents/Resources/AppIcon.icns"));
     }
 

@@ -4,7 +4,12 @@
 #include "model/PropertyList.h"
 #include "support/TestMain.h"
 
+#include <QDir>
+#include <QFile>
 #include <QStringEncoder>
+#include <QTemporaryDir>
+
+#include <sys/stat.h>
 
 class TestPropertyList : public QObject
 {
@@ -109,6 +114,43 @@ private slots:
         QString problem;
         QVERIFY(!PropertyList::parseDictionary(bytes, &problem));
         QVERIFY(!problem.isEmpty());
+    }
+
+    // What a bundle may hold where its property list belongs: none of it may hang the scan or fill the memory.
+    void filesThatHoldNoDictionary_data()
+    {
+        QTest::addColumn<QString>("kind");
+        QTest::addColumn<bool>("problem");
+        QTest::newRow("missing") << QStringLiteral("missing") << false;
+        QTest::newRow("folder") << QStringLiteral("folder") << true;
+        QTest::newRow("link to an endless device") << QStringLiteral("device") << true;
+        QTest::newRow("pipe without a writer") << QStringLiteral("fifo") << true;
+        QTest::newRow("sparse file over the limit") << QStringLiteral("huge") << true;
+        QTest::newRow("dangling link") << QStringLiteral("dangling") << false;
+    }
+
+    void filesThatHoldNoDictionary()
+    {
+        QFETCH(QString, kind);
+        QFETCH(bool, problem);
+        QTemporaryDir dir;
+        const QString path = dir.filePath(QStringLiteral("Info.plist"));
+        if (kind == QLatin1String("folder")) {
+            QVERIFY(QDir().mkpath(path));
+        } else if (kind == QLatin1String("device")) {
+            QVERIFY(QFile::link(QStringLiteral("/dev/zero"), path));
+        } else if (kind == QLatin1String("fifo")) {
+            QCOMPARE(mkfifo(QFile::encodeName(path).constData(), 0600), 0);
+        } else if (kind == QLatin1String("huge")) {
+            QFile file(path);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            QVERIFY(file.resize(qint64(65) * 1024 * 1024));
+        } else if (kind == QLatin1String("dangling")) {
+            QVERIFY(QFile::link(dir.filePath(QStringLiteral("gone")), path));
+        }
+        const PropertyList::ReadResult result = PropertyList::readDictionaryFile(path);
+        QVERIFY(!result.dictionary);
+        QCOMPARE(!result.problem.isEmpty(), problem);
     }
 };
 

@@ -27,7 +27,7 @@ class TestVLApp : public QObject
     {
         const QString path = PlistFiles::makeBundle(m_root.path() + QLatin1Char('/') + relativePath,
                                                     PlistFiles::info(QStringLiteral("com.example.full"), version));
-        return VLApp::initWithMdItem(VLMdItem::fromPath(path));
+        return VLApp::initWithBundleAt(path);
     }
 
 private slots:
@@ -144,7 +144,7 @@ private slots:
         const QString path = PlistFiles::makeBundle(m_root.path() + QStringLiteral("/Shop.app"),
                                                     PlistFiles::info(QStringLiteral("com.example.shop"), QStringLiteral("4.0")));
         PlistFiles::writeFile(path + QStringLiteral("/Contents/_MASReceipt/receipt"), "r");
-        VLApp app = VLApp::initWithMdItem(VLMdItem::fromPath(path));
+        VLApp app = VLApp::initWithBundleAt(path);
         QCOMPARE(app.displayName, QStringLiteral("Shop") + kMark);
         for (int i = 0; i < 5; ++i) {
             app = VLApp::initWithCoder(app.encodeWithCoder());

@@ -3,8 +3,10 @@
 #include "scan/VLScanData.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QRandomGenerator>
 
+#include <algorithm>
 #include <csignal>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -81,6 +83,16 @@ void TestScanStoreKill::survivesKillAtAnyMoment()
     const QString folder = QDir::homePath() + QStringLiteral("/store");
     QVERIFY(QDir().mkpath(folder));
     const QString file = folder + QStringLiteral("/vldscan.vld6");
+    // Kills are spread over a few saves' time, measured here so that slow builds (sanitizers) are killed as often
+    // before, during and between their saves as fast ones.
+    QElapsedTimer timer;
+    timer.start();
+    VLScanData probe(folder + QStringLiteral("/probe.vld6"));
+    probe.setApps(generationRecords(1));
+    QVERIFY(probe.saveDataToDisk());
+    const int saveUs = int(std::max<qint64>(timer.nsecsElapsed() / 1000, 1000));
+    QVERIFY(QFile::remove(probe.filePath()));
+
     QRandomGenerator random(20261122);
     int lastGeneration = 0;
     for (int round = 0; round < 40; ++round) {
@@ -89,8 +101,7 @@ void TestScanStoreKill::survivesKillAtAnyMoment()
         if (writer == 0) {
             writeForever(file);
         }
-        // One save of this size takes some tens of milliseconds: the kills land before, during and between them.
-        usleep(useconds_t(random.bounded(1000, 120000)));
+        usleep(useconds_t(random.bounded(saveUs / 4, saveUs * 6)));
         kill(writer, SIGKILL);
         int status = 0;
         QCOMPARE(waitpid(writer, &status, 0), writer); // a zombie would still count as the lock's live holder

@@ -54,7 +54,6 @@ private slots:
     void lookups_data();
     void lookups();
     void changesOfTwoProcesses();
-    void staleLockTakenOver();
 
 private:
     std::unique_ptr<QTemporaryDir> m_dir;
@@ -251,15 +250,6 @@ void TestVLScanData::changesOfTwoProcesses()
     QFile::rename(m_file, m_file + QStringLiteral(".damaged"));
     QVERIFY(!desktop.reloadIfChangedOnDisk());
     QCOMPARE(desktop.apps()->size(), 2);
-}
-
-void TestVLScanData::staleLockTakenOver()
-{
-    // A process that was killed while changing the store leaves its lock file behind.
-    writeBytes(m_file + QStringLiteral(".lock"), "999999\nvelmora-cli\n" + QSysInfo::machineHostName().toUtf8() + "\n");
-    VLScanData store(m_file);
-    VLScanData::Change change(store, 2000);
-    QVERIFY(change.isLocked());
 }
 
 VELMORA_TEST_MAIN(TestVLScanData)

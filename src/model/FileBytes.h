@@ -1,0 +1,25 @@
+#pragma once
+
+// Reading a small file whole with the fewest system calls: the scan reads several per bundle, thousands of
+// bundles at a time. A file larger than the limit is not read (a bundle may hold a link to a device or a huge
+// file where a property list belongs).
+
+#include <QByteArray>
+#include <QString>
+
+#include <optional>
+
+namespace FileBytes {
+
+enum class Failure { Missing, TooLarge, Unreadable };
+
+struct Result
+{
+    std::optional<QByteArray> bytes; // absent on failure
+    Failure failure = Failure::Missing;
+    QString reason; // the system's words for Unreadable
+};
+
+Result read(const QString &path, qint64 limit);
+
+} // namespace FileBytes
