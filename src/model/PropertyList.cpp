@@ -212,26 +212,29 @@ ReadResult readStringsFile(const QString &path)
     return readFile(path, &parseStrings);
 }
 
-QByteArray toXml(const QVariantMap &dictionary)
+namespace {
+
+QByteArray serialize(const QVariantMap &dictionary, void (*write)(plist_t, char **, uint32_t *), void (*release)(char *))
 {
     const NodePtr root(toNode(dictionary));
-    char *xml = nullptr;
+    char *buffer = nullptr;
     uint32_t length = 0;
-    plist_to_xml(static_cast<plist_t>(root.get()), &xml, &length);
-    const QByteArray bytes(xml, qsizetype(length));
-    plist_to_xml_free(xml);
+    write(static_cast<plist_t>(root.get()), &buffer, &length);
+    const QByteArray bytes(buffer, qsizetype(length));
+    release(buffer);
     return bytes;
+}
+
+} // namespace
+
+QByteArray toXml(const QVariantMap &dictionary)
+{
+    return serialize(dictionary, &plist_to_xml, &plist_to_xml_free);
 }
 
 QByteArray toBinary(const QVariantMap &dictionary)
 {
-    const NodePtr root(toNode(dictionary));
-    char *bin = nullptr;
-    uint32_t length = 0;
-    plist_to_bin(static_cast<plist_t>(root.get()), &bin, &length);
-    const QByteArray bytes(bin, qsizetype(length));
-    plist_to_bin_free(bin);
-    return bytes;
+    return serialize(dictionary, &plist_to_bin, &plist_to_bin_free);
 }
 
 } // namespace PropertyList

@@ -250,19 +250,10 @@ VLApp newFromCatalogueItem(const QVariantMap &item, const ItemKeys &keys)
     return app;
 }
 
-void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys &keys)
+// The download and store fields, which catalogue updates and watch-list items carry alike; absent ones stay.
+void takeDownloadFields(VLApp &app, const QVariantMap &item, const ItemKeys &keys)
 {
     const auto text = [&item](const QString &key) { return VLApp::getJSONItemWithName(key, item); };
-    const QString version = text(keys.currentVersion);
-    const QString id = text(keys.vlID);
-    // Dates the catalogue no longer gives must not linger.
-    app.vlDate = kDash;
-    app.masDate = kDash;
-    app.updateModDate();
-    // The user's skipped version stays as it is: it only hides the one version it names.
-    setIfPresent(app.vlVersion, version);
-    setIfPresent(app.vlID, id);
-
     setIfPresent(app.opens_in_window, text(keys.opensInWindow));
     setIfPresent(app.vld_install_from_link, text(keys.installFromLink));
     setIfPresent(app.paid_update, text(keys.paidUpgrade));
@@ -276,6 +267,22 @@ void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys
     setIfPresent(app.mas_url, text(keys.masLink));
     setIfPresent(app.version_override, text(keys.versionOverride));
     setIfPresent(app.masVersion, text(keys.masVersion));
+}
+
+void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys &keys)
+{
+    const auto text = [&item](const QString &key) { return VLApp::getJSONItemWithName(key, item); };
+    const QString version = text(keys.currentVersion);
+    const QString id = text(keys.vlID);
+    // Dates the catalogue no longer gives must not linger.
+    app.vlDate = kDash;
+    app.masDate = kDash;
+    app.updateModDate();
+    // The user's skipped version stays as it is: it only hides the one version it names.
+    setIfPresent(app.vlVersion, version);
+    setIfPresent(app.vlID, id);
+
+    takeDownloadFields(app, item, keys);
     setIfPresent(app.beta, text(keys.stability));
     setIfPresent(app.license, text(keys.license));
     setIfPresent(app.fileSize, text(keys.fileSize));
@@ -321,19 +328,7 @@ void takeWatchListItem(VLApp &app, const QVariantMap &item, bool creating)
     setIfPresent(app.vlVersion, text(keys.currentVersion));
     setIfPresent(app.shortDescription, text(keys.shortDescription));
     setIfPresent(app.vlID, text(keys.vlID));
-    setIfPresent(app.opens_in_window, text(keys.opensInWindow));
-    setIfPresent(app.vld_install_from_link, text(keys.installFromLink));
-    setIfPresent(app.paid_update, text(keys.paidUpgrade));
-    const QString link = text(keys.link);
-    const QString hash = text(keys.filehash);
-    if (!link.isNull()) {
-        takeLink(app, link, hash);
-    } else {
-        setIfPresent(app.filehash, hash);
-    }
-    setIfPresent(app.mas_url, text(keys.masLink));
-    setIfPresent(app.version_override, text(keys.versionOverride));
-    setIfPresent(app.masVersion, text(keys.masVersion));
+    takeDownloadFields(app, item, keys);
     const QString minOS = text(keys.minOS);
     if (creating || !minOS.isNull()) {
         app.minOS = cleanOSVersion(minOS);
