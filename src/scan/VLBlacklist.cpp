@@ -3,12 +3,10 @@
 #include "model/FileBytes.h"
 #include "model/PathNames.h"
 #include "model/PropertyList.h"
+#include "services/WebRequest.h"
 
 #include <QDir>
-#include <QEventLoop>
 #include <QFile>
-#include <QNetworkAccessManager>
-#include <QNetworkReply>
 #include <QStringDecoder>
 
 namespace {
@@ -122,19 +120,11 @@ QStringList VLBlacklist::splitServerList(const QString &text)
 
 std::optional<QString> VLBlacklist::fetchServerText(const QString &baseUrl)
 {
-    QNetworkAccessManager manager;
-    QNetworkRequest request(QUrl(baseUrl + QStringLiteral("/vld6blacklist")));
-    // No limit of our own beyond the one a platform URL read has, so a silent host cannot stall a scan for good.
-    request.setTransferTimeout(60000);
-    QNetworkReply *reply = manager.get(request);
-    QEventLoop loop;
-    QObject::connect(reply, &QNetworkReply::finished, &loop, &QEventLoop::quit);
-    loop.exec(QEventLoop::ExcludeUserInputEvents);
-    reply->deleteLater();
-    if (reply->error() != QNetworkReply::NoError) {
+    const WebResult result = sendWebRequest(WebRequest::get(QUrl(baseUrl + QStringLiteral("/vld6blacklist"))));
+    if (!result.succeeded()) {
         return std::nullopt;
     }
-    return decodeText(reply->readAll(), reply->header(QNetworkRequest::ContentTypeHeader).toByteArray());
+    return decodeText(result.body, result.header(QByteArrayLiteral("Content-Type")));
 }
 
 VLBlacklist::VLBlacklist()
