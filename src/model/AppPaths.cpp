@@ -18,9 +18,14 @@ QString dataFolder()
     return folder;
 }
 
+QString privateTempFolderName()
+{
+    return QDir::tempPath() + QStringLiteral("/velmora-") + QString::number(getuid());
+}
+
 QString privateTempFolder()
 {
-    const QString folder = QDir::tempPath() + QStringLiteral("/velmora-") + QString::number(getuid());
+    const QString folder = privateTempFolderName();
     const QByteArray native = QFile::encodeName(folder);
     if (mkdir(native.constData(), 0700) != 0 && errno != EEXIST) {
         vlLog(QStringLiteral("cannot create temporary folder %1").arg(folder));

@@ -337,7 +337,8 @@ QString VLApp::description() const
 
 QString VLApp::createDownloadPath() const
 {
-    return AppPaths::privateTempFolder() + QLatin1Char('/') + digestString;
+    // Records are made by the thousand and most never download: the folder is made and checked when one does.
+    return AppPaths::privateTempFolderName() + QLatin1Char('/') + digestString;
 }
 
 void VLApp::updateModDate()
