@@ -41,26 +41,39 @@ QString ScanStoreFile::defaultPath()
     return AppPaths::dataFolder() + QStringLiteral("/vldscan.vld6");
 }
 
+namespace {
+
+ScanStoreFile::Stamp stampOf(const struct stat &info)
+{
+    return {true, info.st_dev, info.st_ino, qint64(info.st_size),
+            qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec};
+}
+
+} // namespace
+
 ScanStoreFile::Stamp ScanStoreFile::stamp() const
 {
     struct stat info = {};
-    if (stat(QFile::encodeName(m_path).constData(), &info) != 0) {
-        return {};
-    }
-    return {true, info.st_dev, info.st_ino, qint64(info.st_size),
-            qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec};
+    return stat(QFile::encodeName(m_path).constData(), &info) == 0 ? stampOf(info) : Stamp{};
 }
 
 ScanStoreFile::Contents ScanStoreFile::read()
 {
     Contents contents;
     QFile file(m_path);
-    contents.stamp = stamp();
+    const bool opened = file.open(QIODevice::ReadOnly);
+    // The stamp of the very file whose bytes are read: another process may replace the name at any moment.
+    struct stat info = {};
+    if (opened && fstat(file.handle(), &info) == 0) {
+        contents.stamp = stampOf(info);
+    } else {
+        contents.stamp = stamp();
+    }
     if (!contents.stamp.exists) {
         return contents;
     }
     contents.modified = QDateTime::fromMSecsSinceEpoch(contents.stamp.modifiedNs / 1000000, Qt::UTC);
-    if (!file.open(QIODevice::ReadOnly)) {
+    if (!opened) {
         contents.status = Status::Damaged;
         keepAside(true);
         return contents;
@@ -88,7 +101,7 @@ ScanStoreFile::Contents ScanStoreFile::read()
     return contents;
 }
 
-bool ScanStoreFile::write(const QJsonArray &apps)
+std::optional<ScanStoreFile::Stamp> ScanStoreFile::write(const QJsonArray &apps)
 {
     // The whole data folder may have been deleted since (a forced reset); the records in memory still count.
     QDir().mkpath(QFileInfo(m_path).path());
@@ -99,10 +112,12 @@ bool ScanStoreFile::write(const QJsonArray &apps)
         file.write(QJsonDocument(QJsonObject{{kAppsKey, apps}}).toJson(QJsonDocument::Compact));
         ok = file.commit();
     }
+    // Taken before the lock goes, so that it is the stamp of this write and not of a later one.
+    const Stamp written = stamp();
     if (locked) {
         unlock();
     }
-    return ok;
+    return ok ? std::optional<Stamp>(written) : std::nullopt;
 }
 
 void ScanStoreFile::keepAside(bool move)

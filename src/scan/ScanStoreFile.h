@@ -12,6 +12,8 @@
 #include <QJsonArray>
 #include <QString>
 
+#include <optional>
+
 #include <sys/types.h>
 
 class ScanStoreFile
@@ -54,8 +56,9 @@ public:
     // been kept aside as damagedPath() (moved when the lock could be had, copied otherwise); an entry that is not
     // an object is left out, and the file is copied aside so that it is not lost with the next save.
     Contents read();
-    // Replaces the file with {"apps": apps}; false when it could not be written (the old file then stays).
-    bool write(const QJsonArray &apps);
+    // Replaces the file with {"apps": apps} and gives the new file's stamp; nullopt when it could not be written
+    // (the old file then stays).
+    std::optional<Stamp> write(const QJsonArray &apps);
 
     // The lock beside the file ("vldscan.vld6.lock"); re-entrant within one ScanStoreFile, exclusive against every
     // other ScanStoreFile, in this process or another. timeoutMs < 0 waits as long as it takes.

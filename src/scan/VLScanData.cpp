@@ -55,7 +55,10 @@ void VLScanData::loadDataFromDisk()
 {
     QMutexLocker locker(&m_mutex);
     const ScanStoreFile::Contents contents = m_file.read();
-    m_knownStamp = m_file.stamp();
+    m_knownStamp = contents.stamp;
+    if (contents.stamp.exists) {
+        m_fileModDate = contents.modified;
+    }
     if (contents.status == ScanStoreFile::Status::Loaded) {
         takeRecords(contents);
     } else {
@@ -65,7 +68,6 @@ void VLScanData::loadDataFromDisk()
 
 void VLScanData::takeRecords(const ScanStoreFile::Contents &contents)
 {
-    m_fileModDate = contents.modified;
     AppList apps;
     apps.reserve(contents.apps.size());
     for (const QJsonValue &entry : contents.apps) {
@@ -83,11 +85,11 @@ bool VLScanData::saveDataToDisk()
             archive.append(archiveOf(*app));
         }
     }
-    const bool written = m_file.write(archive);
+    const std::optional<ScanStoreFile::Stamp> written = m_file.write(archive);
     if (written) {
-        m_knownStamp = m_file.stamp();
+        m_knownStamp = *written;
     }
-    return written;
+    return written.has_value();
 }
 
 void VLScanData::doQuickSanityCheck()
@@ -195,11 +197,12 @@ bool VLScanData::reloadIfChangedOnDisk()
         return false;
     }
     const ScanStoreFile::Contents contents = m_file.read();
-    m_knownStamp = m_file.stamp();
+    m_knownStamp = contents.stamp;
     // A file that is gone or damaged holds nothing better than what this process has: keep it, to be saved again.
     if (contents.status != ScanStoreFile::Status::Loaded) {
         return false;
     }
+    m_fileModDate = contents.modified;
     takeRecords(contents);
     doQuickSanityCheck();
     return true;
