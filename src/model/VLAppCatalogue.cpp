@@ -250,23 +250,35 @@ VLApp newFromCatalogueItem(const QVariantMap &item, const ItemKeys &keys)
     return app;
 }
 
-// The download and store fields, which catalogue updates and watch-list items carry alike; absent ones stay.
-void takeDownloadFields(VLApp &app, const QVariantMap &item, const ItemKeys &keys)
+// What an update does with a field its item lacks: a catalogue reply describes the app whole, so what it no
+// longer gives goes; a watch-list item describes it in part, so the rest stays.
+enum class Missing { Clears, Keeps };
+
+void take(QString &field, const QString &value, Missing missing)
+{
+    if (missing == Missing::Clears || !value.isNull()) {
+        field = value;
+    }
+}
+
+// The download and store fields, which catalogue updates and watch-list items carry alike.
+void takeDownloadFields(VLApp &app, const QVariantMap &item, const ItemKeys &keys, Missing missing)
 {
     const auto text = [&item](const QString &key) { return VLApp::getJSONItemWithName(key, item); };
-    setIfPresent(app.opens_in_window, text(keys.opensInWindow));
-    setIfPresent(app.vld_install_from_link, text(keys.installFromLink));
-    setIfPresent(app.paid_update, text(keys.paidUpgrade));
+    take(app.opens_in_window, text(keys.opensInWindow), missing);
+    take(app.vld_install_from_link, text(keys.installFromLink), missing);
+    take(app.paid_update, text(keys.paidUpgrade), missing);
     const QString link = text(keys.link);
     const QString hash = text(keys.filehash);
     if (!link.isNull()) {
         takeLink(app, link, hash);
     } else {
-        setIfPresent(app.filehash, hash);
+        take(app.download_url, link, missing);
+        take(app.filehash, hash, missing);
     }
-    setIfPresent(app.mas_url, text(keys.masLink));
-    setIfPresent(app.version_override, text(keys.versionOverride));
-    setIfPresent(app.masVersion, text(keys.masVersion));
+    take(app.mas_url, text(keys.masLink), missing);
+    take(app.version_override, text(keys.versionOverride), missing);
+    take(app.masVersion, text(keys.masVersion), missing);
 }
 
 void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys &keys)
@@ -282,15 +294,14 @@ void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys
     setIfPresent(app.vlVersion, version);
     setIfPresent(app.vlID, id);
 
-    takeDownloadFields(app, item, keys);
-    setIfPresent(app.beta, text(keys.stability));
-    setIfPresent(app.license, text(keys.license));
-    setIfPresent(app.fileSize, text(keys.fileSize));
-    setIfPresent(app.developer, text(keys.developer));
-    setIfPresent(app.shortDescription, text(keys.shortDescription));
-    setIfPresent(app.releaseNotes, text(keys.releaseNotes));
-    setIfPresent(app.sortDate, text(keys.sortDate));
-    setIfPresent(app.vlDate, text(keys.vlDate));
+    takeDownloadFields(app, item, keys, Missing::Clears);
+    for (const auto &[field, key] : {std::pair{&app.beta, keys.stability}, {&app.license, keys.license},
+                                     {&app.fileSize, keys.fileSize}, {&app.developer, keys.developer},
+                                     {&app.shortDescription, keys.shortDescription},
+                                     {&app.releaseNotes, keys.releaseNotes}, {&app.sortDate, keys.sortDate}}) {
+        take(*field, text(key), Missing::Clears);
+    }
+    setIfPresent(app.vlDate, text(keys.vlDate)); // "-" from above when the item has none
     applyInstallFromLinkRule(app);
     app.lastmatched = nowText();
 
@@ -328,7 +339,7 @@ void takeWatchListItem(VLApp &app, const QVariantMap &item, bool creating)
     setIfPresent(app.vlVersion, text(keys.currentVersion));
     setIfPresent(app.shortDescription, text(keys.shortDescription));
     setIfPresent(app.vlID, text(keys.vlID));
-    takeDownloadFields(app, item, keys);
+    takeDownloadFields(app, item, keys, Missing::Keeps);
     const QString minOS = text(keys.minOS);
     if (creating || !minOS.isNull()) {
         app.minOS = cleanOSVersion(minOS);

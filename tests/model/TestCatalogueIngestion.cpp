@@ -158,9 +158,13 @@ private slots:
         row("json o is read on update", "json", "{'m':'1','o':'Free','p':'2048'}", "json", "{'o':'Free','p':'4'}",
             "{'license':'Free','fileSize':'4'}");
         row("long license is read on update", "long", "{'license':'Free','file_size':'2'}", "long",
-            "{'license':'Free'}", "{'license':'Free','fileSize':'2'}");
-        row("json dates reset, other fields kept", "json", "{'q':'d1','r':'d2','u':'Dev','g1':'k','f1':2}", "json",
-            "{'m':'1'}", "{'vlDate':'-','masDate':'-','developer':'Dev','keywords':'k','ranking':2}");
+            "{'license':'Free'}", "{'license':'Free','fileSize':null}");
+        row("json update: dates reset, what the item lacks cleared", "json",
+            "{'q':'d1','r':'d2','u':'Dev','e1':'u1','filehash':'h1','x':'1','g1':'k','f1':2}", "json", "{'m':'1'}",
+            "{'vlDate':'-','masDate':'-','developer':null,'download_url':null,'filehash':null,'opens_in_window':null,"
+            "'keywords':'k','ranking':2}");
+        row("watch list update keeps what the item lacks", "watch", "{'vl_id':'5','developer':'Dev','link':'u1'}",
+            "watch", "{'vl_id':'5'}", "{'developer':'Dev','download_url':'u1'}");
         row("json new values", "json", "{'m':'1','j':'1.0','q':'d1'}", "json",
             "{'m':'2','j':'2.0','q':'d3','r':'d4','g1':'k2','f1':3,'e':'5','f':'All','a':'6'}",
             "{'vlID':'2','vlVersion':'2.0','vlDate':'d3','masDate':'d4','keywords':'k2','ranking':3,'wlID':'5',"
