@@ -66,6 +66,7 @@ private slots:
     void unreadableFolder();
     void recordsAndBlacklist();
     void notifications();
+    void manyBundlesOnAllCores();
 
 private:
     std::unique_ptr<QTemporaryDir> m_dir;
@@ -258,6 +259,32 @@ void TestVLAppScanner::notifications()
         QCOMPARE(pathsOf(*posted.apps), QStringList{tree.path(QStringLiteral("Notes.app"))});
         QVERIFY(scanner.doneScanning());
     }
+}
+
+void TestVLAppScanner::manyBundlesOnAllCores()
+{
+    // Enough bundles for the records to be read on several threads; they still come back whole and in order, and a
+    // scan started again at once replaces the first, which then posts nothing.
+    BundleTree tree(m_volume + QStringLiteral("/Applications"));
+    QStringList expected;
+    for (int i = 0; i < 300; ++i) {
+        const QString name = QStringLiteral("Tool %1.app").arg(i, 3, 10, QLatin1Char('0'));
+        expected.append(tree.addBundle(name, {{QStringLiteral("CFBundleShortVersionString"), QStringLiteral("1.%1").arg(i)}}));
+    }
+    VLAppScanner scanner{VLBlacklist()};
+    int posts = 0;
+    QObject context;
+    VLNotificationCenter::defaultCenter().subscribe(QLatin1String(kVLAppScannerFinished), &context,
+                                                    [&posts](const QVariant &) { ++posts; });
+    scanner.createSearchPredicate();
+    const Posted posted = scanAndWait(scanner);
+    QVERIFY(posted.apps);
+    QCOMPARE(pathsOf(*posted.apps), expected);
+    for (int i = 0; i < 300; ++i) {
+        QCOMPARE(posted.apps->at(i)->localVersion, QStringLiteral("1.%1").arg(i));
+    }
+    QTest::qWait(50);
+    QCOMPARE(posts, 1);
 }
 
 VELMORA_TEST_MAIN(TestVLAppScanner)
