@@ -128,11 +128,18 @@ private slots:
             "{'wlID':'7','listname':'All','name':'Foo','displayName':'Foo','vlVersion':'2.0','minOS':'10.13',"
             "'download_url':'u','filehash':'h','license':'Free','fileSize':'2048','vld_install_from_link':'2',"
             "'localPath':'-','localVersion':'-','digestString':'md5:10146','vlDate':' -- ','isOutdated':false}");
-        row("purchase", "purchase", "{'name':'Foo','vl_id':'5001','orderid':'9','license':'Free'}",
-            "{'name':'Foo','orderid':'9','license':null,'localPath':'-','vlVersion':'-','digestString':'md5:5001'}");
-        row("promotion", "promo", "{'title':'Foo.app','prod_id':'5002','id':'801','link':'/app','price':'4.99'}",
-            "{'name':'Foo.app','displayName':'Foo.app','vlID':'5002','deal_id':'801','deal_url':'/app',"
-            "'deal_price':'4.99','download_url':null,'digestString':'md5:5002'}");
+        row("purchase", "purchase",
+            "{'name':'Foo','bundle_id':'com.foo','vl_id':'5001','orderid':'9','serial_number':'S','order_date':'2026',"
+            "'purchased_version':'1.0','opens_in_window':'1','vld_install_from_link':'0','license':'Free'}",
+            "{'name':'Foo','bundleID':'com.foo','orderid':'9','serialNumber':'S','orderDate':'2026',"
+            "'purchasedVersion':'1.0','opens_in_window':'1','vld_install_from_link':'0','license':null,"
+            "'localPath':'-','vlVersion':'-','digestString':'md5:5001'}");
+        row("promotion", "promo",
+            "{'title':'Foo.app','bundle_id':'com.foo','shortdescr':'S','prod_id':'5002','id':'801','link':'/app',"
+            "'discount':'20','price':'4.99','appversion':'3.1','parent_sales_profile_id':'77'}",
+            "{'name':'Foo.app','displayName':'Foo.app','bundleID':'com.foo','shortDescription':'S','vlID':'5002',"
+            "'deal_id':'801','deal_url':'/app','discount':'20','deal_price':'4.99','deal_vers':'3.1',"
+            "'parent_promo_id':'77','download_url':null,'digestString':'md5:5002'}");
     }
 
     void create()
