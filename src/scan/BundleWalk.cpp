@@ -1,5 +1,7 @@
 #include "scan/BundleWalk.h"
 
+#include "model/Log.h"
+
 #include <QFile>
 #include <QSet>
 
@@ -175,6 +177,12 @@ QStringList findBundles(const QStringList &scopes, const std::atomic<bool> *canc
     found.reserve(hits.size());
     for (const QByteArray &hit : hits) {
         const QString path = QFile::decodeName(hit);
+        // A name that is not valid UTF-8 cannot be named again from its text: reading, matching and replacing the
+        // bundle would all miss it.
+        if (QFile::encodeName(path) != hit) {
+            vlLog(QStringLiteral("skipping %1: its name is not valid UTF-8").arg(path));
+            continue;
+        }
         found.push_back({path.mid(path.lastIndexOf(QLatin1Char('/')) + 1).toCaseFolded(), path});
     }
     std::stable_sort(found.begin(), found.end(), [](const Found &a, const Found &b) { return a.key < b.key; });

@@ -10,6 +10,7 @@
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -181,6 +182,8 @@ void TestVLAppScanner::nestedBundlesAndLinks()
     const QString elsewhere = BundleTree(m_dir->path() + QStringLiteral("/elsewhere")).addBundle(QStringLiteral("Far.app"));
     tree.addSymlink(QStringLiteral("Far.app"), elsewhere);
     tree.addSymlink(QStringLiteral("Linked"), m_dir->path() + QStringLiteral("/elsewhere"));
+    const QByteArray latin1Name = QFile::encodeName(tree.root()) + QByteArray("/Latin1 \xe9t\xe9.app");
+    QCOMPARE(mkdir(latin1Name.constData(), 0755), 0); // not UTF-8: passed over
 
     const QStringList found = BundleWalk::findBundles({tree.root(), tree.root() + QStringLiteral("/Suite")});
     // The link "Again.app" is reached before Suite/Tool.app (depth first, by name), so it stands for that bundle.
