@@ -3,16 +3,13 @@
 #include "model/Log.h"
 #include "model/VLMdItem.h"
 #include "scan/BundleWalk.h"
+#include "scan/ParallelMap.h"
 #include "scan/VLNotificationCenter.h"
 #include "scan/VLSettings.h"
 
 #include <QDir>
-#include <QThread>
 
-#include <exception>
-#include <mutex>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -31,43 +28,12 @@ AppRef recordFor(const QString &path, const VLBlacklist &blacklist)
     return std::make_shared<VLApp>(VLApp::initWithBundleAt(path));
 }
 
-// Reading the bundles is most of a scan and each bundle stands alone, so they are read on all cores; the
-// records keep the order of the paths.
+// Reading the bundles is most of a scan and each bundle stands alone, so they are read on all cores.
 AppList recordsFromPaths(const QStringList &paths, const VLBlacklist &blacklist, const std::atomic<bool> *cancel,
                          int threads = 0)
 {
-    std::vector<AppRef> records(size_t(paths.size()));
-    std::atomic<qsizetype> next{0};
-    std::mutex failureMutex;
-    std::exception_ptr failure;
-    const auto work = [&] {
-        try {
-            for (qsizetype i = next++; i < paths.size(); i = next++) {
-                if (cancel && cancel->load(std::memory_order_relaxed)) {
-                    return;
-                }
-                records[size_t(i)] = recordFor(paths.at(i), blacklist);
-            }
-        } catch (...) {
-            const std::lock_guard<std::mutex> lock(failureMutex);
-            failure = std::current_exception();
-            next = paths.size();
-        }
-    };
-    const int wanted = threads > 0 ? threads : std::min(QThread::idealThreadCount(), 8);
-    const int helpers = paths.size() < 64 ? 0 : wanted - 1;
-    std::vector<std::thread> workers;
-    for (int i = 0; i < helpers; ++i) {
-        workers.emplace_back(work);
-    }
-    work();
-    for (std::thread &thread : workers) {
-        thread.join();
-    }
-    if (failure) {
-        std::rethrow_exception(failure);
-    }
-
+    std::vector<AppRef> records = parallelMap<AppRef>(
+        paths.size(), [&](qsizetype i) { return recordFor(paths.at(i), blacklist); }, cancel, threads);
     AppList apps;
     apps.reserve(paths.size());
     for (AppRef &record : records) {

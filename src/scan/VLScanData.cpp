@@ -1,5 +1,6 @@
 #include "scan/VLScanData.h"
 
+#include "scan/ParallelMap.h"
 #include "scan/ScanMerge.h"
 
 #include <QJsonArray>
@@ -68,12 +69,16 @@ void VLScanData::loadDataFromDisk()
 
 void VLScanData::takeRecords(const ScanStoreFile::Contents &contents)
 {
-    AppList apps;
-    apps.reserve(contents.apps.size());
+    // Restoring a record re-reads its bundle's version, so a large store is restored on all cores; the archives
+    // are taken out of the JSON array first, which is then not shared between threads.
+    std::vector<QJsonObject> archives;
+    archives.reserve(size_t(contents.apps.size()));
     for (const QJsonValue &entry : contents.apps) {
-        apps.append(appFromArchive(entry.toObject()));
+        archives.push_back(entry.toObject());
     }
-    m_apps = std::move(apps);
+    const std::vector<AppRef> records = parallelMap<AppRef>(
+        qsizetype(archives.size()), [&archives](qsizetype i) { return appFromArchive(archives[size_t(i)]); });
+    m_apps = AppList(records.begin(), records.end());
 }
 
 bool VLScanData::saveDataToDisk()
