@@ -106,6 +106,9 @@ std::optional<ScanStoreFile::Stamp> ScanStoreFile::write(const QJsonArray &apps)
     // The whole data folder may have been deleted since (a forced reset); the records in memory still count.
     QDir().mkpath(QFileInfo(m_path).path());
     const bool locked = lock(-1);
+    if (locked) {
+        removeLeftoverSaves();
+    }
     QSaveFile file(m_path);
     bool ok = file.open(QIODevice::WriteOnly);
     if (ok) {
@@ -118,6 +121,26 @@ std::optional<ScanStoreFile::Stamp> ScanStoreFile::write(const QJsonArray &apps)
         unlock();
     }
     return ok ? std::optional<Stamp>(written) : std::nullopt;
+}
+
+void ScanStoreFile::removeLeftoverSaves()
+{
+    // A save killed after naming its temporary file ("vldscan.vld6.XXXXXX", six random letters and digits) and
+    // before renaming it leaves that file behind. Only the lock holder saves, so while the lock is held every such
+    // file is a leftover. A suffix in lower-case letters only may be a word ("backup"): that file stays.
+    const QFileInfo store(m_path);
+    QDir folder = store.dir();
+    const QStringList names =
+        folder.entryList({store.fileName() + QStringLiteral(".??????")}, QDir::Files | QDir::Hidden);
+    for (const QString &name : names) {
+        const QStringView suffix = QStringView(name).right(6);
+        const bool random = std::all_of(suffix.begin(), suffix.end(),
+                                        [](QChar c) { return c.unicode() < 128 && c.isLetterOrNumber(); }) &&
+                            !std::all_of(suffix.begin(), suffix.end(), [](QChar c) { return c.isLower(); });
+        if (random) {
+            folder.remove(name);
+        }
+    }
 }
 
 void ScanStoreFile::keepAside(bool move)

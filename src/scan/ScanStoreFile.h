@@ -68,6 +68,7 @@ public:
 
 private:
     void keepAside(bool move);
+    void removeLeftoverSaves();
 
     QString m_path;
     int m_lockFd = -1;
