@@ -1,6 +1,6 @@
 #include "support/TestMain.h"
 
-#include "scan/VLScanData.h"
+#include "StoreGenerations.h"
 
 #include <QDir>
 #include <QElapsedTimer>
@@ -8,6 +8,8 @@
 
 #include <algorithm>
 #include <csignal>
+#include <fcntl.h>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -17,55 +19,34 @@
 
 namespace {
 
-// The store of generation g holds recordCount(g) records, each carrying g as its catalogue id, so a file mixing
-// two generations or cut short shows.
-qsizetype recordCount(int generation)
+// Starts the writer on file and returns its process id once it has read the store and begins to save, or -1. The
+// writer is a fresh program (posix_spawn), as a child forked from this threaded process may not start threads.
+pid_t startWriter(const QString &file)
 {
-    return 300 + generation % 97;
-}
-
-AppList generationRecords(int generation)
-{
-    AppList apps;
-    for (qsizetype i = 0; i < recordCount(generation); ++i) {
-        auto app = std::make_shared<VLApp>();
-        app->localPath = QStringLiteral("/Applications/App %1.app").arg(i);
-        app->name = QStringLiteral("App %1.app").arg(i);
-        app->vlID = QString::number(generation);
-        app->bundleID = app->license = app->minOS = QStringLiteral("");
-        apps.append(app);
-    }
-    return apps;
-}
-
-// The generation the store holds (0 when it has none); fails the test when the records are not one whole one.
-int storedGeneration(const VLScanData &store)
-{
-    const std::optional<AppList> apps = store.apps();
-    if (!apps) {
-        return 0;
-    }
-    const int generation = apps->value(0) ? apps->value(0)->vlID.toInt() : -1;
-    if (generation < 1 || apps->size() != recordCount(generation)) {
+    int ready[2];
+    if (pipe2(ready, O_CLOEXEC) != 0) {
         return -1;
     }
-    for (const AppRef &app : *apps) {
-        if (app->vlID.toInt() != generation) {
-            return -1;
-        }
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ready[1], STDOUT_FILENO);
+    QByteArray program(VELMORA_BINARY_DIR "/tests/store-writer");
+    QByteArray path = QFile::encodeName(file);
+    char *arguments[] = {program.data(), path.data(), nullptr};
+    pid_t writer = -1;
+    if (posix_spawn(&writer, program.constData(), &actions, nullptr, arguments, environ) != 0) {
+        writer = -1;
     }
-    return generation;
-}
-
-// Runs in the forked child: continues from what the store holds and writes new generations until killed.
-[[noreturn]] void writeForever(const QString &file)
-{
-    VLScanData store(file);
-    for (int generation = storedGeneration(store) + 1;; ++generation) {
-        VLScanData::Change change(store);
-        store.setApps(generationRecords(generation));
-        store.saveDataToDisk();
+    posix_spawn_file_actions_destroy(&actions);
+    close(ready[1]);
+    char line = 0;
+    if (writer > 0 && read(ready[0], &line, 1) != 1) {
+        kill(writer, SIGKILL);
+        waitpid(writer, nullptr, 0);
+        writer = -1;
     }
+    close(ready[0]);
+    return writer;
 }
 
 } // namespace
@@ -88,18 +69,15 @@ void TestScanStoreKill::survivesKillAtAnyMoment()
     QElapsedTimer timer;
     timer.start();
     VLScanData probe(QDir::homePath() + QStringLiteral("/probe.vld6"));
-    probe.setApps(generationRecords(1));
+    probe.setApps(StoreGenerations::records(1));
     QVERIFY(probe.saveDataToDisk());
     const int saveUs = int(std::max<qint64>(timer.nsecsElapsed() / 1000, 1000));
 
     QRandomGenerator random(20261122);
     int lastGeneration = 0;
     for (int round = 0; round < 40; ++round) {
-        const pid_t writer = fork();
-        QVERIFY(writer >= 0);
-        if (writer == 0) {
-            writeForever(file);
-        }
+        const pid_t writer = startWriter(file);
+        QVERIFY2(writer > 0, "the writer did not start");
         usleep(useconds_t(random.bounded(saveUs / 4, saveUs * 6)));
         kill(writer, SIGKILL);
         int status = 0;
@@ -108,7 +86,7 @@ void TestScanStoreKill::survivesKillAtAnyMoment()
         VLScanData store(file);
         VLScanData::Change change(store, 5000);
         QVERIFY2(change.isLocked(), "the killed writer's lock was not taken over");
-        const int generation = storedGeneration(store);
+        const int generation = StoreGenerations::stored(store);
         QVERIFY2(generation >= 0, qPrintable(QStringLiteral("round %1: a mixed or cut-short store").arg(round)));
         QVERIFY2(generation >= lastGeneration, qPrintable(QStringLiteral("round %1: saved records lost").arg(round)));
         QVERIFY(!QFile::exists(file + QStringLiteral(".damaged")));
