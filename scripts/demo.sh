@@ -18,7 +18,7 @@ cli=$build/src/velmora-cli
 service=$build/service/velmora-service
 
 # The service picks a free port and says which on its first line.
-coproc SERVICE { exec "$service" serve --listen 127.0.0.1:0; }
+coproc SERVICE { exec "$service" serve --listen 127.0.0.1:0 2>"$work/service.log"; }
 service_pid=$SERVICE_PID
 read -r first_line <&"${SERVICE[0]}"
 address=$(grep -oE '127\.0\.0\.1:[0-9]+' <<<"$first_line")
@@ -34,6 +34,8 @@ done
 
 echo "== Installed apps found by a scan of $volume"
 "$cli" scan
+echo "== The service's request log so far"
+cat "$work/service.log"
 echo "== Installed versions against the sample catalogue's, and the verdicts"
 for app in "$volume"/Applications/*.app; do
     name=$(basename "$app" .app)
