@@ -16,6 +16,13 @@ bool fileExists(const QString &path)
     return !path.isEmpty() && path != kNotInstalled && QFileInfo::exists(path);
 }
 
+// An order or deal id names a purchase or a deal only when it has a value: "" is what signing out leaves behind and
+// "-" stands for "not known", like the purchased version that the lookups test.
+bool isPresent(const QString &id)
+{
+    return !id.isEmpty() && id != kNotInstalled;
+}
+
 } // namespace
 
 namespace ScanMerge {
@@ -53,7 +60,7 @@ void updateAppsUsingNewScan(AppList &apps, const AppList &newScan)
         if (scannedPaths.contains(app->localPath)) {
             continue;
         }
-        if (!app->orderid.isEmpty() || !app->deal_id.isEmpty()) {
+        if (isPresent(app->orderid) || isPresent(app->deal_id)) {
             app->localPath = kNotInstalled;
         } else {
             removed.insert(app.get());

@@ -75,15 +75,16 @@ ScanStoreFile::Contents ScanStoreFile::read()
     contents.modified = QDateTime::fromMSecsSinceEpoch(contents.stamp.modifiedNs / 1000000, Qt::UTC);
     if (!opened) {
         contents.status = Status::Damaged;
-        keepAside(true);
+        keepAside(contents.stamp, std::nullopt, true);
         return contents;
     }
-    const QJsonDocument document = QJsonDocument::fromJson(file.readAll());
+    const QByteArray bytes = file.readAll();
     file.close();
+    const QJsonDocument document = QJsonDocument::fromJson(bytes);
     const QJsonValue apps = document.object().value(kAppsKey);
     if (!document.isObject() || !apps.isArray()) {
         contents.status = Status::Damaged;
-        keepAside(true);
+        keepAside(contents.stamp, bytes, true);
         return contents;
     }
     contents.status = Status::Loaded;
@@ -96,7 +97,7 @@ ScanStoreFile::Contents ScanStoreFile::read()
         }
     }
     if (strayEntries) {
-        keepAside(false);
+        keepAside(contents.stamp, bytes, false);
     }
     return contents;
 }
@@ -143,21 +144,25 @@ void ScanStoreFile::removeLeftoverSaves()
     }
 }
 
-void ScanStoreFile::keepAside(bool move)
+void ScanStoreFile::keepAside(const Stamp &seen, const std::optional<QByteArray> &bytes, bool move)
 {
     const QString aside = damagedPath();
-    // Moving needs the lock: the file must not be swapped for a good one between the read and the move.
-    const bool locked = move && lock(1000);
-    if (locked) {
-        QFile::remove(aside);
-        QFile::rename(m_path, aside);
+    // Moving needs the lock, and the very file that was read: another process may have saved a good one since.
+    if (move && lock(1000)) {
+        const bool same = stamp() == seen;
+        if (same) {
+            QFile::remove(aside);
+            QFile::rename(m_path, aside);
+        }
         unlock();
-        return;
+        if (same) {
+            return;
+        }
     }
-    QFile source(m_path);
+    // Otherwise the bytes that were read are kept, not whatever the name holds by now.
     QSaveFile copy(aside);
-    if (source.open(QIODevice::ReadOnly) && copy.open(QIODevice::WriteOnly)) {
-        copy.write(source.readAll());
+    if (bytes && copy.open(QIODevice::WriteOnly)) {
+        copy.write(*bytes);
         copy.commit();
     }
 }

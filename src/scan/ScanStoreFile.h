@@ -67,7 +67,7 @@ public:
     bool isLocked() const { return m_lockDepth > 0; }
 
 private:
-    void keepAside(bool move);
+    void keepAside(const Stamp &seen, const std::optional<QByteArray> &bytes, bool move);
     void removeLeftoverSaves();
 
     QString m_path;

@@ -6,8 +6,6 @@
 #include <QJsonArray>
 
 namespace {
-const QString kFilehash = QStringLiteral("filehash");
-
 bool isPresentMark(const QString &text)
 {
     return !text.isEmpty() && text != QLatin1String("-");
@@ -35,21 +33,12 @@ QString VLScanData::pathForDataFile()
 
 QJsonObject VLScanData::archiveOf(const VLApp &app)
 {
-    QJsonObject archive = app.encodeWithCoder();
-    // Kept so that a later process can still check a download against the catalogue's hash.
-    if (!archive.contains(kFilehash) && !app.filehash.isNull()) {
-        archive.insert(kFilehash, app.filehash);
-    }
-    return archive;
+    return app.encodeWithCoder();
 }
 
 AppRef VLScanData::appFromArchive(const QJsonObject &archive)
 {
-    auto app = std::make_shared<VLApp>(VLApp::initWithCoder(archive));
-    if (app->filehash.isNull() && archive.value(kFilehash).isString()) {
-        app->filehash = archive.value(kFilehash).toString();
-    }
-    return app;
+    return std::make_shared<VLApp>(VLApp::initWithCoder(archive));
 }
 
 void VLScanData::loadDataFromDisk()
@@ -84,11 +73,13 @@ void VLScanData::takeRecords(const ScanStoreFile::Contents &contents)
 bool VLScanData::saveDataToDisk()
 {
     QMutexLocker locker(&m_mutex);
+    // An absent store has nothing to keep; an empty file written for it could replace records another process saved.
+    if (!m_apps) {
+        return true;
+    }
     QJsonArray archive;
-    if (m_apps) {
-        for (const AppRef &app : std::as_const(*m_apps)) {
-            archive.append(archiveOf(*app));
-        }
+    for (const AppRef &app : std::as_const(*m_apps)) {
+        archive.append(archiveOf(*app));
     }
     const std::optional<ScanStoreFile::Stamp> written = m_file.write(archive);
     if (written) {

@@ -32,7 +32,8 @@ public:
 
     // Replaces the records with the file's; absent when the file is missing or damaged (then kept aside).
     void loadDataFromDisk();
-    // Writes the records atomically; false when the file could not be written (the records stay as they are).
+    // Writes the records atomically (nothing while they are absent); false when the file could not be written (the
+    // records stay as they are).
     bool saveDataToDisk();
 
     void doQuickSanityCheck();
@@ -52,8 +53,9 @@ public:
 
     QRecursiveMutex &mutex() const { return m_mutex; }
 
-    // Reloads the records when another process has written the file since this store last read or wrote it
-    // (a file since gone or damaged leaves the records as they are). Returns true when it reloaded. Callers that change the store use a Change, which does this under the lock.
+    // Reloads the records when another process has written the file since this store last read or wrote it (a file
+    // since gone or damaged leaves the records as they are). Returns true when it reloaded. Callers that change the
+    // store use a Change, which does this under the lock.
     bool reloadIfChangedOnDisk();
 
     class Change

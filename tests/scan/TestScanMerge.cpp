@@ -5,7 +5,6 @@
 #include <QDir>
 #include <QTemporaryDir>
 
-
 namespace {
 QStringList L(std::initializer_list<const char *> items)
 {
@@ -15,11 +14,8 @@ QStringList L(std::initializer_list<const char *> items)
     }
     return list;
 }
-} // namespace
 
-namespace {
-
-// "path", "path+order" (a purchase) or "path+deal" (a deal).
+// "path", "path+order" (a purchase), "path+deal" (a deal) or "path+none" (ids that name neither: "" and "-").
 AppList records(const QStringList &descriptions)
 {
     AppList apps;
@@ -32,6 +28,9 @@ AppList records(const QStringList &descriptions)
             app->orderid = QStringLiteral("77");
         } else if (parts.value(1) == QLatin1String("deal")) {
             app->deal_id = QStringLiteral("12");
+        } else if (parts.value(1) == QLatin1String("none")) {
+            app->orderid = QStringLiteral("");
+            app->deal_id = QStringLiteral("-");
         }
         apps.append(app);
     }
@@ -86,7 +85,7 @@ void TestScanMerge::merge_data()
                                                      << L({"/a", "/a"});
     QTest::newRow("paths compare case-sensitively") << L({"/A.app"}) << L({"/a.app"})
                                                     << L({"/a.app"});
-    QTest::newRow("empty store takes the scan") << QStringList{} << L({"/a"}) << L({"/a"});
+    QTest::newRow("signed-out purchase goes") << L({"/a+none", "/b"}) << L({"/b"}) << L({"/b"});
     QTest::newRow("empty scan empties the store") << L({"/a", "/b"}) << QStringList{} << QStringList{};
 }
 

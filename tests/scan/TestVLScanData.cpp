@@ -72,6 +72,8 @@ void TestVLScanData::noFile()
     QVERIFY(!store.apps());
     store.updateAppsUsingNewScan({record(QStringLiteral("/a"), QString())});
     QVERIFY(!store.apps()); // the driver installs the first scan itself
+    QVERIFY(store.saveDataToDisk());
+    QVERIFY(!QFile::exists(m_file)); // nothing to keep, so no empty store either
 
     // Saving after the whole data folder was deleted (a forced reset) writes it anew.
     store.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("1"))});
