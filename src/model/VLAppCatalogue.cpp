@@ -250,8 +250,8 @@ VLApp newFromCatalogueItem(const QVariantMap &item, const ItemKeys &keys)
     return app;
 }
 
-// What an update does with a field its item lacks: a catalogue reply describes the app whole, so what it no
-// longer gives goes; a watch-list item describes it in part, so the rest stays.
+// What a field does when its item lacks the key: an update clears it, since the item describes the app whole
+// and a link or text the catalogue withdrew must not stay on offer; a new record keeps the default it was given.
 enum class Missing { Clears, Keeps };
 
 void take(QString &field, const QString &value, Missing missing)
@@ -314,9 +314,10 @@ void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys
     app.setVersiontoMASVersion();
 
     setIfPresent(app.masDate, text(keys.masDate));
-    setIfPresent(app.keywords, text(keys.keywords));
-    if (const auto ranking = rankingValue(item, keys.ranking)) {
-        app.ranking = ranking;
+    // The long form never carried keywords and ranking, so only the short form can withdraw them.
+    if (!keys.keywords.isEmpty()) {
+        app.keywords = text(keys.keywords);
+        app.ranking = rankingValue(item, keys.ranking);
     }
 
     app.checkIfOutdated();
@@ -324,12 +325,15 @@ void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys
     takeListAndPurchaseKeys(app, item, keys);
 }
 
-// Watch-list items: the long keys, with the minimum OS cleaned to its number. Fields the item lacks stay
-// as they are on an update; an installed record keeps the names and identifier its bundle gave it.
+// Watch-list items: the long keys, with the minimum OS cleaned to its number. Like a catalogue reply, an item
+// describes the app whole, so an update clears what it no longer gives (a new record keeps its "-" markers).
+// The list entry, catalogue id and version change only when given, and an installed record keeps the names
+// its bundle gave it.
 void takeWatchListItem(VLApp &app, const QVariantMap &item, bool creating)
 {
     const ItemKeys &keys = longKeys();
     const auto text = [&item](const QString &key) { return VLApp::getJSONItemWithName(key, item); };
+    const Missing missing = creating ? Missing::Keeps : Missing::Clears;
     setIfPresent(app.wlID, text(keys.wlID));
     setIfPresent(app.listname, text(keys.listName));
     const QString name = text(keys.name);
@@ -337,25 +341,17 @@ void takeWatchListItem(VLApp &app, const QVariantMap &item, bool creating)
         takeName(app, name);
     }
     setIfPresent(app.vlVersion, text(keys.currentVersion));
-    setIfPresent(app.shortDescription, text(keys.shortDescription));
+    take(app.shortDescription, text(keys.shortDescription), missing);
     setIfPresent(app.vlID, text(keys.vlID));
-    takeDownloadFields(app, item, keys, Missing::Keeps);
-    const QString minOS = text(keys.minOS);
-    if (creating || !minOS.isNull()) {
-        app.minOS = cleanOSVersion(minOS);
+    takeDownloadFields(app, item, keys, missing);
+    app.minOS = cleanOSVersion(text(keys.minOS));
+    for (const auto &[field, key] : {std::pair{&app.beta, keys.stability}, {&app.license, keys.license},
+                                     {&app.fileSize, keys.fileSize}, {&app.developer, keys.developer},
+                                     {&app.releaseNotes, keys.releaseNotes}, {&app.sortDate, keys.sortDate}}) {
+        take(*field, text(key), missing);
     }
-    setIfPresent(app.beta, text(keys.stability));
-    setIfPresent(app.license, text(keys.license));
-    setIfPresent(app.fileSize, text(keys.fileSize));
-    setIfPresent(app.developer, text(keys.developer));
-    setIfPresent(app.releaseNotes, text(keys.releaseNotes));
-    setIfPresent(app.sortDate, text(keys.sortDate));
     const QString vlDate = text(keys.vlDate);
-    if (!vlDate.isNull()) {
-        app.vlDate = vlDate;
-    } else if (creating) {
-        app.vlDate = kNoDate;
-    }
+    app.vlDate = vlDate.isNull() ? kNoDate : vlDate;
     applyInstallFromLinkRule(app);
 }
 
@@ -495,9 +491,10 @@ VLApp VLApp::initWithPromoItem(const QVariantMap &item)
 
 std::optional<VLApp> VLApp::initWithLink(const QString &link)
 {
-    // velmora://app/VLID/NAME/VERSION
+    // velmora://app/VLID/NAME/VERSION; a bundle link names no single app.
     const QStringList parts = link.split(QLatin1Char('/'));
-    if (parts.size() < 6 || parts.at(3).isEmpty()) {
+    if (parts.size() < 6 || parts.at(2).compare(QLatin1String("app"), Qt::CaseInsensitive) != 0 ||
+        parts.at(3).isEmpty()) {
         return std::nullopt;
     }
     VLApp app;
@@ -555,7 +552,9 @@ void VLApp::applyServerInfo(const QVariantMap &info)
     setIfPresent(version_override, text("version_override"));
     const QString link = text("link");
     if (!link.isNull()) {
-        takeLink(*this, link, text("filehash"));
+        // This reply seldom carries the hash: the link it already has keeps its own.
+        const QString hash = text("filehash");
+        takeLink(*this, link, hash.isNull() && link == download_url ? filehash : hash);
     }
     setIfPresent(mas_url, text("mas_download_url"));
     requiresNewerOSVersion = getRequiresNewerOSVersion();

@@ -169,9 +169,7 @@ private slots:
         row("json update: dates reset, what the item lacks cleared", "json",
             "{'q':'d1','r':'d2','u':'Dev','e1':'u1','filehash':'h1','x':'1','g1':'k','f1':2}", "json", "{'m':'1'}",
             "{'vlDate':'-','masDate':'-','developer':null,'download_url':null,'filehash':null,'opens_in_window':null,"
-            "'keywords':'k','ranking':2}");
-        row("watch list update keeps what the item lacks", "watch", "{'vl_id':'5','developer':'Dev','link':'u1'}",
-            "watch", "{'vl_id':'5'}", "{'developer':'Dev','download_url':'u1'}");
+            "'keywords':null,'ranking':null}");
         row("json new values", "json", "{'m':'1','j':'1.0','q':'d1'}", "json",
             "{'m':'2','j':'2.0','q':'d3','r':'d4','g1':'k2','f1':3,'e':'5','f':'All','a':'6'}",
             "{'vlID':'2','vlVersion':'2.0','vlDate':'d3','masDate':'d4','keywords':'k2','ranking':3,'wlID':'5',"
@@ -181,9 +179,11 @@ private slots:
         row("json 10146 on update", "json", "{'m':'10146'}", "json", "{'y':'1'}", "{'vld_install_from_link':'2'}");
         row("json new link drops the old hash", "json", "{'e1':'u1','filehash':'h1'}", "json", "{'e1':'u2'}",
             "{'download_url':'u2','filehash':null}");
-        row("watch list update", "watch", "{'vl_id':'5','name':'A','min_os':'10.9','vl_date':'d1'}", "watch",
+        row("watch list update clears what the item lacks", "watch",
+            "{'vl_id':'5','name':'A','min_os':'10.9','vl_date':'d1','developer':'Dev','link':'u1'}", "watch",
             "{'name':'B','current_version':'3.0','min_os':'11.2 or later'}",
-            "{'name':'B','vlVersion':'3.0','minOS':'11.2','vlDate':'d1'}");
+            "{'vlID':'5','name':'B','vlVersion':'3.0','minOS':'11.2','vlDate':' -- ','developer':null,"
+            "'download_url':null}");
         row("purchase on a watch-list record", "watch", "{'vl_id':'5','list_name':'All'}", "purchase",
             "{'orderid':'9','serial_number':'S','order_date':'2026','purchased_version':'1.0'}",
             "{'listname':'All','orderid':'9','serialNumber':'S','orderDate':'2026','purchasedVersion':'1.0'}");
@@ -195,6 +195,8 @@ private slots:
             "'license':'Free','beta':'release','longDescription':'Long','bundleID':'com.x','name':'Foo 2',"
             "'displayName':'Foo 2','fileSize':'2048','paid_update':'0','version_override':'2','download_url':'u2',"
             "'filehash':null,'mas_url':'m'}");
+        row("app info keeps the hash of an unchanged link", "json", "{'e1':'u1','filehash':'h1'}", "info",
+            "{'link':'u1'}", "{'download_url':'u1','filehash':'h1'}");
     }
 
     void update()
@@ -259,7 +261,7 @@ private slots:
                                             "'minOS':'','digestString':'md5:5001','isOutdated':true}");
         QTest::newRow("10146") << QStringLiteral("velmora://app/10146/X/1") << object("{'vld_install_from_link':'2'}");
         QTest::newRow("five parts") << QStringLiteral("velmora://app/5001/Foo") << QJsonObject();
-        QTest::newRow("bundle link") << QStringLiteral("velmora://bundle/12") << QJsonObject();
+        QTest::newRow("bundle link") << QStringLiteral("velmora://bundle/12/Foo/1") << QJsonObject();
         QTest::newRow("no id") << QStringLiteral("velmora://app//Foo/1") << QJsonObject();
     }
 
