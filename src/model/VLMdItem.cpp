@@ -38,7 +38,7 @@ std::optional<QDateTime> executableLastUse(BundleReader &bundle)
 std::optional<QDateTime> VLMdItem::modificationDate(const QString &path)
 {
     struct stat info = {};
-    if (lstat(QFile::encodeName(path).constData(), &info) != 0) {
+    if (stat(QFile::encodeName(path).constData(), &info) != 0) {
         return std::nullopt;
     }
     return statTime(info.st_mtim);
@@ -63,8 +63,9 @@ VLMdItem VLMdItem::fromBundle(BundleReader &bundle)
     item.fsName = fsName;
     item.displayName = stringByDeletingPathExtension(fsName);
     item.kind = pathExtension(fsName);
+    // A bundle reported through a link changes when its target does.
     struct stat info = {};
-    if (lstat(QFile::encodeName(path).constData(), &info) == 0) {
+    if (stat(QFile::encodeName(path).constData(), &info) == 0) {
         item.contentModificationDate = statTime(info.st_mtim);
         item.size = qint64(info.st_size);
     }

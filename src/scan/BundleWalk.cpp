@@ -3,7 +3,7 @@
 #include "model/Log.h"
 
 #include <QFile>
-#include <QSet>
+#include <QHash>
 
 #include <algorithm>
 #include <cstring>
@@ -52,6 +52,13 @@ bool isReported(const char *name, size_t length, bool isFolder)
     return false;
 }
 
+// A folder or bundle, and whether its path goes through a link below the scope.
+struct Entry
+{
+    QByteArray path;
+    bool throughLink;
+};
+
 class Walker
 {
 public:
@@ -64,36 +71,53 @@ public:
     {
         // Depth first, entries in name order, so which of two paths to one bundle is reported never depends on
         // the order a file system happens to list a folder in.
-        std::vector<QByteArray> pending = {scope};
+        std::vector<Entry> pending = {{scope, false}};
         while (!pending.empty() && !cancelled()) {
-            const QByteArray folder = std::move(pending.back());
+            const Entry folder = std::move(pending.back());
             pending.pop_back();
-            std::vector<QByteArray> subfolders = readFolder(folder);
+            std::vector<Entry> subfolders = readFolder(folder);
             for (auto it = subfolders.rbegin(); it != subfolders.rend(); ++it) {
                 pending.push_back(std::move(*it));
             }
         }
     }
 
-    std::vector<QByteArray> takeHits() { return std::move(m_hits); }
+    std::vector<QByteArray> takeHits()
+    {
+        std::vector<QByteArray> hits;
+        hits.reserve(m_hits.size());
+        for (Entry &hit : m_hits) {
+            if (!hit.path.isNull()) {
+                hits.push_back(std::move(hit.path));
+            }
+        }
+        return hits;
+    }
 
 private:
     bool cancelled() const { return m_cancel && m_cancel->load(std::memory_order_relaxed); }
 
     // Reports the bundles in folder and returns the folders to walk next.
-    std::vector<QByteArray> readFolder(const QByteArray &folder)
+    std::vector<Entry> readFolder(const Entry &folder)
     {
-        std::vector<QByteArray> subfolders;
-        const int fd = open(folder.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        std::vector<Entry> subfolders;
+        const int fd = open(folder.path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
         if (fd < 0) {
             return subfolders;
         }
         struct stat info = {};
-        if (fstat(fd, &info) != 0 || m_visited.contains({info.st_dev, info.st_ino})) {
+        if (fstat(fd, &info) != 0) {
             close(fd);
             return subfolders;
         }
-        m_visited.insert({info.st_dev, info.st_ino});
+        // A folder first reached through a link is walked once more when reached without one, so that what it holds
+        // is known by where it lies; a link loop still ends, as every folder is walked at most twice.
+        const auto visited = m_visited.constFind({info.st_dev, info.st_ino});
+        if (visited != m_visited.cend() && (folder.throughLink || !*visited)) {
+            close(fd);
+            return subfolders;
+        }
+        m_visited.insert({info.st_dev, info.st_ino}, folder.throughLink);
         DIR *dir = fdopendir(fd);
         if (!dir) {
             close(fd);
@@ -112,12 +136,20 @@ private:
         for (const auto &[name, type] : entries) {
             bool isFolder = type == DT_DIR;
             bool isFile = type == DT_REG;
+            bool isLink = type == DT_LNK;
             struct stat target = {};
             bool haveTarget = false;
-            if (type == DT_LNK || type == DT_UNKNOWN) {
-                if (fstatat(folderFd, name.constData(), &target, 0) != 0) {
-                    continue; // a dangling link
+            if (type == DT_UNKNOWN) {
+                if (fstatat(folderFd, name.constData(), &target, AT_SYMLINK_NOFOLLOW) != 0) {
+                    continue;
                 }
+                isLink = S_ISLNK(target.st_mode);
+                haveTarget = !isLink;
+            }
+            if (isLink && fstatat(folderFd, name.constData(), &target, 0) != 0) {
+                continue; // a dangling link
+            }
+            if (isLink || haveTarget) {
                 haveTarget = true;
                 isFolder = S_ISDIR(target.st_mode);
                 isFile = S_ISREG(target.st_mode);
@@ -125,27 +157,42 @@ private:
             if (!isFolder && !isFile) {
                 continue;
             }
-            const QByteArray path = folder.endsWith('/') ? QByteArray(folder + name) : QByteArray(folder + '/' + name);
+            const QByteArray path =
+                folder.path.endsWith('/') ? QByteArray(folder.path + name) : QByteArray(folder.path + '/' + name);
+            const bool throughLink = folder.throughLink || isLink;
             if (isReported(name.constData(), size_t(name.size()), isFolder)) {
                 if (!haveTarget && fstatat(folderFd, name.constData(), &target, 0) != 0) {
                     continue;
                 }
-                if (!m_reported.contains({target.st_dev, target.st_ino})) {
-                    m_reported.insert({target.st_dev, target.st_ino});
-                    m_hits.push_back(path);
-                }
+                report({target.st_dev, target.st_ino}, {path, throughLink});
             } else if (isFolder) {
-                subfolders.push_back(path);
+                subfolders.push_back({path, throughLink});
             }
         }
         closedir(dir);
         return subfolders;
     }
 
+    // One bundle is reported once; the index knows it by where it lies, so a path without links replaces one
+    // through a link.
+    void report(const FileId &id, Entry hit)
+    {
+        const auto known = m_reported.find(id);
+        if (known == m_reported.end()) {
+            m_reported.insert(id, m_hits.size());
+        } else if (!hit.throughLink && m_hits[*known].throughLink) {
+            m_hits[*known].path = QByteArray();
+            *known = m_hits.size();
+        } else {
+            return;
+        }
+        m_hits.push_back(std::move(hit));
+    }
+
     const std::atomic<bool> *m_cancel;
-    QSet<FileId> m_visited;
-    QSet<FileId> m_reported;
-    std::vector<QByteArray> m_hits;
+    QHash<FileId, bool> m_visited;    // walked only through a link so far
+    QHash<FileId, size_t> m_reported; // index into m_hits
+    std::vector<Entry> m_hits;
 };
 
 } // namespace

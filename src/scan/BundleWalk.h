@@ -16,7 +16,8 @@ bool isReportedBundle(const QString &fileName, bool isFolder);
 
 // Every reported bundle under the scopes, sorted by file name ignoring case (equal names keep the order in which
 // they were found: scope by scope). A reported bundle is not entered; links are followed, but a folder or bundle
-// reached twice (a link loop, overlapping scopes) counts once. Missing and unreadable folders are passed over.
+// reached twice (a link loop, overlapping scopes) counts once, by a path without links where there is one. Missing
+// and unreadable folders are passed over.
 // Stops early, with what it has, when cancel turns true.
 QStringList findBundles(const QStringList &scopes, const std::atomic<bool> *cancel = nullptr);
 

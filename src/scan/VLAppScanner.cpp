@@ -9,6 +9,7 @@
 
 #include <QDir>
 
+#include <system_error>
 #include <thread>
 
 namespace {
@@ -132,19 +133,25 @@ void VLAppScanner::startRun()
     m_run = run;
     // The outcome goes back to this scanner's thread as a queued call; the destructor joins the worker first, so the
     // scanner still exists when the call is posted, and a call left in the queue goes away with the scanner.
-    m_thread = std::thread([this, run] {
-        // Nothing may escape a worker thread: a failure becomes the scan's outcome.
-        try {
-            const QStringList paths = BundleWalk::findBundles(run->scopes, &run->cancel);
-            run->found = paths.size();
-            run->apps = recordsFromPaths(paths, run->blacklist, &run->cancel);
-        } catch (const std::exception &e) {
-            run->failure = QString::fromLocal8Bit(e.what());
-        } catch (...) {
-            run->failure = QStringLiteral("unknown failure");
-        }
+    try {
+        m_thread = std::thread([this, run] {
+            // Nothing may escape a worker thread: a failure becomes the scan's outcome.
+            try {
+                const QStringList paths = BundleWalk::findBundles(run->scopes, &run->cancel);
+                run->found = paths.size();
+                run->apps = recordsFromPaths(paths, run->blacklist, &run->cancel);
+            } catch (const std::exception &e) {
+                run->failure = QString::fromLocal8Bit(e.what());
+            } catch (...) {
+                run->failure = QStringLiteral("unknown failure");
+            }
+            QMetaObject::invokeMethod(this, [this, run] { finishRun(run); }, Qt::QueuedConnection);
+        });
+    } catch (const std::system_error &e) {
+        // A scan that cannot start fails like one that breaks: whoever waits for its notification is not left waiting.
+        run->failure = QString::fromLocal8Bit(e.what());
         QMetaObject::invokeMethod(this, [this, run] { finishRun(run); }, Qt::QueuedConnection);
-    });
+    }
 }
 
 void VLAppScanner::stopRun()
@@ -163,7 +170,9 @@ void VLAppScanner::finishRun(const std::shared_ptr<Run> &run)
     if (run != m_run) {
         return; // abandoned for a newer scan
     }
-    m_thread.join();
+    if (m_thread.joinable()) {
+        m_thread.join();
+    }
     m_run.reset();
 
     VLNotificationCenter &center = VLNotificationCenter::defaultCenter();

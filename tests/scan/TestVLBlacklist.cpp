@@ -57,7 +57,6 @@ void TestVLBlacklist::appIsOnBlackList_data()
     QTest::newRow("plain app") << "/Applications/Foo.app" << false;
     QTest::newRow("exact name on the list") << "/Applications/Chess.app" << true;
     QTest::newRow("list is case-sensitive") << "/Applications/velmora.app" << false;
-    QTest::newRow("own helper") << "/Applications/Velmora.app" << true;
     QTest::newRow("list entry with its extension") << "/Applications/FlowSupport.app.app" << true;
     QTest::newRow("escaped dots never match") << "/Applications/Java 1.3.1 Plugin Settings.app" << false;
     QTest::newRow("Firmware in the name") << "/Applications/Mac Pro EFI Firmware 2.app" << true;
