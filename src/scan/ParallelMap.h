@@ -9,6 +9,7 @@
 #include <atomic>
 #include <exception>
 #include <mutex>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -41,7 +42,11 @@ std::vector<Result> parallelMap(qsizetype count, const Make &make, const std::at
     const int helpers = count < 64 ? 0 : wanted - 1;
     std::vector<std::thread> workers;
     for (int i = 0; i < helpers; ++i) {
-        workers.emplace_back(work);
+        try {
+            workers.emplace_back(work);
+        } catch (const std::system_error &) {
+            break; // no more threads to be had: the ones started, and this one, do the rest
+        }
     }
     work();
     for (std::thread &thread : workers) {
