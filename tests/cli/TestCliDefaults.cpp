@@ -54,8 +54,6 @@ void TestCliDefaults::sequence_data()
     row("defaults|read|showPaidUpgrades|--json", 0, "{\n    \"showPaidUpgrades\": true\n}\n");
     row("defaults|delete|showMAS", 0, "");
     row("defaults|delete|showMAS", 1, "");
-    row("defaults|delete|ownKey", 0, "");
-    row("defaults|read|ownKey", 1, "");
     row("defaults|write|showMAS|-dict|a", 2, "");
     row("defaults|frob", 2, "");
 }

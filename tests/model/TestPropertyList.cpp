@@ -24,7 +24,6 @@ private slots:
 
         QTest::newRow("quoted pair") << R"("CFBundleShortVersionString" = "1.5";)" << "CFBundleShortVersionString"
                                      << QVariant(QStringLiteral("1.5"));
-        QTest::newRow("unquoted key") << "CFBundleName = \"Foo\";" << "CFBundleName" << QVariant(QStringLiteral("Foo"));
         QTest::newRow("comments") << "/* a */ // b\nk /* c */ = \"v\"; // d" << "k" << QVariant(QStringLiteral("v"));
         QTest::newRow("escapes") << "k = \"a\\\"b\\\\c\\nd\\U00e9\\101\";" << "k"
                                  << QVariant(QStringLiteral("a\"b\\c\nd") + QChar(0xE9) + QStringLiteral("A"));

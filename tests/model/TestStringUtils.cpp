@@ -1,9 +1,8 @@
+#include "support/BundleTree.h"
 #include "support/TestMain.h"
 
 #include "model/StringUtils.h"
 
-#include <QDir>
-#include <QFile>
 #include <QTemporaryDir>
 
 namespace {
@@ -37,8 +36,7 @@ private slots:
         QTest::newRow("trim") << s("trim") << s(" \t a b \r\n") << s("a b");
         QTest::newRow("trim to empty") << s("trim") << s("\n\t ") << s("");
         QTest::newRow("trim absent") << s("trim") << QString() << QString();
-        QTest::newRow("returns") << s("returns") << s("a\tb\rc\n") << s("abc");
-        QTest::newRow("returns keep blanks") << s("returns") << s(" a \r\nb ") << s(" a b ");
+        QTest::newRow("returns, blanks kept") << s("returns") << s(" a\tb\rc\n ") << s(" abc ");
         QTest::newRow("returns to empty") << s("returns") << s("\t\r\n") << s("");
         QTest::newRow("returns absent") << s("returns") << QString() << QString();
         QTest::newRow("url escapes reserved")
@@ -49,16 +47,14 @@ private slots:
         QTest::newRow("url empty") << s("url") << s("") << s("");
         QTest::newRow("url absent") << s("url") << QString() << QString();
         QTest::newRow("html bare ampersand") << s("html") << s("Tom & Jerry") << s("Tom & Jerry");
-        QTest::newRow("html bold") << s("html") << s("a <b>bold</b> word") << s("a bold word");
         QTest::newRow("html entities stay") << s("html") << s("1 &lt; 2&nbsp;") << s("1 &lt; 2&nbsp;");
         QTest::newRow("html nested") << s("html") << s("<p>one <i>two</i></p><p>three</p>") << s("one twothree");
         QTest::newRow("html error truncates") << s("html") << s("<b>bold</i> lost") << s("bold");
         QTest::newRow("html unclosed tag") << s("html") << s("line<br>next") << s("linenext");
         QTest::newRow("html empty") << s("html") << s("") << s("");
         QTest::newRow("html absent") << s("html") << QString() << QString();
-        QTest::newRow("title") << s("title") << s("Foo Bar 2!") << s("foo-bar-2");
+        QTest::newRow("title") << s("title") << s("C++ Builder_X 2!") << s("c-builder-x-2");
         QTest::newRow("title ends") << s("title") << s("  --Hello,  World--  ") << s("hello-world");
-        QTest::newRow("title runs") << s("title") << s("C++ Builder_X") << s("c-builder-x");
         QTest::newRow("title non-ASCII") << s("title") << s("Caf\u00e9 Cr\u00e8me") << s("caf-cr-me");
         QTest::newRow("title nothing left") << s("title") << s("!!!") << s("");
         QTest::newRow("title absent") << s("title") << QString() << QString();
@@ -92,7 +88,6 @@ private slots:
         QTest::newRow("found") << s("Hello") << s("ell") << false << true;
         QTest::newRow("case sensitive") << s("Hello") << s("ELL") << false << false;
         QTest::newRow("case ignored") << s("Hello") << s("ELL") << true << true;
-        QTest::newRow("missing") << s("Hello") << s("xyz") << true << false;
         QTest::newRow("empty never found") << s("Hello") << s("") << false << false;
         QTest::newRow("absent never found") << s("Hello") << QString() << true << false;
     }
@@ -112,8 +107,6 @@ private slots:
         QTest::addColumn<QString>("sha1");
         QTest::newRow("empty") << s("") << s("d41d8cd98f00b204e9800998ecf8427e")
                                << s("da39a3ee5e6b4b0d3255bfef95601890afd80709");
-        QTest::newRow("abc") << s("abc") << s("900150983cd24fb0d6963f7d28e17f72")
-                             << s("a9993e364706816aba3e25717850c26c9cd0d89d");
         QTest::newRow("UTF-8") << s("\u00e9") << s("66ddcd97cfdeabb2f6fb8a999b4bc76f")
                                << s("bf15be717ac1b080b4f1c456692825891ff5073d");
         QTest::newRow("absent") << QString() << QString() << QString();
@@ -144,9 +137,6 @@ private slots:
         QTest::addColumn<QByteArray>("bytes");
         QTest::addColumn<QString>("encoded");
         QTest::newRow("empty") << QByteArray() << s("");
-        QTest::newRow("one byte") << QByteArray("f") << s("Zg==");
-        QTest::newRow("two bytes") << QByteArray("fo") << s("Zm8=");
-        QTest::newRow("three bytes") << QByteArray("foo") << s("Zm9v");
         QTest::newRow("plus and slash") << b("\x00\xfb\xff\xfe", 4) << s("APv//g==");
     }
     void base64()
@@ -165,7 +155,6 @@ private slots:
         QTest::addColumn<QByteArray>("pascal");
         QTest::addColumn<QByteArray>("encoding");
         QTest::addColumn<QString>("text");
-        QTest::newRow("plain") << QByteArray("\x05hello") << QByteArray("ISO-8859-1") << s("hello");
         QTest::newRow("zero length") << b("\x00", 1) << QByteArray("ISO-8859-1") << s("");
         QTest::newRow("extra bytes ignored") << QByteArray("\x02"
                                                            "abc")
@@ -195,10 +184,10 @@ private slots:
         QTest::addColumn<int>("size");
         QTest::addColumn<QByteArray>("encoding");
         QTest::addColumn<QByteArray>("expected"); // empty: refused, buffer untouched
-        QTest::newRow("fits exactly") << s("hello") << 6 << QByteArray("ISO-8859-1") << QByteArray("\x05hello");
-        QTest::newRow("one byte short") << s("hello") << 5 << QByteArray("ISO-8859-1") << QByteArray();
+        QTest::newRow("Latin-1, fits exactly")
+            << s("h\u00e9llo") << 6 << QByteArray("ISO-8859-1") << QByteArray("\x05h\xe9llo");
+        QTest::newRow("one byte short") << s("h\u00e9llo") << 5 << QByteArray("ISO-8859-1") << QByteArray();
         QTest::newRow("empty text") << s("") << 1 << QByteArray("UTF-8") << b("\x00", 1);
-        QTest::newRow("Latin-1") << s("\u00e9") << 8 << QByteArray("ISO-8859-1") << QByteArray("\x01\xe9");
         QTest::newRow("not Latin-1") << s("\u20ac") << 8 << QByteArray("ISO-8859-1") << QByteArray();
         QTest::newRow("UTF-8") << s("\u20ac") << 8 << QByteArray("UTF-8") << QByteArray("\x03\xe2\x82\xac");
         QTest::newRow("255 bytes") << QString(255, u'x') << 300 << QByteArray("UTF-8")
@@ -229,12 +218,9 @@ private slots:
         QTest::addColumn<bool>("valid");
         QTest::newRow("https") << s("https://example.com/a?b=1#c") << true;
         QTest::newRow("mailto") << s("mailto:someone@example.com") << true;
-        QTest::newRow("file") << s("file:///tmp/x") << true;
         QTest::newRow("no scheme") << s("example.com/path") << false;
         QTest::newRow("blank in host") << s("http://exa mple.com/") << false;
-        QTest::newRow("broken IPv6") << s("http://[::1/") << false;
         QTest::newRow("empty") << s("") << false;
-        QTest::newRow("absent") << QString() << false;
     }
     void isValidURL()
     {
@@ -264,20 +250,17 @@ private slots:
         QFETCH(QString, wanted);
         QFETCH(QString, expected);
         QTemporaryDir folder;
-        QVERIFY(folder.isValid());
-        const QDir dir(folder.path());
+        BundleTree tree(folder.path());
         // "name/" makes a folder, "name@" a link to nothing, anything else an empty file.
         for (const QString &name : existing) {
-            if (name.endsWith(u'/')) {
-                QVERIFY(dir.mkdir(name.chopped(1)));
-            } else if (name.endsWith(u'@')) {
-                QVERIFY(QFile::link(dir.filePath(s("missing")), dir.filePath(name.chopped(1))));
-            } else {
-                QFile file(dir.filePath(name));
-                QVERIFY(file.open(QIODevice::WriteOnly));
-            }
+            if (name.endsWith(u'/'))
+                tree.addFolder(name.chopped(1));
+            else if (name.endsWith(u'@'))
+                tree.addSymlink(name.chopped(1), tree.path(s("missing")));
+            else
+                tree.addFile(name);
         }
-        QCOMPARE(::safeFilePath(dir.filePath(wanted)), dir.filePath(expected));
+        QCOMPARE(::safeFilePath(tree.path(wanted)), tree.path(expected));
     }
 };
 

@@ -23,15 +23,13 @@ private slots:
     {
         QTest::addColumn<QString>("input");
         QTest::addColumn<QString>("expected");
-        // The examples as given.
+        // Texts as bundles write them.
         QTest::newRow("build in brackets") << s("Version 2.1.3 (Build 455)") << s("2.1.3");
         QTest::newRow("Demo") << s("3.0 Demo") << s("3.0");
         QTest::newRow("Universal") << s("1.4.2 Universal") << s("1.4.2");
         QTest::newRow("copyright") << s("5.0, © 2010") << s("5.0");
-        QTest::newRow("build word") << s("2.6 build 7") << s("2.6");
         QTest::newRow("G") << s("1.0G4") << s("1.0");
-        QTest::newRow("no digit") << s("Beta") << s("Beta");
-        // One row per remaining stop text.
+        // One row per remaining stop text whose cut no other stop would make as well.
         QTest::newRow("blank dash") << s("1.0 - beta") << s("1.0");
         QTest::newRow("for") << s("2.5 for Mac OS X") << s("2.5");
         QTest::newRow("by") << s("1.1 by Acme") << s("1.1");
@@ -42,31 +40,24 @@ private slots:
         QTest::newRow(".release") << s("7.0.release") << s("7.0");
         QTest::newRow("build glued") << s("3.1build12") << s("3.1");
         QTest::newRow(",6.0.4") << s("1.5,6.0.4") << s("1.5");
-        QTest::newRow(", Build") << s("8.2, Build 1041") << s("8.2");
         QTest::newRow("Release") << s("5.5 Release 2") << s("5.5");
         QTest::newRow("release") << s("5.5 release candidate") << s("5.5");
         QTest::newRow("PowerPC") << s("1.0.1 PowerPC") << s("1.0.1");
-        QTest::newRow("Intel") << s("1.0.1 Intel") << s("1.0.1");
         QTest::newRow("Int") << s("10.4Int") << s("10.4");
         QTest::newRow(".app") << s("3.3.app") << s("3.3");
         QTest::newRow("Mac") << s("6.0 Mac") << s("6.0");
-        QTest::newRow("G after blank") << s("2.1 GM") << s("2.1");
         QTest::newRow("bracket") << s("1.7 (beta)") << s("1.7");
-        QTest::newRow("comma blank") << s("2.2, final") << s("2.2");
         QTest::newRow("x86_") << s("2.4x86_64") << s("2.4");
         QTest::newRow("copyright sign") << s("1.0©2010") << s("1.0");
         // Around the cuts.
         QTest::newRow("absent") << QString() << s("-");
         QTest::newRow("empty") << s("") << s("");
-        QTest::newRow("dash") << s("-") << s("-");
         QTest::newRow("blanks without digit") << s("  beta  ") << s("beta");
         QTest::newRow("leading word") << s("v1.2.3") << s("1.2.3");
         QTest::newRow("trailing comma") << s("1.2,") << s("1.2");
-        QTest::newRow("surrounding blanks") << s("  1.2  ") << s("1.2");
         QTest::newRow("stops are case-sensitive") << s("2.6 BUILD 7") << s("2.6 BUILD 7");
         QTest::newRow("beta kept") << s("1.0 beta 2") << s("1.0 beta 2");
         QTest::newRow("earliest stop wins") << s("Version 1.0 for Mac by Acme, © 2010") << s("1.0");
-        QTest::newRow("capital V") << s("V2.0") << s("2.0");
     }
     void cleanVersionString()
     {
@@ -82,9 +73,7 @@ private slots:
         QTest::addColumn<QString>("a");
         QTest::addColumn<QString>("b");
         QTest::addColumn<uint>("expected");
-        QTest::newRow("9 < 10") << s("9") << s("10") << uint(VersionAscending);
         QTest::newRow("abc10 > abc9") << s("abc10") << s("abc9") << uint(VersionDescending);
-        QTest::newRow("case ignored") << s("Beta") << s("bETA") << uint(VersionSame);
         QTest::newRow("letters") << s("abc") << s("ABD") << uint(VersionAscending);
         QTest::newRow("leading zeros") << s("1.01") << s("1.1") << uint(VersionSame);
         QTest::newRow("prefix is smaller") << s("1.2") << s("1.2.1") << uint(VersionAscending);
@@ -92,10 +81,8 @@ private slots:
         QTest::newRow("both empty") << s("") << s("") << uint(VersionSame);
         QTest::newRow("40 digits, last differs") << forty << fortyPlusOne << uint(VersionAscending);
         QTest::newRow("40 digits against 39") << forty << forty.left(39) << uint(VersionDescending);
-        QTest::newRow("40 digits equal") << (s("b") + forty + s("x")) << (s("B") + forty + s("X")) << uint(VersionSame);
         QTest::newRow("40 digits, zero padded")
             << (s("000000000000000000000000000000") + forty.left(10)) << forty.left(10) << uint(VersionSame);
-        QTest::newRow("past 2^64") << s("18446744073709551616") << s("18446744073709551615") << uint(VersionDescending);
     }
     void orderCompareString()
     {
@@ -126,15 +113,12 @@ private slots:
         QTest::newRow("shorter after dot") << s("1.2.1") << s("1.2") << uint(VersionDescending);
         QTest::newRow("shorter after letter") << s("1.2b") << s("1.2") << uint(VersionAscending);
         QTest::newRow("digit runs") << s("1.2.10") << s("1.2.9") << uint(VersionDescending);
-        QTest::newRow("9 against 10") << s("1.9") << s("1.10") << uint(VersionAscending);
         QTest::newRow("19 against 100") << s("1.19") << s("1.100") << uint(VersionDescending);
         QTest::newRow("01 against 1") << s("1.01") << s("1.1") << uint(VersionSame);
         QTest::newRow("separator against letter") << s("1.0.b") << s("1.0b") << uint(VersionDescending);
-        QTest::newRow("letters a, b") << s("1.0a") << s("1.0b") << uint(VersionAscending);
         QTest::newRow("letters b, a") << s("1.0b") << s("1.0a") << uint(VersionAscending);
         QTest::newRow("digits against letter") << s("1.0.5") << s("1.0.b") << uint(VersionDescending);
         QTest::newRow("letter against digits") << s("1.0.b") << s("1.0.5") << uint(VersionAscending);
-        QTest::newRow("40-digit builds") << (s("1.0.") + forty) << (s("1.0.") + fortyPlusOne) << uint(VersionAscending);
     }
     void compareVersionString()
     {
@@ -155,32 +139,22 @@ private slots:
         QTest::newRow("2 dash local") << s("-") << s("2.0") << false;
         QTest::newRow("2 equal after trim") << s(" 1.0 ") << s("1.0\t") << false;
         QTest::newRow("3 short form") << s("1.23") << s("1.2.4") << true;
-        QTest::newRow("3 compares characters") << s("1.2b") << s("1.2.c") << true;
         QTest::newRow("3 not greater, falls through") << s("1.25") << s("1.2.4") << false;
-        QTest::newRow("4 rc") << s("2.0rc1") << s("2.0") << true;
-        QTest::newRow("4 RC") << s("2.0RC1") << s("2.0") << true;
+        QTest::newRow("4 RC of a point release") << s("2.0.1RC1") << s("2.0") << true;
         QTest::newRow("4 rc of a point release") << s("2.0.1rc1") << s("2.0") << true;
-        QTest::newRow("5 beta spelled out") << s("1.0 beta 2") << s("1.0b3") << true;
-        QTest::newRow("5 rewritten equal") << s("1.0 Beta 3") << s("1.0b3") << false;
-        QTest::newRow("6 beta before rc") << s("1.5b3") << s("1.5rc1") << true;
+        QTest::newRow("5 beta spelled out, any case") << s("1.0 Beta 3") << s("1.0b3") << false;
         QTest::newRow("6 any b before any rc") << s("3.0b1") << s("2.0rc1") << true;
         QTest::newRow("7 trailing .0") << s("2.1") << s("2.1.0") << false;
         QTest::newRow("7 two trailing .0") << s("2.1") << s("2.1.0.0") << true;
         QTest::newRow("8 trailing a") << s("2.1") << s("2.1a") << true;
-        QTest::newRow("9 BETA of remote") << s("2.0.BETA-3") << s("2.0") << true;
         QTest::newRow("9 BETA of newer") << s("2.0.1.BETA-3") << s("2.0") << false;
         QTest::newRow("9 lower-case mark") << s("2.0.beta-3") << s("2.0") << true;
-        QTest::newRow("10 beta of final") << s("3.0b2") << s("3.0") << true;
-        QTest::newRow("10 build word") << s("2.0 Build 5") << s("2.0") << true;
         QTest::newRow("10 beta of a point release") << s("2.0.1b1") << s("2.0") << true;
         QTest::newRow("11 longer") << s("1.2") << s("1.2.1") << true;
-        QTest::newRow("11 shorter") << s("1.2.1") << s("1.2") << false;
-        QTest::newRow("11 numeric") << s("1.9") << s("1.10") << true;
-        QTest::newRow("11 19 against 100") << s("1.19") << s("1.100") << false;
         QTest::newRow("11 final against beta") << s("3.0") << s("3.0b2") << false;
-        QTest::newRow("11 40-digit builds") << (s("5.") + forty) << (s("5.") + fortyPlusOne) << true;
         QTest::newRow("absent local") << QString() << s("1.0") << false;
-        QTest::newRow("empty remote") << s("1.0") << s("") << false;
+        // An empty remote is found in every text: the beta and rc rules must not take that as a match.
+        QTest::newRow("empty remote") << s("1.0b1") << s("") << false;
     }
     void isLocalVersionOutdated()
     {
@@ -195,7 +169,6 @@ private slots:
         QTest::addColumn<QString>("input");
         QTest::addColumn<QString>("expected");
         QTest::newRow("system text") << s("Version 10.9.5 (Build 13F34)") << s("10.9.5");
-        QTest::newRow("bare") << s("10.15") << s("10.15");
         QTest::newRow("tab ends it") << s("14.1\t(x)") << s("14.1");
         QTest::newRow("absent") << QString() << s("");
         QTest::newRow("no digit") << s("unknown") << s("");

@@ -1,10 +1,10 @@
 #include "ServiceClient.h"
 
-#include <QCryptographicHash>
+#include "model/PropertyList.h"
+
 #include <QJsonDocument>
 #include <QTcpSocket>
 
-#include <plist/plist.h>
 #include <zlib.h>
 
 QByteArray HttpAnswer::header(const char *name) const
@@ -25,41 +25,6 @@ HttpAnswer answer(const httplib::Result &result)
     if (!result)
         return {};
     return {result->status, QByteArray::fromStdString(result->body), result->headers};
-}
-
-QVariant plistValue(plist_t node)
-{
-    switch (plist_get_node_type(node)) {
-    case PLIST_STRING: {
-        char *text = nullptr;
-        plist_get_string_val(node, &text);
-        const QString value = QString::fromUtf8(text);
-        free(text);
-        return value;
-    }
-    case PLIST_DICT: {
-        QVariantMap map;
-        plist_dict_iter it = nullptr;
-        plist_dict_new_iter(node, &it);
-        char *key = nullptr;
-        plist_t item = nullptr;
-        for (plist_dict_next_item(node, it, &key, &item); key; plist_dict_next_item(node, it, &key, &item)) {
-            map.insert(QString::fromUtf8(key), plistValue(item));
-            free(key);
-            key = nullptr;
-        }
-        free(it);
-        return map;
-    }
-    case PLIST_ARRAY: {
-        QVariantList list;
-        for (uint32_t i = 0; i < plist_array_get_size(node); ++i)
-            list.append(plistValue(plist_array_get_item(node, i)));
-        return list;
-    }
-    default:
-        return {};
-    }
 }
 
 } // namespace
@@ -114,20 +79,11 @@ QByteArray inflate(const QByteArray &zlibStream)
 
 QList<QVariantMap> plistEntries(const QByteArray &xml)
 {
-    plist_t root = nullptr;
-    plist_from_xml(xml.constData(), uint32_t(xml.size()), &root);
-    if (!root)
-        return {};
+    const QVariantMap root = PropertyList::parseDictionary(xml).value_or(QVariantMap());
     QList<QVariantMap> entries;
-    for (const QVariant &entry : plistValue(root).toMap().value(QStringLiteral("entries")).toList())
+    for (const QVariant &entry : root.value(QStringLiteral("entries")).toList())
         entries.append(entry.toMap());
-    plist_free(root);
     return entries;
-}
-
-QString md5Hex(const QByteArray &bytes)
-{
-    return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Md5).toHex());
 }
 
 } // namespace Replies

@@ -41,5 +41,4 @@ namespace Replies {
 QByteArray inflate(const QByteArray &zlibStream);
 // The "entries" of an XML property-list reply, each a dictionary.
 QList<QVariantMap> plistEntries(const QByteArray &xml);
-QString md5Hex(const QByteArray &bytes);
 } // namespace Replies

@@ -1,6 +1,7 @@
 // Round trips through velmora-service's member, list, report and analytics paths.
 
 #include "ServiceClient.h"
+#include "model/StringUtils.h"
 #include "support/TestMain.h"
 
 #include <QJsonArray>
@@ -13,7 +14,7 @@ namespace {
 
 QByteArray md5(const QByteArray &text)
 {
-    return Replies::md5Hex(text).toLatin1();
+    return md5HexHash(text).toLatin1();
 }
 
 QByteArray passwordLoginPath(const QByteArray &email, const QByteArray &password)
@@ -70,7 +71,6 @@ private slots:
         QTest::addColumn<bool>("accepted");
         QTest::newRow("right password") << QByteArray("ann@example.com") << QByteArray("pässword 1") << true;
         QTest::newRow("e-mail in other case") << QByteArray("ANN@example.com") << QByteArray("pässword 1") << false;
-        QTest::newRow("e-mail in lower case") << QByteArray("ann@example.com") << QByteArray("pässword 1") << true;
         QTest::newRow("wrong password") << QByteArray("ann@example.com") << QByteArray("pässword 2") << false;
         QTest::newRow("unknown member") << QByteArray("nobody@example.com") << QByteArray("pässword 1") << false;
     }
