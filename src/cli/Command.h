@@ -3,6 +3,7 @@
 // One velmora-cli command: its name, a one-line description, and execute() over the words after its name.
 // Commands write their output to ctx.out only (pure JSON with --json) and messages to ctx.err.
 
+#include <QCoreApplication>
 #include <QStringList>
 #include <QTextStream>
 
@@ -16,6 +17,12 @@ struct CommandContext
     bool json = false;    // --json was given anywhere on the line
     bool verbose = false; // --verbose was given anywhere on the line
 };
+
+// velmora-cli's user-visible texts, translated with the English text as the key.
+inline QString tr(const char *text)
+{
+    return QCoreApplication::translate("velmora-cli", text);
+}
 
 enum ExitCode { ExitSuccess = 0, ExitFailure = 1, ExitUsage = 2 };
 

@@ -10,11 +10,6 @@
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("velmora-cli", text);
-}
-
 // Every setting that has a value: the table's keys in table order, then keys written by hand.
 QList<QPair<QString, QVariant>> allValues(const VLSettings &settings)
 {

@@ -12,11 +12,6 @@
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("velmora-cli", text);
-}
-
 // What a reader of the bundle would stumble over: no information dictionary, or files it could not parse.
 QStringList bundleWarnings(const QString &path)
 {

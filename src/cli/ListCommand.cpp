@@ -10,13 +10,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
-namespace {
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("velmora-cli", text);
-}
-} // namespace
-
 QString ListCommand::description() const
 {
     return tr("Print the applications of the last scan");

@@ -10,13 +10,6 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 
-namespace {
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("velmora-cli", text);
-}
-} // namespace
-
 QString ScanCommand::description() const
 {
     return tr("Find the applications installed on this computer");

@@ -1,14 +1,11 @@
 #include "cli/SettingText.h"
 
+#include "cli/Command.h"
+
 #include <QCoreApplication>
 #include <QLocale>
 
 namespace {
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("velmora-cli", text);
-}
 
 // Text that old-style property lists leave unquoted; everything else is quoted with its quotes escaped.
 QString quotedIfNeeded(const QString &text)

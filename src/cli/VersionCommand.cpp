@@ -25,22 +25,21 @@ const Action *findAction(const QString &name)
 
 QString VersionCommand::description() const
 {
-    return QCoreApplication::translate("velmora-cli", "Clean and compare version texts");
+    return tr("Clean and compare version texts");
 }
 
 QString VersionCommand::help() const
 {
-    return QCoreApplication::translate("velmora-cli",
-                                       "Usage: velmora-cli version clean TEXT\n"
-                                       "       velmora-cli version compare A B\n"
-                                       "       velmora-cli version outdated LOCAL REMOTE\n"
-                                       "\n"
-                                       "clean     prints the version found in TEXT (\"Version 2.1 (Build 4)\" gives 2.1)\n"
-                                       "compare   prints 0 when A is newer, 1 when A is older, 2 when they are the same\n"
-                                       "outdated  prints true when the installed LOCAL is older than the catalogue's REMOTE\n"
-                                       "\n"
-                                       "Every word after clean, compare or outdated is taken as it is, even one that\n"
-                                       "starts with \"-\"; quote texts with blanks.\n");
+    return tr("Usage: velmora-cli version clean TEXT\n"
+              "       velmora-cli version compare A B\n"
+              "       velmora-cli version outdated LOCAL REMOTE\n"
+              "\n"
+              "clean     prints the version found in TEXT (\"Version 2.1 (Build 4)\" gives 2.1)\n"
+              "compare   prints 0 when A is newer, 1 when A is older, 2 when they are the same\n"
+              "outdated  prints true when the installed LOCAL is older than the catalogue's REMOTE\n"
+              "\n"
+              "Every word after clean, compare or outdated is taken as it is, even one that\n"
+              "starts with \"-\"; quote texts with blanks.\n");
 }
 
 bool VersionCommand::takesArgumentsVerbatim(const QStringList &arguments) const
@@ -52,9 +51,7 @@ int VersionCommand::execute(const QStringList &arguments, CommandContext &ctx)
 {
     const Action *action = arguments.isEmpty() ? nullptr : findAction(arguments.first());
     if (!action || arguments.size() != action->argumentCount + 1) {
-        ctx.err << "error: "
-                << QCoreApplication::translate("velmora-cli", "version needs clean TEXT, compare A B or outdated LOCAL REMOTE")
-                << "\n\n"
+        ctx.err << "error: " << tr("version needs clean TEXT, compare A B or outdated LOCAL REMOTE") << "\n\n"
                 << help();
         return ExitUsage;
     }

@@ -9,11 +9,6 @@
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("velmora-cli", text);
-}
-
 bool isHelp(const QString &word)
 {
     return word == QLatin1String("--help") || word == QLatin1String("-h");
