@@ -2,11 +2,9 @@
 
 #include "model/PropertyList.h"
 
-#include <QFileInfo>
-
 BundleReader::BundleReader(const QString &bundlePath) : m_path(bundlePath) {}
 
-const std::optional<QVariantMap> &BundleReader::load(const QString &relativePath, bool stringsFile)
+const BundleReader::File &BundleReader::load(const QString &relativePath, bool stringsFile)
 {
     auto it = m_files.find(relativePath);
     if (it != m_files.end()) {
@@ -18,27 +16,27 @@ const std::optional<QVariantMap> &BundleReader::load(const QString &relativePath
     if (!result.problem.isEmpty()) {
         m_problems.append(result.problem);
     }
-    return m_files.emplace(relativePath, std::move(result.dictionary)).first->second;
+    return m_files.emplace(relativePath, File{std::move(result.dictionary), result.exists}).first->second;
 }
 
-bool BundleReader::exists(const QString &relativePath)
-{
-    auto it = m_exists.find(relativePath);
-    if (it == m_exists.end()) {
-        it = m_exists.emplace(relativePath, QFileInfo::exists(m_path + relativePath)).first;
-    }
-    return it->second;
-}
-
+// Opening a candidate is what tells whether it exists: a scan reads thousands of bundles, and a separate
+// existence check would cost one more system call per file.
 const std::optional<QVariantMap> &BundleReader::firstExisting(const QStringList &candidates, bool stringsFile)
 {
+    const File *file = nullptr;
     for (const QString &candidate : candidates) {
-        if (m_files.count(candidate) || exists(candidate)) {
-            return load(candidate, stringsFile && candidate.endsWith(QLatin1String(".strings")));
+        file = &load(candidate, stringsFile && candidate.endsWith(QLatin1String(".strings")));
+        if (file->exists) {
+            break;
         }
     }
-    // None exists: the last one is tried anyway, which yields no dictionary.
-    return load(candidates.last(), false);
+    // None exists: the last one has been tried anyway, which yields no dictionary.
+    return file->dictionary;
+}
+
+const std::optional<QVariantMap> &BundleReader::dictionaryAt(const QString &relativePath)
+{
+    return load(relativePath, false).dictionary;
 }
 
 const std::optional<QVariantMap> &BundleReader::infoDictionary()

@@ -25,18 +25,24 @@ public:
     const std::optional<QVariantMap> &infoPlistStringsDictionary();
     // The bundle's own information dictionary: Contents/Info.plist, Contents/Info-macos.plist, Info.plist.
     const std::optional<QVariantMap> &bundleInfoDict();
+    // The property list at one place in the bundle ("/Contents/Info.plist"), whichever others exist.
+    const std::optional<QVariantMap> &dictionaryAt(const QString &relativePath);
 
     // Files that exist but could not be read or parsed, with the reason.
     QStringList problems() const { return m_problems; }
 
 private:
+    struct File
+    {
+        std::optional<QVariantMap> dictionary;
+        bool exists = false;
+    };
+
     const std::optional<QVariantMap> &firstExisting(const QStringList &candidates, bool stringsFile);
-    const std::optional<QVariantMap> &load(const QString &relativePath, bool stringsFile);
-    bool exists(const QString &relativePath);
+    const File &load(const QString &relativePath, bool stringsFile);
 
     QString m_path;
     // A node-based map: references handed out stay valid while more files are loaded.
-    std::map<QString, std::optional<QVariantMap>> m_files;
-    std::map<QString, bool> m_exists;
+    std::map<QString, File> m_files;
     QStringList m_problems;
 };

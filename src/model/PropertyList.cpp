@@ -146,6 +146,7 @@ ReadResult readFile(const QString &path, std::optional<QVariantMap> (*parse)(con
     const FileBytes::Result file = FileBytes::read(path, kLargestPlist);
     switch (file.failure) {
     case FileBytes::Failure::Missing:
+        result.exists = file.bytes.has_value();
         break;
     case FileBytes::Failure::TooLarge:
         result.problem = QStringLiteral("%1: property list too large").arg(path);
@@ -171,7 +172,8 @@ std::optional<QVariantMap> parseDictionary(const QByteArray &bytes, QString *pro
 {
     if (bytes.isEmpty() || bytes.size() > kLargestPlist) {
         if (problem) {
-            *problem = bytes.isEmpty() ? QStringLiteral("empty property list") : QStringLiteral("property list too large");
+            *problem =
+                bytes.isEmpty() ? QStringLiteral("empty property list") : QStringLiteral("property list too large");
         }
         return std::nullopt;
     }
@@ -186,8 +188,8 @@ std::optional<QVariantMap> parseDictionary(const QByteArray &bytes, QString *pro
     const NodePtr owner(root);
     if (!root || plist_get_node_type(root) != PLIST_DICT) {
         if (problem) {
-            *problem = root ? QStringLiteral("property list is not a dictionary")
-                            : QStringLiteral("malformed property list");
+            *problem =
+                root ? QStringLiteral("property list is not a dictionary") : QStringLiteral("malformed property list");
         }
         return std::nullopt;
     }
@@ -214,7 +216,8 @@ ReadResult readStringsFile(const QString &path)
 
 namespace {
 
-QByteArray serialize(const QVariantMap &dictionary, void (*write)(plist_t, char **, uint32_t *), void (*release)(char *))
+QByteArray serialize(const QVariantMap &dictionary, void (*write)(plist_t, char **, uint32_t *),
+                     void (*release)(char *))
 {
     const NodePtr root(toNode(dictionary));
     char *buffer = nullptr;

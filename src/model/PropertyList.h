@@ -15,6 +15,7 @@ struct ReadResult
 {
     std::optional<QVariantMap> dictionary; // nullopt: missing, unreadable, malformed or not a dictionary
     QString problem;                       // why there is no dictionary; "" when the file does not exist
+    bool exists = true;                    // false: nothing at the path (or a folder on the way is missing)
 };
 
 // An XML or binary property list whose root is a dictionary.

@@ -1,5 +1,6 @@
 #include "scan/VLAppScanner.h"
 
+#include "model/BundleReader.h"
 #include "model/Log.h"
 #include "model/VLMdItem.h"
 #include "scan/BundleWalk.h"
@@ -22,11 +23,12 @@ QString lastComponent(const QString &path)
 // The record for the bundle at path, or null when the blacklist hides it.
 AppRef recordFor(const QString &path, const VLBlacklist &blacklist)
 {
-    // The blacklist needs only the name and the path, so a hidden bundle costs no attribute reads.
-    if (blacklist.appIsOnBlackList(lastComponent(path), path)) {
+    // The blacklist and the record share one reader, so each bundle file is opened once.
+    BundleReader bundle(path);
+    if (blacklist.appIsOnBlackList(lastComponent(path), bundle)) {
         return nullptr;
     }
-    return std::make_shared<VLApp>(VLApp::initWithBundleAt(path));
+    return std::make_shared<VLApp>(VLApp::initWithMdItem(VLMdItem::fromBundle(bundle), bundle));
 }
 
 // Reading the bundles is most of a scan and each bundle stands alone, so they are read on all cores.
@@ -57,20 +59,16 @@ struct VLAppScanner::Run
     std::optional<QString> failure;
 };
 
-VLAppScanner::VLAppScanner(QObject *parent)
-    : QObject(parent)
+VLAppScanner::VLAppScanner(QObject *parent) : QObject(parent)
 {
     VLSettings settings;
-    if (const auto text = VLBlacklist::fetchServerText(settings.hostURL(SettingKey::serviceHost, QStringLiteral("https")))) {
+    if (const auto text =
+            VLBlacklist::fetchServerText(settings.hostURL(SettingKey::serviceHost, QStringLiteral("https")))) {
         m_blacklist.append(VLBlacklist::splitServerList(*text));
     }
 }
 
-VLAppScanner::VLAppScanner(const VLBlacklist &blacklist, QObject *parent)
-    : QObject(parent)
-    , m_blacklist(blacklist)
-{
-}
+VLAppScanner::VLAppScanner(const VLBlacklist &blacklist, QObject *parent) : QObject(parent), m_blacklist(blacklist) {}
 
 VLAppScanner::~VLAppScanner()
 {
@@ -145,12 +143,14 @@ void VLAppScanner::startRun()
             } catch (...) {
                 run->failure = QStringLiteral("unknown failure");
             }
-            QMetaObject::invokeMethod(this, [this, run] { finishRun(run); }, Qt::QueuedConnection);
+            QMetaObject::invokeMethod(
+                this, [this, run] { finishRun(run); }, Qt::QueuedConnection);
         });
     } catch (const std::system_error &e) {
         // A scan that cannot start fails like one that breaks: whoever waits for its notification is not left waiting.
         run->failure = QString::fromLocal8Bit(e.what());
-        QMetaObject::invokeMethod(this, [this, run] { finishRun(run); }, Qt::QueuedConnection);
+        QMetaObject::invokeMethod(
+            this, [this, run] { finishRun(run); }, Qt::QueuedConnection);
     }
 }
 
@@ -189,6 +189,7 @@ void VLAppScanner::finishRun(const std::shared_ptr<Run> &run)
         return;
     }
     m_doneScanning.store(true);
-    center.post(QLatin1String(m_sendResultsToBackgroundCheker ? kVLAppScannerFinishedBackground : kVLAppScannerFinished),
-                QVariant::fromValue(run->apps));
+    center.post(
+        QLatin1String(m_sendResultsToBackgroundCheker ? kVLAppScannerFinishedBackground : kVLAppScannerFinished),
+        QVariant::fromValue(run->apps));
 }

@@ -1,12 +1,10 @@
 #include "scan/VLBlacklist.h"
 
-#include "model/FileBytes.h"
+#include "model/BundleReader.h"
 #include "model/PathNames.h"
-#include "model/PropertyList.h"
 #include "services/WebRequest.h"
 
 #include <QDir>
-#include <QFile>
 #include <QStringDecoder>
 
 namespace {
@@ -24,45 +22,14 @@ bool containsAny(const QString &text, std::initializer_list<const char *> needle
     return false;
 }
 
-// Most bundles are not virtual-machine apps: look for the identifiers in the raw bytes before paying for a parse.
-// A binary list stores ASCII text as is and other text as UTF-16 big-endian; an XML list in an ASCII-compatible
-// encoding holds the text as is unless it spells characters as references. Anything else is parsed.
-bool mayNameVirtualMachineApp(const QByteArray &bytes)
+// Only these two identifiers mark a virtual-machine wrapper; an Adobe identifier alone is no reason to hide an app.
+bool isVirtualMachineApp(BundleReader &bundle)
 {
-    const bool binary = bytes.startsWith("bplist");
-    if (!binary && (bytes.contains('\0') || bytes.contains("&#"))) {
-        return true;
-    }
-    for (const QString &identifier : kVirtualMachineIdentifiers) {
-        if (bytes.contains(identifier.toLatin1())) {
-            return true;
-        }
-        if (binary) {
-            QByteArray utf16;
-            for (const QChar c : identifier) {
-                utf16.append('\0').append(char(c.unicode()));
-            }
-            if (bytes.contains(utf16)) {
-                return true;
-            }
-        }
-    }
-    return false;
-}
-
-bool isVirtualMachineApp(const QString &bundlePath)
-{
-    const std::optional<QByteArray> bytes =
-        FileBytes::read(bundlePath + QStringLiteral("/Contents/Info.plist"), 16 * 1024 * 1024).bytes;
-    if (!bytes || !mayNameVirtualMachineApp(*bytes)) {
-        return false;
-    }
-    const auto info = PropertyList::parseDictionary(*bytes);
+    const std::optional<QVariantMap> &info = bundle.dictionaryAt(QStringLiteral("/Contents/Info.plist"));
     if (!info) {
         return false;
     }
     const QString identifier = info->value(QStringLiteral("CFBundleIdentifier")).toString();
-    // An Adobe identifier alone is no reason to hide an app: only these two mark a virtual-machine wrapper.
     for (const QString &vm : kVirtualMachineIdentifiers) {
         if (identifier.contains(vm)) {
             return true;
@@ -100,13 +67,27 @@ const QStringList &VLBlacklist::builtInWidgets()
 {
     // The last entry is not a widget and can never match here; it has always been on this list.
     static const QStringList widgets = {
-        QStringLiteral("iCal.wdgt"),          QStringLiteral("iTunes.wdgt"),         QStringLiteral("Tile Game.wdgt"),
-        QStringLiteral("Address Book.wdgt"),  QStringLiteral("World Clock.wdgt"),    QStringLiteral("Unit Converter.wdgt"),
-        QStringLiteral("Translation.wdgt"),   QStringLiteral("Remote Desktop.wdgt"), QStringLiteral("Web Clip.wdgt"),
-        QStringLiteral("Stickies.wdgt"),      QStringLiteral("Stocks.wdgt"),         QStringLiteral("Ski Report.wdgt"),
-        QStringLiteral("Dictionary.wdgt"),    QStringLiteral("Calculator.wdgt"),     QStringLiteral("Weather.wdgt"),
-        QStringLiteral("Calendar.wdgt"),      QStringLiteral("Contacts.wdgt"),       QStringLiteral("Flight Tracker.wdgt"),
-        QStringLiteral("ESPN.wdgt"),          QStringLiteral("Movies.wdgt"),         QStringLiteral("MusicManager.prefPane"),
+        QStringLiteral("iCal.wdgt"),
+        QStringLiteral("iTunes.wdgt"),
+        QStringLiteral("Tile Game.wdgt"),
+        QStringLiteral("Address Book.wdgt"),
+        QStringLiteral("World Clock.wdgt"),
+        QStringLiteral("Unit Converter.wdgt"),
+        QStringLiteral("Translation.wdgt"),
+        QStringLiteral("Remote Desktop.wdgt"),
+        QStringLiteral("Web Clip.wdgt"),
+        QStringLiteral("Stickies.wdgt"),
+        QStringLiteral("Stocks.wdgt"),
+        QStringLiteral("Ski Report.wdgt"),
+        QStringLiteral("Dictionary.wdgt"),
+        QStringLiteral("Calculator.wdgt"),
+        QStringLiteral("Weather.wdgt"),
+        QStringLiteral("Calendar.wdgt"),
+        QStringLiteral("Contacts.wdgt"),
+        QStringLiteral("Flight Tracker.wdgt"),
+        QStringLiteral("ESPN.wdgt"),
+        QStringLiteral("Movies.wdgt"),
+        QStringLiteral("MusicManager.prefPane"),
     };
     return widgets;
 }
@@ -127,10 +108,7 @@ std::optional<QString> VLBlacklist::fetchServerText(const QString &baseUrl)
     return decodeText(result.body, result.header(QByteArrayLiteral("Content-Type")));
 }
 
-VLBlacklist::VLBlacklist()
-    : VLBlacklist(builtInList())
-{
-}
+VLBlacklist::VLBlacklist() : VLBlacklist(builtInList()) {}
 
 VLBlacklist::VLBlacklist(const QStringList &names)
 {
@@ -147,6 +125,13 @@ void VLBlacklist::append(const QStringList &names)
 
 bool VLBlacklist::appIsOnBlackList(const QString &fsName, const QString &path) const
 {
+    BundleReader bundle(path);
+    return appIsOnBlackList(fsName, bundle);
+}
+
+bool VLBlacklist::appIsOnBlackList(const QString &fsName, BundleReader &bundle) const
+{
+    const QString path = bundle.path();
     const QString name = stringByDeletingPathExtension(fsName);
     const QString standardPath = QDir::cleanPath(path);
     const QString file = standardPath.mid(standardPath.lastIndexOf(QLatin1Char('/')) + 1);
@@ -178,7 +163,7 @@ bool VLBlacklist::appIsOnBlackList(const QString &fsName, const QString &path) c
         listed = true;
     }
     // The property list is read only when nothing else has decided yet; the outcome is the same.
-    if (!listed && isVirtualMachineApp(standardPath)) {
+    if (!listed && isVirtualMachineApp(bundle)) {
         listed = true;
     }
     return listed;

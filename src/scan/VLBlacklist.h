@@ -9,6 +9,8 @@
 
 #include <optional>
 
+class BundleReader;
+
 class VLBlacklist
 {
 public:
@@ -30,6 +32,8 @@ public:
 
     // fsName: the bundle's file name ("Foo Setup.app"); path: where it lies.
     bool appIsOnBlackList(const QString &fsName, const QString &path) const;
+    // The same, reading the bundle through a reader that the record made next can share.
+    bool appIsOnBlackList(const QString &fsName, BundleReader &bundle) const;
 
 private:
     QStringList m_names;
