@@ -2,6 +2,7 @@
 
 #include "model/FileBytes.h"
 #include "model/OldStylePlistParser.h"
+#include "model/PlistNesting.h"
 
 #include <QDateTime>
 
@@ -15,6 +16,9 @@ namespace {
 
 // Larger than any real property list; also what bounds the memory a bogus file can take.
 constexpr qint64 kLargestPlist = 64 * 1024 * 1024;
+
+// Deeper than any real property list, and far shallower than what would exhaust a reading thread's stack.
+constexpr int kDeepestPlist = 512;
 
 // Seconds between 1970-01-01 and the property-list epoch, 2001-01-01.
 constexpr qint64 kPlistEpochOffset = 978307200;
@@ -180,6 +184,12 @@ std::optional<QVariantMap> parseDictionary(const QByteArray &bytes, QString *pro
     if (!looksLikePlist(bytes)) {
         if (problem) {
             *problem = QStringLiteral("not an XML or binary property list");
+        }
+        return std::nullopt;
+    }
+    if (PlistNesting::nestsDeeperThan(bytes, kDeepestPlist)) {
+        if (problem) {
+            *problem = QStringLiteral("property list nested too deeply");
         }
         return std::nullopt;
     }

@@ -22,15 +22,18 @@ private slots:
         QTest::addColumn<QString>("key");
         QTest::addColumn<QVariant>("expected");
 
-        QTest::newRow("quoted pair") << R"("CFBundleShortVersionString" = "1.5";)" << "CFBundleShortVersionString"
-                                     << QVariant(QStringLiteral("1.5"));
-        QTest::newRow("comments") << "/* a */ // b\nk /* c */ = \"v\"; // d" << "k" << QVariant(QStringLiteral("v"));
-        QTest::newRow("escapes") << "k = \"a\\\"b\\\\c\\nd\\U00e9\\101\";" << "k"
-                                 << QVariant(QStringLiteral("a\"b\\c\nd") + QChar(0xE9) + QStringLiteral("A"));
-        QTest::newRow("braced dictionary") << "{ k = v; }" << "k" << QVariant(QStringLiteral("v"));
-        QTest::newRow("array value") << "k = (a, \"b c\");" << "k"
-                                     << QVariant(QVariantList{QStringLiteral("a"), QStringLiteral("b c")});
-        QTest::newRow("lone key stands for itself") << "\"k\";" << "k" << QVariant(QStringLiteral("k"));
+        QTest::newRow("quoted pair") << R"("CFBundleShortVersionString" = "1.5";)"
+                                     << "CFBundleShortVersionString" << QVariant(QStringLiteral("1.5"));
+        QTest::newRow("comments") << "/* a */ // b\nk /* c */ = \"v\"; // d"
+                                  << "k" << QVariant(QStringLiteral("v"));
+        QTest::newRow("escapes") << "k = \"a\\\"b\\\\c\\nd\\U00e9\\101\";"
+                                 << "k" << QVariant(QStringLiteral("a\"b\\c\nd") + QChar(0xE9) + QStringLiteral("A"));
+        QTest::newRow("braced dictionary") << "{ k = v; }"
+                                           << "k" << QVariant(QStringLiteral("v"));
+        QTest::newRow("array value") << "k = (a, \"b c\");"
+                                     << "k" << QVariant(QVariantList{QStringLiteral("a"), QStringLiteral("b c")});
+        QTest::newRow("lone key stands for itself") << "\"k\";"
+                                                    << "k" << QVariant(QStringLiteral("k"));
     }
 
     void oldStyleText()
@@ -66,12 +69,15 @@ private slots:
     {
         QTest::addColumn<QByteArray>("bytes");
         const QString text = QStringLiteral("k = \"") + QChar(0x65E5) + QStringLiteral("1.0\";");
-        QTest::newRow("utf-16le with mark") << QByteArray("\xFF\xFE") + QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(text));
-        QTest::newRow("utf-16be with mark") << QByteArray("\xFE\xFF") + QByteArray(QStringEncoder(QStringEncoder::Utf16BE)(text));
+        QTest::newRow("utf-16le with mark")
+            << QByteArray("\xFF\xFE") + QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(text));
+        QTest::newRow("utf-16be with mark")
+            << QByteArray("\xFE\xFF") + QByteArray(QStringEncoder(QStringEncoder::Utf16BE)(text));
         QTest::newRow("utf-16le without mark") << QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(text));
         QTest::newRow("utf-8 with mark") << QByteArray("\xEF\xBB\xBF") + text.toUtf8();
         QTest::newRow("utf-8") << text.toUtf8();
-        QTest::newRow("binary plist") << PropertyList::toBinary({{QStringLiteral("k"), QString(QChar(0x65E5) + QStringLiteral("1.0"))}});
+        QTest::newRow("binary plist") << PropertyList::toBinary(
+            {{QStringLiteral("k"), QString(QChar(0x65E5) + QStringLiteral("1.0"))}});
     }
 
     void encodings()
@@ -103,7 +109,8 @@ private slots:
         QTest::newRow("empty") << QByteArray();
         QTest::newRow("not a plist") << QByteArray("hello");
         QTest::newRow("truncated xml") << QByteArray("<?xml version=\"1.0\"?><plist><dict><key>a</key>");
-        QTest::newRow("truncated binary") << PropertyList::toBinary({{QStringLiteral("k"), QStringLiteral("v")}}).left(20);
+        QTest::newRow("truncated binary")
+            << PropertyList::toBinary({{QStringLiteral("k"), QStringLiteral("v")}}).left(20);
         QTest::newRow("array root") << QByteArray("<?xml version=\"1.0\"?><plist version=\"1.0\"><array/></plist>");
     }
 
@@ -113,6 +120,38 @@ private slots:
         QString problem;
         QVERIFY(!PropertyList::parseDictionary(bytes, &problem));
         QVERIFY(!problem.isEmpty());
+    }
+
+    // Lists nested deeper than any real one are refused before parsing: a deep enough one would exhaust the stack.
+    void nesting_data()
+    {
+        // A dictionary holding `arrays` arrays, one inside the other: arrays + 1 levels in all.
+        const auto nested = [](int arrays) {
+            QVariant value = QVariantList();
+            for (int i = 1; i < arrays; ++i) {
+                value = QVariantList{value};
+            }
+            return QVariantMap{{QStringLiteral("k"), value}};
+        };
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<bool>("accepted");
+        QTest::newRow("xml at the limit") << PropertyList::toXml(nested(511)) << true;
+        QTest::newRow("xml past the limit") << PropertyList::toXml(nested(512)) << false;
+        QTest::newRow("binary at the limit") << PropertyList::toBinary(nested(511)) << true;
+        QTest::newRow("binary past the limit") << PropertyList::toBinary(nested(512)) << false;
+        QTest::newRow("tags inside a comment")
+            << "<?xml version=\"1.0\"?><plist><dict><!--" + QByteArray("<array>").repeated(600) +
+                   "--><key>k</key><array/></dict></plist>"
+            << true;
+    }
+
+    void nesting()
+    {
+        QFETCH(QByteArray, bytes);
+        QFETCH(bool, accepted);
+        QString problem;
+        QCOMPARE(PropertyList::parseDictionary(bytes, &problem).has_value(), accepted);
+        QCOMPARE(problem == QLatin1String("property list nested too deeply"), !accepted);
     }
 
     // What a bundle may hold where its property list belongs: none of it may hang the scan or fill the memory.
