@@ -31,6 +31,18 @@ QList<QPair<QString, QVariant>> allValues(const VLSettings &settings)
     return values;
 }
 
+// Settings are kept by name in a file where "/" and "\\" would nest one name inside another.
+bool isKey(const QString &key)
+{
+    return !key.isEmpty() && !key.contains(QLatin1Char('/')) && !key.contains(QLatin1Char('\\'));
+}
+
+int cannotWrite(const VLSettings &settings, CommandContext &ctx)
+{
+    ctx.err << "error: " << tr("cannot write the settings file %1").arg(settings.fileName()) << '\n';
+    return ExitFailure;
+}
+
 } // namespace
 
 QString DefaultsCommand::description() const
@@ -113,6 +125,9 @@ int DefaultsCommand::write(const QStringList &arguments, CommandContext &ctx)
         return usage(tr("defaults write needs a KEY and a VALUE"), ctx);
     }
     const QString key = arguments.first();
+    if (!isKey(key)) {
+        return usage(tr("%1 cannot be a setting's name").arg(key), ctx);
+    }
     QStringList words = arguments.mid(1);
     std::optional<SettingType> type;
     if (words.first().startsWith(QLatin1Char('-'))) {
@@ -141,7 +156,9 @@ int DefaultsCommand::write(const QStringList &arguments, CommandContext &ctx)
         return usage(problem, ctx);
     }
     VLSettings settings;
-    settings.setValue(key, definition ? SettingText::convert(value, definition->type) : value);
+    if (!settings.setValue(key, definition ? SettingText::convert(value, definition->type) : value)) {
+        return cannotWrite(settings, ctx);
+    }
     return ExitSuccess;
 }
 
@@ -155,6 +172,8 @@ int DefaultsCommand::remove(const QStringList &arguments, CommandContext &ctx)
         ctx.err << "error: " << tr("the setting %1 was not written; nothing deleted").arg(arguments.first()) << '\n';
         return ExitFailure;
     }
-    settings.remove(arguments.first());
+    if (!settings.remove(arguments.first())) {
+        return cannotWrite(settings, ctx);
+    }
     return ExitSuccess;
 }

@@ -55,13 +55,26 @@ QString InspectCommand::help() const
 
 int InspectCommand::execute(const QStringList &arguments, CommandContext &ctx)
 {
-    if (arguments.isEmpty()) {
+    // Words after "--" are paths even when they start with "-".
+    QStringList paths;
+    bool optionsEnded = false;
+    for (const QString &argument : arguments) {
+        if (!optionsEnded && argument == QLatin1String("--")) {
+            optionsEnded = true;
+        } else if (!optionsEnded && argument.startsWith(QLatin1Char('-')) && argument.size() > 1) {
+            ctx.err << "error: " << tr("unknown option %1").arg(argument) << "\n\n" << help();
+            return ExitUsage;
+        } else {
+            paths.append(argument);
+        }
+    }
+    if (paths.isEmpty()) {
         ctx.err << "error: " << tr("inspect needs at least one PATH") << "\n\n" << help();
         return ExitUsage;
     }
     int exitCode = ExitSuccess;
     QList<VLApp> apps;
-    for (const QString &argument : arguments) {
+    for (const QString &argument : std::as_const(paths)) {
         const QFileInfo file(argument);
         if (!file.exists() && !file.isSymLink()) {
             ctx.err << "error: " << argument << ": " << tr("no such file or folder") << '\n';

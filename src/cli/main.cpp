@@ -93,11 +93,6 @@ int main(int argc, char **argv)
         printUsage(err, commands);
         return ExitUsage;
     }
-    if (index < words.size() && isHelp(words.at(index))) {
-        out << command->help();
-        return ExitSuccess;
-    }
-
     // --json and --verbose may stand anywhere, up to where a command starts taking its words verbatim.
     QStringList arguments;
     for (; index < words.size(); ++index) {
@@ -110,6 +105,9 @@ int main(int argc, char **argv)
             ctx.json = true;
         } else if (word == QLatin1String("--verbose")) {
             ctx.verbose = true;
+        } else if (isHelp(word)) {
+            out << command->help();
+            return ExitSuccess;
         } else {
             arguments.append(word);
         }

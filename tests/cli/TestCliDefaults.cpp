@@ -18,6 +18,7 @@ private slots:
     void sequence_data();
     void sequence();
     void readAll();
+    void unwritableSettings();
 };
 
 // The rows run in order against one settings file: each may depend on the ones before it.
@@ -56,6 +57,8 @@ void TestCliDefaults::sequence_data()
     row("defaults|delete|showMAS", 1, "");
     row("defaults|write|showMAS|-dict|a", 2, "");
     row("defaults|frob", 2, "");
+    row("defaults|write||-string|x", 2, "");
+    row("defaults|write|a/b|x", 2, "");
 }
 
 void TestCliDefaults::sequence()
@@ -81,6 +84,16 @@ void TestCliDefaults::readAll()
     QVERIFY(text.contains(QLatin1String("\n    escalationCommand = pkexec;\n")));
     QVERIFY(!text.contains(QLatin1String("lastNotified"))); // no value and no default
     QVERIFY(text.endsWith(QLatin1String("}\n")));
+}
+
+// A change that cannot be kept is a failure, not a silent success.
+void TestCliDefaults::unwritableSettings()
+{
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("XDG_CONFIG_HOME"), QStringLiteral("/dev/null/settings"));
+    const CliResult result = runCli(words("defaults|write|showMAS|YES"), environment);
+    QCOMPARE(result.exitCode, 1);
+    QVERIFY(result.err.startsWith("error: cannot write the settings file"));
 }
 
 VELMORA_TEST_MAIN(TestCliDefaults)

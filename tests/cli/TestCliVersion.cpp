@@ -45,6 +45,8 @@ private slots:
         row("unknown command", "frobnicate", 2, "");
         row("unknown option", "--frob", 2, "");
         row("no command", "", 2, "");
+        row("inspect with an unknown option", "inspect|--frob", 2, "");
+        row("inspect with no path after --", "inspect|--", 2, "");
     }
 
     void commands()
@@ -62,9 +64,10 @@ private slots:
 
     void helpExplains()
     {
-        for (const QStringList &arguments : {QStringList{QStringLiteral("--help")},
-                                             QStringList{QStringLiteral("version"), QStringLiteral("--help")},
-                                             QStringList{QStringLiteral("help"), QStringLiteral("inspect")}}) {
+        for (const QStringList &arguments :
+             {QStringList{QStringLiteral("--help")}, QStringList{QStringLiteral("version"), QStringLiteral("--help")},
+              QStringList{QStringLiteral("defaults"), QStringLiteral("read"), QStringLiteral("--help")},
+              QStringList{QStringLiteral("help"), QStringLiteral("inspect")}}) {
             const CliResult result = runCli(arguments);
             QCOMPARE(result.exitCode, 0);
             QVERIFY(result.out.startsWith("Usage: velmora-cli"));
@@ -73,9 +76,10 @@ private slots:
 
     void inspectBundles()
     {
-        const QString app = PlistFiles::makeBundle(m_root.path() + QStringLiteral("/Good Tool.app"),
-                                                   PlistFiles::info(QStringLiteral("com.example.good"), QStringLiteral("3.2.1")),
-                                                   PlistFiles::PlistFormat::Binary);
+        const QString app =
+            PlistFiles::makeBundle(m_root.path() + QStringLiteral("/Good Tool.app"),
+                                   PlistFiles::info(QStringLiteral("com.example.good"), QStringLiteral("3.2.1")),
+                                   PlistFiles::PlistFormat::Binary);
         const QString folder = m_root.path() + QStringLiteral("/Plain Folder");
         QDir().mkpath(folder);
 
@@ -95,7 +99,8 @@ private slots:
         QCOMPARE(record.value(QStringLiteral("localPath")).toString(), app);
         QCOMPARE(record.value(QStringLiteral("localVersion")).toString(), QStringLiteral("3.2.1"));
         QCOMPARE(record.value(QStringLiteral("kind")).toString(), QStringLiteral("app"));
-        QVERIFY(QDateTime::fromString(record.value(QStringLiteral("lastModified")).toString(), Qt::ISODateWithMs).isValid());
+        QVERIFY(QDateTime::fromString(record.value(QStringLiteral("lastModified")).toString(), Qt::ISODateWithMs)
+                    .isValid());
     }
 
     void inspectBadInput()
