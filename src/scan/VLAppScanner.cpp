@@ -94,7 +94,11 @@ QStringList VLAppScanner::searchScopes()
         root + QStringLiteral("Library/Internet Plug-Ins"),
         root + QStringLiteral("Library/Application Support/SIMBL"),
     };
-    scopes.append(settings.arrayValue(SettingKey::searchpaths));
+    for (const QString &path : settings.arrayValue(SettingKey::searchpaths)) {
+        if (!path.isEmpty()) {
+            scopes.append(QDir::cleanPath(QDir::current().absoluteFilePath(path)));
+        }
+    }
     return scopes;
 }
 

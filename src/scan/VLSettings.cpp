@@ -112,16 +112,23 @@ QStringList VLSettings::storedKeys() const
     return m_settings->allKeys();
 }
 
-void VLSettings::setValue(const QString &key, const QVariant &value)
+bool VLSettings::setValue(const QString &key, const QVariant &value)
 {
     m_settings->setValue(key, value);
     m_settings->sync();
+    return m_settings->status() == QSettings::NoError;
 }
 
-void VLSettings::remove(const QString &key)
+bool VLSettings::remove(const QString &key)
 {
     m_settings->remove(key);
     m_settings->sync();
+    return m_settings->status() == QSettings::NoError;
+}
+
+QString VLSettings::fileName() const
+{
+    return m_settings->fileName();
 }
 
 void VLSettings::sync()
@@ -147,5 +154,6 @@ QString VLSettings::volumeRoot() const
     if (root.isEmpty()) {
         root = QStringLiteral("/");
     }
+    root = QDir::cleanPath(QDir::current().absoluteFilePath(root));
     return root.endsWith(QLatin1Char('/')) ? root : root + QLatin1Char('/');
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 // The program's settings, typed like the user defaults they stand for, with their defaults from one table.
-// Stored with QSettings (INI) at $XDG_CONFIG_HOME/Velmora/Velmora Desktop.conf; safe to use from any thread.
+// Stored with QSettings (INI) at $XDG_CONFIG_HOME/Velmora/Velmora Desktop.ini; safe to use from any thread.
 
 #include <QString>
 #include <QStringList>
@@ -74,13 +74,16 @@ public:
     bool contains(const QString &key) const;
     QStringList storedKeys() const;
 
-    void setValue(const QString &key, const QVariant &value);
-    void remove(const QString &key);
+    // Both write the settings file at once; false when it could not be written (the change is then lost).
+    bool setValue(const QString &key, const QVariant &value);
+    bool remove(const QString &key);
     void sync();
+    QString fileName() const;
 
     // A host setting as a base URL: "host:port" takes the given scheme, "http(s)://host:port" keeps its own.
     QString hostURL(const char *hostKey, const QString &scheme = QStringLiteral("http")) const;
-    // The local-domain root ("/" by default) with a trailing "/".
+    // The local-domain root ("/" by default) as a clean absolute path with a trailing "/", so that a path under it
+    // is spelled the same whichever way the setting was written.
     QString volumeRoot() const;
 
 private:
