@@ -5,6 +5,7 @@
 #include "model/PlistNesting.h"
 
 #include <QDateTime>
+#include <QStringDecoder>
 
 #include <plist/plist.h>
 
@@ -144,6 +145,18 @@ bool looksLikePlist(const QByteArray &bytes)
     return head.startsWith("<?xml") || head.startsWith("<!DOCTYPE") || head.startsWith("<plist");
 }
 
+// Some older bundles keep their XML in UTF-16, which the parser does not read; it gets the same text in UTF-8.
+QByteArray utf8Xml(const QByteArray &bytes)
+{
+    const std::optional<QStringConverter::Encoding> encoding = QStringConverter::encodingForData(bytes, u'<');
+    if (encoding != QStringConverter::Utf16LE && encoding != QStringConverter::Utf16BE) {
+        return bytes;
+    }
+    QStringDecoder decoder(*encoding);
+    const QString text = decoder(bytes);
+    return decoder.hasError() ? bytes : text.toUtf8();
+}
+
 ReadResult readFile(const QString &path, std::optional<QVariantMap> (*parse)(const QByteArray &, QString *))
 {
     ReadResult result;
@@ -172,8 +185,9 @@ ReadResult readFile(const QString &path, std::optional<QVariantMap> (*parse)(con
 
 } // namespace
 
-std::optional<QVariantMap> parseDictionary(const QByteArray &bytes, QString *problem)
+std::optional<QVariantMap> parseDictionary(const QByteArray &data, QString *problem)
 {
+    const QByteArray bytes = utf8Xml(data);
     if (bytes.isEmpty() || bytes.size() > kLargestPlist) {
         if (problem) {
             *problem =
@@ -208,7 +222,7 @@ std::optional<QVariantMap> parseDictionary(const QByteArray &bytes, QString *pro
 
 std::optional<QVariantMap> parseStrings(const QByteArray &bytes, QString *problem)
 {
-    if (looksLikePlist(bytes)) {
+    if (looksLikePlist(utf8Xml(bytes))) {
         return parseDictionary(bytes, problem);
     }
     return parseOldStylePlist(bytes, problem);

@@ -68,7 +68,8 @@ private slots:
     void encodings_data()
     {
         QTest::addColumn<QByteArray>("bytes");
-        const QString text = QStringLiteral("k = \"") + QChar(0x65E5) + QStringLiteral("1.0\";");
+        const QString value = QChar(0x65E5) + QStringLiteral("1.0");
+        const QString text = QStringLiteral("k = \"") + value + QStringLiteral("\";");
         QTest::newRow("utf-16le with mark")
             << QByteArray("\xFF\xFE") + QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(text));
         QTest::newRow("utf-16be with mark")
@@ -76,6 +77,11 @@ private slots:
         QTest::newRow("utf-16le without mark") << QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(text));
         QTest::newRow("utf-8 with mark") << QByteArray("\xEF\xBB\xBF") + text.toUtf8();
         QTest::newRow("utf-8") << text.toUtf8();
+        QTest::newRow("utf-16 xml") << QByteArray("\xFF\xFE") +
+                                           QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(
+                                               QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-16\"?><plist><dict>"
+                                                              "<key>k</key><string>") +
+                                               value + QStringLiteral("</string></dict></plist>")));
         QTest::newRow("binary plist") << PropertyList::toBinary(
             {{QStringLiteral("k"), QString(QChar(0x65E5) + QStringLiteral("1.0"))}});
     }
