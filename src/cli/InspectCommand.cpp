@@ -10,6 +10,11 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 
+#include <cerrno>
+#include <cstring>
+
+#include <sys/stat.h>
+
 namespace {
 
 // What a reader of the bundle would stumble over: no information dictionary, or files it could not parse.
@@ -76,8 +81,10 @@ int InspectCommand::execute(const QStringList &arguments, CommandContext &ctx)
     QList<VLApp> apps;
     for (const QString &argument : std::as_const(paths)) {
         const QFileInfo file(argument);
-        if (!file.exists() && !file.isSymLink()) {
-            ctx.err << "error: " << argument << ": " << tr("no such file or folder") << '\n';
+        // The system's own words: a folder that may not be entered is not a missing file.
+        struct stat info = {};
+        if (lstat(QFile::encodeName(argument).constData(), &info) != 0) {
+            ctx.err << "error: " << argument << ": " << QString::fromLocal8Bit(std::strerror(errno)) << '\n';
             exitCode = ExitFailure;
             continue;
         }
