@@ -3,7 +3,6 @@
 #include "cli/SettingText.h"
 #include "scan/VLSettings.h"
 
-#include <QCoreApplication>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QJsonValue>

@@ -5,7 +5,6 @@
 #include "model/VLApp.h"
 #include "model/VLMdItem.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 #include <QJsonDocument>

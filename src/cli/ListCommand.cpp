@@ -6,7 +6,6 @@
 #include "scan/VLScanData.h"
 #include "scan/VLSettings.h"
 
-#include <QCoreApplication>
 #include <QJsonArray>
 #include <QJsonDocument>
 

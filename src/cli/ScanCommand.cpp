@@ -5,7 +5,6 @@
 #include "scan/VLAppScanner.h"
 #include "scan/VLNotificationCenter.h"
 
-#include <QCoreApplication>
 #include <QEventLoop>
 #include <QJsonArray>
 #include <QJsonDocument>

@@ -2,7 +2,6 @@
 
 #include "cli/Command.h"
 
-#include <QCoreApplication>
 #include <QLocale>
 
 namespace {

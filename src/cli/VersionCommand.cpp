@@ -2,8 +2,6 @@
 
 #include "model/VersionRules.h"
 
-#include <QCoreApplication>
-
 namespace {
 struct Action
 {

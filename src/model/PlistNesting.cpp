@@ -152,7 +152,9 @@ bool binaryNestsDeeperThan(const QByteArray &bytes, int limit)
     if (!plist.valid()) {
         return false;
     }
-    QHash<quint64, int> levels; // measured objects: the levels each holds, itself included (0 for a scalar)
+    // The levels each object holds, itself included (0 for a scalar); kOnPath while the walk is inside it.
+    constexpr int kOnPath = -1;
+    QHash<quint64, int> levels;
     struct Frame
     {
         quint64 object;
@@ -164,6 +166,7 @@ bool binaryNestsDeeperThan(const QByteArray &bytes, int limit)
     const auto enter = [&](quint64 object) {
         std::vector<quint64> refs;
         if (plist.containerRefs(object, refs)) {
+            levels.insert(object, kOnPath);
             path.push_back({object, std::move(refs)});
         } else {
             levels.insert(object, 0);
@@ -186,17 +189,17 @@ bool binaryNestsDeeperThan(const QByteArray &bytes, int limit)
         }
         const quint64 child = frame.refs[frame.next++];
         const auto known = levels.constFind(child);
-        if (known != levels.cend()) {
-            frame.levels = std::max(frame.levels, *known + 1);
-            if (int(path.size()) - 1 + frame.levels > limit) {
-                return true;
-            }
+        if (known == levels.cend()) {
+            enter(child);
             continue;
         }
-        if (std::any_of(path.cbegin(), path.cend(), [child](const Frame &f) { return f.object == child; })) {
+        if (*known == kOnPath) {
             return false; // a loop: the parser refuses it
         }
-        enter(child);
+        frame.levels = std::max(frame.levels, *known + 1);
+        if (int(path.size()) - 1 + frame.levels > limit) {
+            return true;
+        }
     }
     return false;
 }

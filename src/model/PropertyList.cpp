@@ -222,8 +222,9 @@ std::optional<QVariantMap> parseDictionary(const QByteArray &data, QString *prob
 
 std::optional<QVariantMap> parseStrings(const QByteArray &bytes, QString *problem)
 {
-    if (looksLikePlist(utf8Xml(bytes))) {
-        return parseDictionary(bytes, problem);
+    const QByteArray xml = utf8Xml(bytes);
+    if (looksLikePlist(xml)) {
+        return parseDictionary(xml, problem);
     }
     return parseOldStylePlist(bytes, problem);
 }
