@@ -1,7 +1,7 @@
 #include "cli/DefaultsCommand.h"
 
 #include "cli/SettingText.h"
-#include "scan/VLSettings.h"
+#include "platform/VLSettings.h"
 
 #include <QJsonDocument>
 #include <QJsonObject>

@@ -1,6 +1,6 @@
 #include "cli/InspectCommand.h"
 
-#include "cli/AppJson.h"
+#include "model/AppJson.h"
 #include "model/BundleReader.h"
 #include "model/VLApp.h"
 #include "model/VLMdItem.h"

@@ -1,10 +1,10 @@
 #include "cli/ListCommand.h"
 
-#include "cli/AppJson.h"
+#include "model/AppJson.h"
 #include "cli/RecordLines.h"
 #include "scan/OutdatedFilter.h"
 #include "scan/VLScanData.h"
-#include "scan/VLSettings.h"
+#include "platform/VLSettings.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>

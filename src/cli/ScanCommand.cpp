@@ -1,9 +1,9 @@
 #include "cli/ScanCommand.h"
 
-#include "cli/AppJson.h"
+#include "model/AppJson.h"
 #include "cli/RecordLines.h"
 #include "scan/VLAppScanner.h"
-#include "scan/VLNotificationCenter.h"
+#include "platform/VLNotificationCenter.h"
 
 #include <QEventLoop>
 #include <QJsonArray>

@@ -3,7 +3,7 @@
 // Settings as text on the command line: the type flags of "defaults write" and the old-style property-list
 // text that "defaults read" prints.
 
-#include "scan/VLSettings.h"
+#include "platform/VLSettings.h"
 
 #include <QList>
 #include <QPair>

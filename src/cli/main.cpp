@@ -1,7 +1,7 @@
 // velmora-cli: Velmora Desktop without a display, for terminals, scripts and servers.
 
 #include "cli/Command.h"
-#include "model/Log.h"
+#include "platform/Log.h"
 
 #include <QCoreApplication>
 

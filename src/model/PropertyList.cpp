@@ -1,6 +1,6 @@
 #include "model/PropertyList.h"
 
-#include "model/FileBytes.h"
+#include "platform/FileBytes.h"
 #include "model/OldStylePlistParser.h"
 #include "model/PlistNesting.h"
 

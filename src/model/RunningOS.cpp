@@ -2,7 +2,7 @@
 
 #include "model/PropertyList.h"
 #include "model/VLMdItem.h"
-#include "scan/VLSettings.h"
+#include "platform/VLSettings.h"
 
 #include <QMutex>
 

@@ -1,8 +1,8 @@
 #include "model/VLApp.h"
 
-#include "model/AppPaths.h"
+#include "platform/AppPaths.h"
 #include "model/BundleReader.h"
-#include "model/Log.h"
+#include "platform/Log.h"
 #include "model/PathNames.h"
 #include "model/StringUtils.h"
 #include "model/VLMdItem.h"

@@ -37,21 +37,13 @@ public:
     static VLApp initWithPromoItem(const QVariantMap &item);
     static std::optional<VLApp> initWithLink(const QString &link);
 
-    // Catalogue updates in place, the app-info fetch, the member's watch list on the server and the icon cache.
-    // The updates from items run on the caller's thread. The network calls wait for their reply, so they
-    // belong on worker threads; they return whether the service answered with success and change nothing otherwise.
+    // Catalogue updates in place (the calls to the service that feed them are VLAppOnServer's).
     void updateWithServerItemJSON(const QVariantMap &item);
     void updateWithServerItem(const QVariantMap &item);
     void updateWithWatchListsItem(const QVariantMap &item);
     void updateWithPromoPurchaseItem(const QVariantMap &item);
-    // Applies an app-info reply; updateWithServerInfo fetches one for vlID and applies it.
+    // Applies an app-info reply.
     void applyServerInfo(const QVariantMap &info);
-    bool updateWithServerInfo();
-    bool saveToWatchListOnServer() const;
-    bool removeFromWatchListOnServer() const;
-    // Loads appIcon: the bundle's icon for an installed record, else the cached catalogue icon, fetched
-    // into the cache first when it is not there yet; "" (the generic icon) when nothing yields one.
-    void getIcon();
     // The cache file of a catalogue icon: dataFolder()/mcache_600/<digestString>; "" for a digest unfit as a file name.
     static QString catalogueIconPath(const QString &digest);
     // The value of a catalogue item's key as text; absent (null) when the key is missing or holds null.

@@ -1,8 +1,8 @@
 // Records made and refreshed from the catalogue: matching-reply items (short keys) and their older long-key
 // form, watch-list, purchase and promotion items, app-info replies and install links.
 
-#include "model/AppPaths.h"
-#include "model/Log.h"
+#include "platform/AppPaths.h"
+#include "platform/Log.h"
 #include "model/PathNames.h"
 #include "model/StringUtils.h"
 #include "model/VLApp.h"

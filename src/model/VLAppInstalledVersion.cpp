@@ -1,7 +1,7 @@
 // Reading the installed facts of a record from its bundle on disk.
 
 #include "model/BundleReader.h"
-#include "model/Log.h"
+#include "platform/Log.h"
 #include "model/StringUtils.h"
 #include "model/VLApp.h"
 #include "model/VersionRules.h"

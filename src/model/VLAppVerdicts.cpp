@@ -1,6 +1,6 @@
 // The record's verdicts: outdated, paid upgrade, needs a newer OS.
 
-#include "model/Log.h"
+#include "platform/Log.h"
 #include "model/RunningOS.h"
 #include "model/StringUtils.h"
 #include "model/VLApp.h"

@@ -1,6 +1,6 @@
 #include "scan/BundleWalk.h"
 
-#include "model/Log.h"
+#include "platform/Log.h"
 
 #include <QFile>
 #include <QHash>

@@ -1,6 +1,6 @@
 #include "scan/OutdatedFilter.h"
 
-#include "scan/VLSettings.h"
+#include "platform/VLSettings.h"
 
 OutdatedFilterOptions OutdatedFilterOptions::fromSettings(const VLSettings &settings)
 {

@@ -1,6 +1,6 @@
 #include "scan/ScanMerge.h"
 
-#include "model/Log.h"
+#include "platform/Log.h"
 
 #include <QFileInfo>
 #include <QHash>

@@ -1,6 +1,6 @@
 #include "scan/ScanStoreFile.h"
 
-#include "model/AppPaths.h"
+#include "platform/AppPaths.h"
 
 #include <QDir>
 #include <QFile>

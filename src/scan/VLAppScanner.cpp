@@ -1,12 +1,12 @@
 #include "scan/VLAppScanner.h"
 
 #include "model/BundleReader.h"
-#include "model/Log.h"
+#include "platform/Log.h"
 #include "model/VLMdItem.h"
 #include "scan/BundleWalk.h"
-#include "scan/ParallelMap.h"
-#include "scan/VLNotificationCenter.h"
-#include "scan/VLSettings.h"
+#include "platform/ParallelMap.h"
+#include "platform/VLNotificationCenter.h"
+#include "platform/VLSettings.h"
 
 #include <QDir>
 

@@ -2,7 +2,7 @@
 
 #include "model/BundleReader.h"
 #include "model/PathNames.h"
-#include "services/WebRequest.h"
+#include "platform/WebRequest.h"
 
 #include <QDir>
 #include <QStringDecoder>

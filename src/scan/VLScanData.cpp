@@ -1,6 +1,6 @@
 #include "scan/VLScanData.h"
 
-#include "scan/ParallelMap.h"
+#include "platform/ParallelMap.h"
 #include "scan/ScanMerge.h"
 
 #include <QJsonArray>

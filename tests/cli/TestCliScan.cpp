@@ -2,7 +2,7 @@
 
 #include "scan/VLAppScanner.h"
 #include "scan/VLScanData.h"
-#include "scan/VLSettings.h"
+#include "platform/VLSettings.h"
 #include "support/BundleTree.h"
 #include "support/CliRunner.h"
 #include "support/PlistFiles.h"

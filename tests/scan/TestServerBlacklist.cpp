@@ -1,8 +1,8 @@
 #include "support/TestMain.h"
 
 #include "scan/VLAppScanner.h"
-#include "scan/VLNotificationCenter.h"
-#include "scan/VLSettings.h"
+#include "platform/VLNotificationCenter.h"
+#include "platform/VLSettings.h"
 #include "support/BundleTree.h"
 #include "support/ServiceProcess.h"
 

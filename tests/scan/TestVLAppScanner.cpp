@@ -2,8 +2,8 @@
 
 #include "scan/BundleWalk.h"
 #include "scan/VLAppScanner.h"
-#include "scan/VLNotificationCenter.h"
-#include "scan/VLSettings.h"
+#include "platform/VLNotificationCenter.h"
+#include "platform/VLSettings.h"
 #include "support/BundleTree.h"
 
 #include <QDir>

@@ -4,8 +4,9 @@
 #include "model/PropertyList.h"
 #include "model/StringUtils.h"
 #include "model/VLApp.h"
-#include "scan/VLSettings.h"
-#include "services/WebRequest.h"
+#include "platform/VLSettings.h"
+#include "platform/WebRequest.h"
+#include "services/VLAppOnServer.h"
 #include "support/ServiceProcess.h"
 #include "support/TestMain.h"
 
@@ -71,10 +72,7 @@ private slots:
         m_base = m_service.baseUrl();
     }
 
-    void init()
-    {
-        pointHostsAt(m_base);
-    }
+    void init() { pointHostsAt(m_base); }
 
     void repliesAndRedirects()
     {
@@ -89,7 +87,8 @@ private slots:
         QCOMPARE(posted.status, 400);
 
         const QString target = info + QStringLiteral("5002");
-        const WebResult created = sendWebRequest(WebRequest::get(QUrl(m_base + QStringLiteral("/api-create.php?url=") + target)));
+        const WebResult created =
+            sendWebRequest(WebRequest::get(QUrl(m_base + QStringLiteral("/api-create.php?url=") + target)));
         const QUrl shortLink(QString::fromUtf8(created.body).trimmed());
         const WebResult followed = sendWebRequest(WebRequest::get(shortLink));
         QCOMPARE(followed.status, 200);
@@ -129,7 +128,8 @@ private slots:
         // On a worker thread, as the program runs it.
         VLApp app = linkRecord("5001");
         bool updated = false;
-        const std::unique_ptr<QThread> worker(QThread::create([&app, &updated] { updated = app.updateWithServerInfo(); }));
+        const std::unique_ptr<QThread> worker(
+            QThread::create([&app, &updated] { updated = VLAppOnServer::updateWithServerInfo(app); }));
         worker->start();
         QVERIFY(worker->wait(60000));
         QVERIFY(updated);
@@ -150,7 +150,7 @@ private slots:
 
         VLApp unknown = linkRecord("999999");
         const QJsonObject before = unknown.encodeWithCoder();
-        QVERIFY(!unknown.updateWithServerInfo());
+        QVERIFY(!VLAppOnServer::updateWithServerInfo(unknown));
         QCOMPARE(unknown.encodeWithCoder(), before);
     }
 
@@ -159,21 +159,21 @@ private slots:
         VLApp app = linkRecord("5003");
         const QString cache = VLApp::catalogueIconPath(md5HexHash(QStringLiteral("5003")));
         QVERIFY(!QFileInfo::exists(cache));
-        app.getIcon();
+        VLAppOnServer::getIcon(app);
         QCOMPARE(app.appIcon, cache);
         QFile file(cache);
         QVERIFY(file.open(QIODevice::ReadOnly));
         QVERIFY(file.read(8) == QByteArray("\x89PNG\r\n\x1a\n", 8));
 
         VLApp unknown = linkRecord("999997");
-        unknown.getIcon();
+        VLAppOnServer::getIcon(unknown);
         QCOMPARE(unknown.appIcon, QStringLiteral(""));
         QVERIFY(!QFileInfo::exists(VLApp::catalogueIconPath(unknown.digestString)));
 
         // With the site gone, the cached file still serves.
         pointHostsAt(QStringLiteral("http://127.0.0.1:%1").arg(closedPort()));
         VLApp again = linkRecord("5003");
-        again.getIcon();
+        VLAppOnServer::getIcon(again);
         QCOMPARE(again.appIcon, cache);
     }
 
@@ -190,10 +190,10 @@ private slots:
         QVERIFY(!memberId.isEmpty());
         VLApp app = linkRecord("5003");
 
-        QVERIFY(!app.saveToWatchListOnServer()); // nobody logged in
+        QVERIFY(!VLAppOnServer::saveToWatchListOnServer(app)); // nobody logged in
         setSetting(SettingKey::lastlogin, memberId.toInt());
         setSetting(SettingKey::sendEmail, true);
-        QVERIFY(app.saveToWatchListOnServer());
+        QVERIFY(VLAppOnServer::saveToWatchListOnServer(app));
         const QByteArray added = "GET /vld6watchlists/awl/z/" + md5HexHash(memberId).toLatin1() + "/m/5003/e/1 200";
         QVERIFY(m_service.waitForLog(added));
 
@@ -205,10 +205,10 @@ private slots:
         QVERIFY(listed.download_url.startsWith(m_base + QStringLiteral("/files/")));
         QCOMPARE(listed.localPath, QStringLiteral("-"));
 
-        QVERIFY(app.removeFromWatchListOnServer());
+        QVERIFY(VLAppOnServer::removeFromWatchListOnServer(app));
         QVERIFY(watchListEntries(m_base, memberId).isEmpty());
-        QVERIFY(!app.removeFromWatchListOnServer()); // no longer on the list
-        QVERIFY(!linkRecord("999996").saveToWatchListOnServer());
+        QVERIFY(!VLAppOnServer::removeFromWatchListOnServer(app)); // no longer on the list
+        QVERIFY(!VLAppOnServer::saveToWatchListOnServer(linkRecord("999996")));
         VLSettings().remove(QString::fromLatin1(SettingKey::lastlogin));
     }
 };

@@ -1,11 +1,9 @@
-// The record's own calls to the service and the site: app information, watch-list changes and catalogue icons.
-// Each waits for its reply on the calling thread.
+#include "services/VLAppOnServer.h"
 
-#include "model/Log.h"
 #include "model/StringUtils.h"
 #include "model/VLApp.h"
-#include "scan/VLSettings.h"
-#include "services/WebRequest.h"
+#include "platform/VLSettings.h"
+#include "platform/WebRequest.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -47,8 +45,8 @@ bool fetchCatalogueIcon(const QString &vlID, const QString &cachePath)
     if (vlID.isEmpty()) {
         return false;
     }
-    const QUrl url(VLSettings().hostURL(SettingKey::siteHost, QStringLiteral("http")) + QStringLiteral("/util/iconlg/") +
-                   pathSegment(vlID) + QStringLiteral(".png"));
+    const QUrl url(VLSettings().hostURL(SettingKey::siteHost, QStringLiteral("http")) +
+                   QStringLiteral("/util/iconlg/") + pathSegment(vlID) + QStringLiteral(".png"));
     WebRequest request = WebRequest::get(url, QStringLiteral("Icon"));
     request.headers.append({QByteArrayLiteral("Accept-Encoding"), QByteArrayLiteral("identity")});
     const WebResult result = sendWebRequest(request);
@@ -64,13 +62,15 @@ bool fetchCatalogueIcon(const QString &vlID, const QString &cachePath)
 
 } // namespace
 
-bool VLApp::updateWithServerInfo()
+namespace VLAppOnServer {
+
+bool updateWithServerInfo(VLApp &app)
 {
-    if (vlID.isEmpty()) {
+    if (app.vlID.isEmpty()) {
         return false;
     }
     const QUrl url(VLSettings().hostURL(SettingKey::serviceHost, QStringLiteral("http")) +
-                   QStringLiteral("/vld6appinfo/index/vlid/") + pathSegment(vlID));
+                   QStringLiteral("/vld6appinfo/index/vlid/") + pathSegment(app.vlID));
     const WebResult result = sendWebRequest(WebRequest::get(url, QStringLiteral("App Info")));
     if (!result.succeeded()) {
         return false;
@@ -79,37 +79,39 @@ bool VLApp::updateWithServerInfo()
     if (!reply.isObject()) {
         return false;
     }
-    applyServerInfo(reply.object().toVariantMap());
+    app.applyServerInfo(reply.object().toVariantMap());
     return true;
 }
 
-bool VLApp::saveToWatchListOnServer() const
+bool saveToWatchListOnServer(const VLApp &app)
 {
-    return changeWatchList(true, vlID);
+    return changeWatchList(true, app.vlID);
 }
 
-bool VLApp::removeFromWatchListOnServer() const
+bool removeFromWatchListOnServer(const VLApp &app)
 {
-    return changeWatchList(false, vlID);
+    return changeWatchList(false, app.vlID);
 }
 
-void VLApp::getIcon()
+void getIcon(VLApp &app)
 {
-    if (isInstalled()) {
-        appIcon = iconFilePath();
+    if (app.isInstalled()) {
+        app.appIcon = app.iconFilePath();
         return;
     }
-    if (orderid.isEmpty() && deal_id.isEmpty() && vlID.isEmpty()) {
-        appIcon = QStringLiteral("");
+    if (app.orderid.isEmpty() && app.deal_id.isEmpty() && app.vlID.isEmpty()) {
+        app.appIcon = QStringLiteral("");
         return;
     }
-    if (digestString.isEmpty()) {
-        digestString = md5HexHash(localPath);
+    if (app.digestString.isEmpty()) {
+        app.digestString = md5HexHash(app.localPath);
     }
-    const QString cache = catalogueIconPath(digestString);
-    if (!cache.isEmpty() && (QFileInfo::exists(cache) || fetchCatalogueIcon(vlID, cache))) {
-        appIcon = cache;
+    const QString cache = VLApp::catalogueIconPath(app.digestString);
+    if (!cache.isEmpty() && (QFileInfo::exists(cache) || fetchCatalogueIcon(app.vlID, cache))) {
+        app.appIcon = cache;
     } else {
-        appIcon = QStringLiteral("");
+        app.appIcon = QStringLiteral("");
     }
 }
+
+} // namespace VLAppOnServer

@@ -1,4 +1,6 @@
-#include "scan/VLSettings.h"
+#include "platform/VLSettings.h"
+
+#include "platform/VLSettingsNotifier.h"
 
 #include <QDir>
 #include <QSettings>
@@ -115,15 +117,23 @@ QStringList VLSettings::storedKeys() const
 bool VLSettings::setValue(const QString &key, const QVariant &value)
 {
     m_settings->setValue(key, value);
-    m_settings->sync();
-    return m_settings->status() == QSettings::NoError;
+    return commitChange(key);
 }
 
 bool VLSettings::remove(const QString &key)
 {
     m_settings->remove(key);
+    return commitChange(key);
+}
+
+bool VLSettings::commitChange(const QString &key)
+{
     m_settings->sync();
-    return m_settings->status() == QSettings::NoError;
+    const bool written = m_settings->status() == QSettings::NoError;
+    if (written) {
+        emit VLSettingsNotifier::instance().changed(key);
+    }
+    return written;
 }
 
 QString VLSettings::fileName() const

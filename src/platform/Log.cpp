@@ -1,4 +1,4 @@
-#include "model/Log.h"
+#include "platform/Log.h"
 
 #include <QRegularExpression>
 

@@ -74,7 +74,8 @@ public:
     bool contains(const QString &key) const;
     QStringList storedKeys() const;
 
-    // Both write the settings file at once; false when it could not be written (the change is then lost).
+    // Both write the settings file at once and tell VLSettingsNotifier; false when it could not be written (the
+    // change is then lost).
     bool setValue(const QString &key, const QVariant &value);
     bool remove(const QString &key);
     void sync();
@@ -87,5 +88,7 @@ public:
     QString volumeRoot() const;
 
 private:
+    bool commitChange(const QString &key);
+
     std::unique_ptr<QSettings> m_settings;
 };

@@ -1,7 +1,7 @@
 // The private temporary folder that downloads go to: made when missing, refused when someone else could have
 // planted or could enter it.
 
-#include "model/AppPaths.h"
+#include "platform/AppPaths.h"
 #include "support/TestMain.h"
 
 #include <QDir>

@@ -1,4 +1,4 @@
-#include "cli/AppJson.h"
+#include "model/AppJson.h"
 
 #include "model/VLApp.h"
 

@@ -1,4 +1,4 @@
-#include "model/FileBytes.h"
+#include "platform/FileBytes.h"
 
 #include <QFile>
 

@@ -1,4 +1,4 @@
-#include "scan/VLNotificationCenter.h"
+#include "platform/VLNotificationCenter.h"
 
 VLNotificationCenter &VLNotificationCenter::defaultCenter()
 {

@@ -1,6 +1,6 @@
-#include "model/AppPaths.h"
+#include "platform/AppPaths.h"
 
-#include "model/Log.h"
+#include "platform/Log.h"
 
 #include <QDir>
 #include <QStandardPaths>

@@ -1,0 +1,7 @@
+#include "platform/VLSettingsNotifier.h"
+
+VLSettingsNotifier &VLSettingsNotifier::instance()
+{
+    static VLSettingsNotifier notifier;
+    return notifier;
+}
