@@ -36,6 +36,7 @@ const std::vector<SettingDefinition> &VLSettings::definitions()
         {SettingKey::volumeRoot, SettingType::String, QStringLiteral("/")},
         {osVersion, SettingType::String, {}},
         {escalationCommand, SettingType::String, QStringLiteral("pkexec")},
+        {sendAnalytics, SettingType::Bool, true},
         {lastNotified, SettingType::String, {}},
         {searchpaths, SettingType::Array, {}},
         {lastlogin, SettingType::String, {}},

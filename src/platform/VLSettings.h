@@ -39,6 +39,8 @@ inline constexpr char shortenerHost[] = "shortenerHost";
 inline constexpr char volumeRoot[] = "volumeRoot";
 inline constexpr char osVersion[] = "osVersion";
 inline constexpr char escalationCommand[] = "escalationCommand";
+// Usage analytics may be turned off.
+inline constexpr char sendAnalytics[] = "sendAnalytics";
 // Used without a registered default.
 inline constexpr char lastNotified[] = "lastNotified";
 inline constexpr char searchpaths[] = "searchpaths";
