@@ -1,5 +1,6 @@
 #include "cli/Command.h"
 
+#include "cli/CheckCommand.h"
 #include "cli/DefaultsCommand.h"
 #include "cli/InspectCommand.h"
 #include "cli/ListCommand.h"
@@ -13,6 +14,7 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(std::make_unique<InspectCommand>());
     commands.push_back(std::make_unique<ScanCommand>());
     commands.push_back(std::make_unique<ListCommand>());
+    commands.push_back(std::make_unique<CheckCommand>());
     commands.push_back(std::make_unique<DefaultsCommand>());
     return commands;
 }

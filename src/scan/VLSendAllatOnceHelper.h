@@ -1,0 +1,35 @@
+#pragma once
+
+// One matching exchange: posts the request text to the service's "/vld603scan/automatch" and decodes the
+// zlib-compressed JSON reply into the catalogue records matched to the request's apps. It runs on the driver's
+// worker thread and returns when the exchange has ended, by success or failure; either way it posts
+// "VLUpdateDoneScannerFlag". A foreground exchange tells the user about a failure; a background one only logs it.
+
+#include <QString>
+#include <QVariantList>
+#include <QVariantMap>
+
+#include <optional>
+
+class VLSendAllatOnceHelper
+{
+public:
+    bool runningAsBackground = false;
+
+    void getMatches(const QString &post);
+
+    // The decoded reply, absent until one was decoded.
+    std::optional<QVariantMap> entriesDictionary;
+    // Its values, one catalogue record per matched app.
+    QVariantList serverApps;
+    bool doneScanning = false;
+
+    // The diagnostic file a failed foreground exchange leaves: "VLD Scan.dvld" in the user's documents folder.
+    static QString diagnosticFilePath();
+
+private:
+    void connectionDidFinishLoading(const QByteArray &receivedData);
+    void connectionDidFailWithError(const QString &error);
+    void saveStringToDocuments(const QString &text) const;
+    void finish();
+};
