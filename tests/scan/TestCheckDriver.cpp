@@ -1,0 +1,378 @@
+// The check from end to end: scan, request, reply, apply, save, against the real velmora-service on loopback and
+// against small hosts that answer what the service never would.
+
+#include "model/DateDescription.h"
+#include "model/StringUtils.h"
+#include "model/VLApp.h"
+#include "platform/RAZipper.h"
+#include "platform/UserFeedback.h"
+#include "platform/VLSettings.h"
+#include "scan/AutomatchPost.h"
+#include "scan/UpdateNotices.h"
+#include "scan/VLMainWindowController.h"
+#include "scan/VLScanData.h"
+#include "scan/VLSendAllatOnceHelper.h"
+#include "support/PlistFiles.h"
+#include "support/ServiceProcess.h"
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QJsonDocument>
+#include <QMutex>
+#include <QSignalSpy>
+#include <QTcpServer>
+#include <QTcpSocket>
+
+namespace {
+
+void setSetting(const char *key, const QVariant &value)
+{
+    VLSettings().setValue(QString::fromLatin1(key), value);
+}
+
+void pointHostsAt(const QString &base)
+{
+    for (const char *key : {SettingKey::serviceHost, SettingKey::siteHost, SettingKey::analyticsHost}) {
+        setSetting(key, base);
+    }
+}
+
+// Answers every request with one fixed body, after reading the request whole.
+class FixedReplyHost : public QTcpServer
+{
+public:
+    explicit FixedReplyHost(const QByteArray &body)
+        : m_body(body)
+    {
+        listen(QHostAddress::LocalHost);
+        connect(this, &QTcpServer::newConnection, this, [this] {
+            QTcpSocket *socket = nextPendingConnection();
+            connect(socket, &QTcpSocket::readyRead, socket, [this, socket] {
+                m_request += socket->readAll();
+                const qsizetype end = m_request.indexOf("\r\n\r\n");
+                const qsizetype length = m_request.mid(m_request.toLower().indexOf("content-length:") + 15).trimmed()
+                                             .split('\r').first().toLongLong();
+                if (end < 0 || m_request.size() < end + 4 + length) {
+                    return;
+                }
+                socket->write("HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " +
+                              QByteArray::number(m_body.size()) + "\r\n\r\n" + m_body);
+                socket->disconnectFromHost();
+                m_request.clear();
+            });
+        });
+    }
+    QString base() const { return QStringLiteral("http://127.0.0.1:%1").arg(serverPort()); }
+
+private:
+    QByteArray m_body;
+    QByteArray m_request;
+};
+
+class RecordingFeedback : public UserFeedback
+{
+public:
+    RecordingFeedback() { UserFeedback::install(this); }
+    ~RecordingFeedback() override { UserFeedback::install(nullptr); }
+    void showAlert(const QString &message, const QString &) override { add(QStringLiteral("alert: ") + message); }
+    void showSystemNotification(const QString &title, const QString &text, const QString &button) override
+    {
+        add(QStringLiteral("notice: %1 / %2 / %3").arg(title, text, button));
+    }
+    QStringList shown() const
+    {
+        const QMutexLocker lock(&m_mutex);
+        return m_shown;
+    }
+
+private:
+    void add(const QString &line)
+    {
+        const QMutexLocker lock(&m_mutex);
+        m_shown << line;
+    }
+    mutable QMutex m_mutex;
+    QStringList m_shown;
+};
+
+// One check to its end; false when the exchange failed.
+bool runCheck(bool background = false)
+{
+    VLMainWindowController driver;
+    QSignalSpy finished(&driver, &VLMainWindowController::checkFinished);
+    background ? driver.checkForUpdatesBackGround() : driver.checkForUpdates();
+    return finished.wait(60000) && finished.first().first().toBool();
+}
+
+AppList storedApps()
+{
+    return VLScanData().apps().value_or(AppList());
+}
+
+AppRef storedApp(const QString &vlID)
+{
+    for (const AppRef &app : storedApps()) {
+        if (app->vlID == vlID) {
+            return app;
+        }
+    }
+    return nullptr;
+}
+
+QStringList outdatedNames()
+{
+    VLMainWindowController driver;
+    QSignalSpy finished(&driver, &VLMainWindowController::checkFinished);
+    driver.loadScanDataOrRunScan(true);
+    finished.wait(30000);
+    QStringList names;
+    for (const AppRef &app : driver.outdatedApps()) {
+        names << app->displayName;
+    }
+    return names;
+}
+
+} // namespace
+
+class TestCheckDriver : public QObject
+{
+    Q_OBJECT
+
+    ServiceProcess m_service;
+    QString m_volume;
+
+    void installApp(const QString &name, const QString &bundleID, const QString &version)
+    {
+        PlistFiles::makeBundle(m_volume + QStringLiteral("/Applications/") + name + QStringLiteral(".app"),
+                               PlistFiles::info(bundleID, version));
+    }
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_service.start());
+        m_volume = QDir::homePath() + QStringLiteral("/volume");
+        setSetting(SettingKey::volumeRoot, m_volume);
+        installApp(QStringLiteral("Velmora Notes"), QStringLiteral("com.velmora.sample.notes"), QStringLiteral("1.0"));
+        installApp(QStringLiteral("Velmora Paint"), QStringLiteral("com.velmora.sample.paint"), QStringLiteral("1.0"));
+        installApp(QStringLiteral("Unknown Tool"), QStringLiteral("com.example.unknown"), QStringLiteral("3.1"));
+    }
+
+    void init()
+    {
+        pointHostsAt(m_service.baseUrl());
+        setSetting(SettingKey::sendAnalytics, false);
+    }
+
+    void requestText_data()
+    {
+        QTest::addColumn<QString>("localPath");
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<QString>("version");
+        QTest::addColumn<QDateTime>("opened");
+        QTest::addColumn<QString>("fields");
+        const QString path = QStringLiteral("/Applications/A b.app");
+        const QDateTime may4 = QDateTime(QDate(2013, 5, 4), QTime(12, 0), Qt::UTC);
+        QTest::newRow("encoded and as is") << path << QStringLiteral("A b.app") << QStringLiteral("1.0 b&2") << may4
+                                           << QStringLiteral("&app[3][t]=A%20b.app&app[3][p]=DIGEST&app[3][d]=A%20b"
+                                                             "&app[3][v]=1.0 b&2&app[3][b]=com.example.a"
+                                                             "&app[3][m]=2013-05-04%2012%3A00%3A00%20%2B0000");
+        QTest::newRow("absent values") << path << QStringLiteral("Café.app") << QString() << QDateTime()
+                                       << QStringLiteral("&app[3][t]=(null)&app[3][p]=DIGEST&app[3][d]=A%20b"
+                                                         "&app[3][v]=(null)&app[3][b]=com.example.a&app[3][m]=(null)");
+        QTest::newRow("not installed: nothing, index used") << QStringLiteral("-") << QStringLiteral("A b.app")
+                                                            << QStringLiteral("1") << may4 << QString();
+    }
+
+    void requestText()
+    {
+        QFETCH(QString, localPath);
+        QFETCH(QString, name);
+        QFETCH(QString, version);
+        QFETCH(QDateTime, opened);
+        QFETCH(QString, fields);
+        VLApp app;
+        app.localPath = localPath;
+        app.name = name;
+        app.digestString = QStringLiteral("DIGEST");
+        app.localizedName = QStringLiteral("A b");
+        app.localVersion = version;
+        app.bundleID = QStringLiteral("com.example.a");
+        app.lastOpened = opened;
+        QString post;
+        AutomatchPost::appendAppFields(post, 3, app);
+        QCOMPARE(post, fields);
+    }
+
+    void requestHead()
+    {
+        setSetting(SettingKey::serial, QStringLiteral("C02 X&Y"));
+        setSetting(SettingKey::penguin, QStringLiteral("uuid-1"));
+        QCOMPARE(AutomatchPost::createPostBackGroundScan(),
+                 QStringLiteral("vld=6.0.4&c=C02%20X%26Y&p=0&mid=0&uuid=uuid-1&type=background"));
+        QVERIFY(AutomatchPost::createPostManualScan().endsWith(QLatin1String("&type=manual")));
+        QVERIFY(AutomatchPost::createPost().endsWith(QLatin1String("&type=auto")));
+    }
+
+    void checksKeepTheUsersChoices()
+    {
+        QVERIFY(runCheck());
+        QCOMPARE(outdatedNames(), (QStringList{QStringLiteral("Velmora Notes"), QStringLiteral("Velmora Paint")}));
+        // New catalogue-only records come with a foreground check: the sample's apps that are not installed.
+        const AppRef notInstalled = storedApp(QStringLiteral("5003"));
+        QVERIFY(notInstalled && !notInstalled->isInstalled());
+
+        {
+            VLScanData store;
+            VLScanData::Change change(store);
+            for (const AppRef &app : store.apps().value_or(AppList())) {
+                if (app->vlID == QLatin1String("5001")) {
+                    app->skippedVersion = QStringLiteral("2.0");
+                }
+            }
+            QVERIFY(store.saveDataToDisk());
+        }
+        QVERIFY(runCheck());
+        QCOMPARE(outdatedNames(), QStringList{QStringLiteral("Velmora Paint")});
+        QCOMPARE(storedApp(QStringLiteral("5001"))->skippedVersion, QStringLiteral("2.0"));
+        QCOMPARE(storedApps().size(), storedApps().size()); // nothing doubled by a second check
+        const AppList apps = storedApps();
+        QSet<QString> digests;
+        for (const AppRef &app : apps) {
+            digests.insert(app->digestString);
+        }
+        QCOMPARE(digests.size(), apps.size());
+    }
+
+    void failedExchanges_data()
+    {
+        QTest::addColumn<QByteArray>("reply");
+        QTest::addColumn<bool>("background");
+        QTest::addColumn<QStringList>("shown");
+        QTest::addColumn<bool>("diagnosticFile");
+        const QStringList receiving{QStringLiteral("alert: There was an error receiving updates.")};
+        QTest::newRow("not zlib") << QByteArray("hello") << false << receiving << true;
+        QTest::newRow("zlib, not JSON") << *RAZipper::compressedDataForData("[1, 2") << false << receiving << true;
+        QTest::newRow("empty") << QByteArray() << false << receiving << true;
+        QTest::newRow("refused") << QByteArray("closed") << false << QStringList{QStringLiteral("alert: Connection error!")}
+                                 << false;
+        QTest::newRow("background: nothing shown") << QByteArray("hello") << true << QStringList() << false;
+    }
+
+    void failedExchanges()
+    {
+        QFETCH(QByteArray, reply);
+        QFETCH(bool, background);
+        QFETCH(QStringList, shown);
+        QFETCH(bool, diagnosticFile);
+        QVERIFY(runCheck());
+        const QByteArray before = [] {
+            QFile file(VLScanData::pathForDataFile());
+            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+        }();
+        QFile::remove(VLSendAllatOnceHelper::diagnosticFilePath());
+
+        FixedReplyHost host(reply);
+        if (reply == "closed") {
+            host.close();
+        }
+        pointHostsAt(host.base());
+        RecordingFeedback feedback;
+        QSignalSpy done(&VLNotificationCenter::defaultCenter(), &VLNotificationCenter::posted);
+        QVERIFY(!runCheck(background));
+        QCOMPARE(feedback.shown(), shown);
+        QCOMPARE(QFile::exists(VLSendAllatOnceHelper::diagnosticFilePath()), diagnosticFile);
+        QVERIFY(std::any_of(done.cbegin(), done.cend(), [](const QList<QVariant> &event) {
+            return event.first().toString() == QLatin1String("VLUpdateDoneScannerFlag");
+        }));
+        // The records merged before the exchange are all the store holds: nothing of a failed match.
+        QFile file(VLScanData::pathForDataFile());
+        QVERIFY(file.open(QIODevice::ReadOnly));
+        QCOMPARE(QJsonDocument::fromJson(file.readAll()), QJsonDocument::fromJson(before));
+    }
+
+    void digestFallback()
+    {
+        // A reply record without "h" is matched by the MD5 of its catalogue id; a second reply updates it.
+        const auto reply = [](const char *version) {
+            const QJsonObject item{{QStringLiteral("m"), QStringLiteral("7001")},
+                                   {QStringLiteral("g"), QStringLiteral("Catalogue Only")},
+                                   {QStringLiteral("j"), QString::fromLatin1(version)}};
+            return *RAZipper::compressedDataForData(QJsonDocument(QJsonObject{{QStringLiteral("0"), item}}).toJson());
+        };
+        for (const char *version : {"1.0", "2.0"}) {
+            FixedReplyHost host(reply(version));
+            pointHostsAt(host.base());
+            QVERIFY(runCheck());
+        }
+        int copies = 0;
+        for (const AppRef &app : storedApps()) {
+            if (app->vlID == QLatin1String("7001")) {
+                ++copies;
+                QCOMPARE(app->vlVersion, QStringLiteral("2.0"));
+                QCOMPARE(app->digestString, md5HexHash(QStringLiteral("7001")));
+            }
+        }
+        QCOMPARE(copies, 1);
+    }
+
+    void startUp_data()
+    {
+        QTest::addColumn<int>("age");
+        QTest::addColumn<bool>("loginItem");
+        QTest::addColumn<bool>("scans");
+        QTest::newRow("matched 14399 s ago") << 14399 << false << false;
+        QTest::newRow("matched 14401 s ago") << 14401 << false << true;
+        QTest::newRow("14401 s, started by the login item") << 14401 << true << false;
+    }
+
+    void startUp()
+    {
+        QFETCH(int, age);
+        QFETCH(bool, loginItem);
+        QFETCH(bool, scans);
+        QVERIFY(runCheck());
+        {
+            VLScanData store;
+            VLScanData::Change change(store);
+            store.apps()->first()->lastmatched = dateDescription(QDateTime::currentDateTimeUtc().addSecs(-age));
+            QVERIFY(store.saveDataToDisk());
+        }
+        const int before = m_service.log().count("/vld603scan/automatch");
+        VLMainWindowController driver;
+        QSignalSpy finished(&driver, &VLMainWindowController::checkFinished);
+        driver.loadScanDataOrRunScan(loginItem);
+        QVERIFY(finished.wait(60000));
+        QVERIFY(m_service.waitForLog("GET", 100)); // the log line follows the answer
+        QCOMPARE(m_service.log().count("/vld603scan/automatch") > before, scans);
+    }
+
+    void countingSinceLastNotified_data()
+    {
+        QTest::addColumn<QString>("lastNotified");
+        QTest::addColumn<int>("count");
+        QTest::newRow("never notified: every outdated record") << QString() << 3;
+        QTest::newRow("dates after it count") << QStringLiteral("2026-11-19 10:00:00 +0000") << 2;
+        QTest::newRow("nothing newer: no notification") << QStringLiteral("2026-12-01 00:00:00 +0000") << 0;
+    }
+
+    void countingSinceLastNotified()
+    {
+        QFETCH(QString, lastNotified);
+        QFETCH(int, count);
+        VLSettings().remove(QString::fromLatin1(SettingKey::lastNotified));
+        if (!lastNotified.isNull()) {
+            setSetting(SettingKey::lastNotified, lastNotified);
+        }
+        AppList outdated;
+        for (const char *date : {"Nov 20, 2026", "2026-11-22", "Nov 1, 2026"}) {
+            outdated.append(std::make_shared<VLApp>());
+            outdated.last()->vlDate = QString::fromLatin1(date);
+        }
+        QCOMPARE(UpdateNotices::countNumberOfUpdatesFoundSinceLastScan(outdated), count);
+    }
+};
+
+VELMORA_TEST_MAIN(TestCheckDriver)
+#include "TestCheckDriver.moc"
