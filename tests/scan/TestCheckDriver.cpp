@@ -236,7 +236,7 @@ private slots:
         QVERIFY(runCheck());
         QCOMPARE(outdatedNames(), QStringList{QStringLiteral("Velmora Paint")});
         QCOMPARE(storedApp(QStringLiteral("5001"))->skippedVersion, QStringLiteral("2.0"));
-        QCOMPARE(storedApps().size(), storedApps().size()); // nothing doubled by a second check
+        // Nothing doubled by the second check.
         const AppList apps = storedApps();
         QSet<QString> digests;
         for (const AppRef &app : apps) {
@@ -274,10 +274,10 @@ private slots:
         QFile::remove(VLSendAllatOnceHelper::diagnosticFilePath());
 
         FixedReplyHost host(reply);
+        pointHostsAt(host.base());
         if (reply == "closed") {
             host.close();
         }
-        pointHostsAt(host.base());
         RecordingFeedback feedback;
         QSignalSpy done(&VLNotificationCenter::defaultCenter(), &VLNotificationCenter::posted);
         QVERIFY(!runCheck(background));
@@ -344,8 +344,11 @@ private slots:
         QSignalSpy finished(&driver, &VLMainWindowController::checkFinished);
         driver.loadScanDataOrRunScan(loginItem);
         QVERIFY(finished.wait(60000));
-        QVERIFY(m_service.waitForLog("GET", 100)); // the log line follows the answer
-        QCOMPARE(m_service.log().count("/vld603scan/automatch") > before, scans);
+        if (scans) {
+            QTRY_VERIFY(m_service.log().count("/vld603scan/automatch") > before); // the line follows the answer
+        } else {
+            QCOMPARE(m_service.log().count("/vld603scan/automatch"), before);
+        }
     }
 
     void countingSinceLastNotified_data()
