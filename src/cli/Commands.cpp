@@ -1,6 +1,7 @@
 #include "cli/Command.h"
 
 #include "cli/CheckCommand.h"
+#include "cli/ChoiceCommand.h"
 #include "cli/DefaultsCommand.h"
 #include "cli/InspectCommand.h"
 #include "cli/ListCommand.h"
@@ -15,6 +16,10 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(std::make_unique<ScanCommand>());
     commands.push_back(std::make_unique<ListCommand>());
     commands.push_back(std::make_unique<CheckCommand>());
+    for (const auto choice : {ChoiceCommand::Choice::Ignore, ChoiceCommand::Choice::SetCurrent,
+                              ChoiceCommand::Choice::UnsetCurrent, ChoiceCommand::Choice::DontCheck}) {
+        commands.push_back(std::make_unique<ChoiceCommand>(choice));
+    }
     commands.push_back(std::make_unique<DefaultsCommand>());
     return commands;
 }

@@ -45,6 +45,10 @@ int ListCommand::execute(const QStringList &arguments, CommandContext &ctx)
     }
 
     VLScanData store;
+    if (!store.apps()) {
+        ctx.err << "notice: " << tr("no check has been made yet; run velmora-cli check") << '
+';
+    }
     const AppList apps = store.apps().value_or(AppList());
     AppList listed;
     if (filter == QLatin1String("--outdated")) {
