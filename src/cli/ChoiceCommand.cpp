@@ -1,7 +1,6 @@
 #include "cli/ChoiceCommand.h"
 
 #include "model/UserChoices.h"
-#include "platform/VLSettings.h"
 #include "scan/VLScanData.h"
 #include "services/VLGoogleTracking.h"
 
@@ -97,8 +96,9 @@ int ChoiceCommand::execute(const QStringList &arguments, CommandContext &ctx)
     }
     if (matches.size() != 1) {
         ctx.err << "error: "
-                << (matches.isEmpty() ? tr("no app %1 in the stored scan").arg(wanted)
-                                      : tr("%1 names %2 apps; use a catalogue id or a path").arg(wanted).arg(matches.size()))
+                << (matches.isEmpty()
+                        ? tr("no app %1 in the stored scan").arg(wanted)
+                        : tr("%1 names %2 apps; use a catalogue id or a path").arg(wanted).arg(matches.size()))
                 << '\n';
         return ExitFailure;
     }

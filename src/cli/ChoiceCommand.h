@@ -11,10 +11,7 @@ class ChoiceCommand : public Command
 public:
     enum class Choice { Ignore, SetCurrent, UnsetCurrent, DontCheck };
 
-    explicit ChoiceCommand(Choice choice)
-        : m_choice(choice)
-    {
-    }
+    explicit ChoiceCommand(Choice choice) : m_choice(choice) {}
     QString name() const override;
     QString description() const override;
     QString help() const override;

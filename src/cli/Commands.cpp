@@ -2,9 +2,11 @@
 
 #include "cli/CheckCommand.h"
 #include "cli/ChoiceCommand.h"
+#include "cli/DaemonCommand.h"
 #include "cli/DefaultsCommand.h"
 #include "cli/InspectCommand.h"
 #include "cli/ListCommand.h"
+#include "cli/OpenLinkCommand.h"
 #include "cli/ScanCommand.h"
 #include "cli/VersionCommand.h"
 
@@ -20,6 +22,8 @@ std::vector<std::unique_ptr<Command>> allCommands()
                               ChoiceCommand::Choice::UnsetCurrent, ChoiceCommand::Choice::DontCheck}) {
         commands.push_back(std::make_unique<ChoiceCommand>(choice));
     }
+    commands.push_back(std::make_unique<DaemonCommand>());
+    commands.push_back(std::make_unique<OpenLinkCommand>());
     commands.push_back(std::make_unique<DefaultsCommand>());
     return commands;
 }

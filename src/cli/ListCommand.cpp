@@ -1,10 +1,10 @@
 #include "cli/ListCommand.h"
 
-#include "model/AppJson.h"
 #include "cli/RecordLines.h"
+#include "model/AppJson.h"
+#include "platform/VLSettings.h"
 #include "scan/OutdatedFilter.h"
 #include "scan/VLScanData.h"
-#include "platform/VLSettings.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -46,8 +46,7 @@ int ListCommand::execute(const QStringList &arguments, CommandContext &ctx)
 
     VLScanData store;
     if (!store.apps()) {
-        ctx.err << "notice: " << tr("no check has been made yet; run velmora-cli check") << '
-';
+        ctx.err << "notice: " << tr("no check has been made yet; run velmora-cli check") << '\n';
     }
     const AppList apps = store.apps().value_or(AppList());
     AppList listed;

@@ -2,6 +2,7 @@
 
 #include "cli/Command.h"
 #include "platform/Log.h"
+#include "services/VLGoogleTracking.h"
 
 #include <QCoreApplication>
 
@@ -114,6 +115,7 @@ int main(int argc, char **argv)
     }
     installLogRouting(ctx.verbose);
     const int exitCode = command->execute(arguments, ctx);
+    VLGoogleTracking::waitForPendingHits(5000);
     out.flush();
     err.flush();
     return exitCode;

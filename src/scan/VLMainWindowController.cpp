@@ -50,46 +50,57 @@ VLMainWindowController::~VLMainWindowController()
     }
 }
 
-void VLMainWindowController::runOnWorker(std::function<void()> work)
+void VLMainWindowController::runOnWorker(std::function<void()> work, std::function<void()> then)
 {
     if (m_worker.joinable()) {
-        m_worker.join(); // it has finished: a new check starts only when m_workerRunning is false
+        m_worker.join(); // it has finished: a new job starts only when m_workerRunning is false
     }
     m_workerRunning = true;
-    m_worker = std::thread([this, work = std::move(work)] {
+    m_worker = std::thread([this, work = std::move(work), then = std::move(then)] {
         // The store is read here, never on the front end's thread.
         if (!m_scanData) {
             m_scanData = std::make_unique<VLScanData>();
         }
         work();
         m_workerRunning = false;
+        if (then) {
+            QMetaObject::invokeMethod(this, then, Qt::QueuedConnection);
+        }
     });
+}
+
+void VLMainWindowController::runCheckOnWorker(std::function<bool()> check)
+{
+    auto matched = std::make_shared<bool>(false);
+    runOnWorker([matched, check = std::move(check)] { *matched = check(); },
+                [this, matched] {
+                    emit listChanged();
+                    emit checkFinished(*matched);
+                });
 }
 
 void VLMainWindowController::loadScanDataOrRunScan(bool appLaunchedFromLoginItem)
 {
     m_donescanning = false;
-    runOnWorker([this, appLaunchedFromLoginItem] {
-        const std::optional<AppList> apps = m_scanData->apps();
-        std::optional<QDateTime> matched;
-        if (apps && !apps->isEmpty()) {
-            matched = dateFromDescription(apps->first()->lastmatched);
-        }
-        const bool stale = !matched || qAbs(matched->secsTo(QDateTime::currentDateTimeUtc())) > kRescanAgeSeconds;
-        QMetaObject::invokeMethod(
-            this,
-            [this, stale, appLaunchedFromLoginItem] {
-                if (!appLaunchedFromLoginItem && stale) {
-                    m_forceServerMatch = true;
-                    showScanningScreenAndStartScanning(false);
-                    return;
-                }
-                m_donescanning = true;
-                emit listChanged();
-                emit checkFinished(true);
-            },
-            Qt::QueuedConnection);
-    });
+    auto stale = std::make_shared<bool>(true);
+    runOnWorker(
+        [this, stale] {
+            const std::optional<AppList> apps = m_scanData->apps();
+            if (apps && !apps->isEmpty()) {
+                const std::optional<QDateTime> matched = dateFromDescription(apps->first()->lastmatched);
+                *stale = !matched || qAbs(matched->secsTo(QDateTime::currentDateTimeUtc())) > kRescanAgeSeconds;
+            }
+        },
+        [this, stale, appLaunchedFromLoginItem] {
+            if (!appLaunchedFromLoginItem && *stale) {
+                m_forceServerMatch = true;
+                showScanningScreenAndStartScanning(false);
+                return;
+            }
+            m_donescanning = true;
+            emit listChanged();
+            emit checkFinished(true);
+        });
 }
 
 void VLMainWindowController::checkForUpdates(bool forceReset)
@@ -142,28 +153,29 @@ void VLMainWindowController::checkForUpdatesToMASApps()
         vlLog(QStringLiteral("MAS CHECK skipped - scanning in progress"));
         return;
     }
-    runOnWorker([this] {
-        VLScanData::Change change(*m_scanData);
-        bool changed = false;
-        for (const AppRef &app : m_scanData->apps().value_or(AppList())) {
-            if (!app->isAppStore || !app->isInstalled()) {
-                continue;
+    runOnWorker(
+        [this] {
+            VLScanData::Change change(*m_scanData);
+            bool changed = false;
+            for (const AppRef &app : m_scanData->apps().value_or(AppList())) {
+                if (!app->isAppStore || !app->isInstalled()) {
+                    continue;
+                }
+                const QString before = app->localVersion;
+                app->getLocalVersionTakingIntoAccountVersionOverride();
+                if (app->localVersion != before) {
+                    app->checkIfOutdated();
+                    vlLog(QStringLiteral("MAS app new version set %1 %2 %3 isOutdated:%4")
+                              .arg(app->displayName, app->localVersion, app->vlVersion)
+                              .arg(int(app->isOutdated)));
+                    changed = true;
+                }
             }
-            const QString before = app->localVersion;
-            app->getLocalVersionTakingIntoAccountVersionOverride();
-            if (app->localVersion != before) {
-                app->checkIfOutdated();
-                vlLog(QStringLiteral("MAS app new version set %1 %2 %3 isOutdated:%4")
-                          .arg(app->displayName, app->localVersion, app->vlVersion)
-                          .arg(int(app->isOutdated)));
-                changed = true;
+            if (changed) {
+                saveAppDatabase();
             }
-        }
-        if (changed) {
-            saveAppDatabase();
-            emit listChanged();
-        }
-    });
+        },
+        [this] { emit listChanged(); });
 }
 
 void VLMainWindowController::showScanningScreenAndStartScanning(bool background)
@@ -177,10 +189,10 @@ void VLMainWindowController::showScanningScreenAndStartScanning(bool background)
 
 void VLMainWindowController::matchScanData(const AppList &scanned, Mode mode)
 {
-    runOnWorker([this, scanned, mode] { loopScanBackgroundThread(scanned, mode); });
+    runCheckOnWorker([this, scanned, mode] { return loopScanBackgroundThread(scanned, mode); });
 }
 
-void VLMainWindowController::loopScanBackgroundThread(const AppList &scanned, Mode mode)
+bool VLMainWindowController::loopScanBackgroundThread(const AppList &scanned, Mode mode)
 {
     const bool foreground = mode == Mode::Foreground;
     if (scanned.isEmpty()) {
@@ -189,12 +201,10 @@ void VLMainWindowController::loopScanBackgroundThread(const AppList &scanned, Mo
                                               tr("Please make sure that you have Spotlight enabled and permissions "
                                                  "to access your Applications folder."));
         }
-        finishCheck(false);
-        return;
+        return finishCheck(false);
     }
     if (!mergeScan(scanned)) {
-        finishCheck(false);
-        return;
+        return finishCheck(false);
     }
     VLSendAllatOnceHelper exchange;
     exchange.runningAsBackground = !foreground;
@@ -204,8 +214,7 @@ void VLMainWindowController::loopScanBackgroundThread(const AppList &scanned, Mo
     setStatus(tr("Checking for updates..."));
     exchange.getMatches(post);
     if (!exchange.entriesDictionary) {
-        finishCheck(false);
-        return;
+        return finishCheck(false);
     }
     applyMatches(exchange, mode);
     if (foreground) {
@@ -213,7 +222,7 @@ void VLMainWindowController::loopScanBackgroundThread(const AppList &scanned, Mo
     } else {
         checkForNewUpdatesSinceLastScanAndNotify();
     }
-    finishCheck(true);
+    return finishCheck(true);
 }
 
 bool VLMainWindowController::mergeScan(const AppList &scanned)
@@ -364,9 +373,8 @@ void VLMainWindowController::setStatus(const QString &status)
     }
 }
 
-void VLMainWindowController::finishCheck(bool matched)
+bool VLMainWindowController::finishCheck(bool matched)
 {
     VLNotificationCenter::defaultCenter().post(kDoneFlag);
-    emit listChanged();
-    emit checkFinished(matched);
+    return matched;
 }

@@ -15,6 +15,7 @@
 #include <QString>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <thread>
 
@@ -66,8 +67,11 @@ private:
 
     void showScanningScreenAndStartScanning(bool background);
     void matchScanData(const AppList &scanned, Mode mode);
-    void runOnWorker(std::function<void()> work);
-    void loopScanBackgroundThread(const AppList &scanned, Mode mode);
+    // Runs work on the worker thread, then (when given) then on the driver's thread once the worker is done.
+    void runOnWorker(std::function<void()> work, std::function<void()> then = {});
+    // A check on the worker; checkFinished follows with its outcome.
+    void runCheckOnWorker(std::function<bool()> check);
+    bool loopScanBackgroundThread(const AppList &scanned, Mode mode);
     bool mergeScan(const AppList &scanned);
     QString buildPost(Mode mode);
     void applyMatches(const VLSendAllatOnceHelper &exchange, Mode mode);
@@ -78,7 +82,8 @@ private:
     AppList storedOutdatedApps() const;
     void setProgress(double fraction);
     void setStatus(const QString &status);
-    void finishCheck(bool matched);
+    // Ends an exchange, success or failure, and passes matched on.
+    bool finishCheck(bool matched);
 
     std::unique_ptr<VLScanData> m_scanData;
     std::unique_ptr<VLAppScanner> m_scanner;

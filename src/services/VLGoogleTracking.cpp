@@ -7,6 +7,12 @@
 #include <QThreadPool>
 
 namespace {
+QThreadPool &hitPool()
+{
+    static QThreadPool pool;
+    return pool;
+}
+
 const QString kTrackingId = QStringLiteral("UA-271828-3");
 const QByteArray kUserAgent = QByteArrayLiteral("Mozilla/5.0 (Macintosh; U; PPC Mac OS X; en-us) AppleWebKit/125.2.3 "
                                                 "(KHTML, like Gecko) Velmora Desktop/6.0");
@@ -39,12 +45,17 @@ void trackEvent(const QString &hitType, const QString &category, const QString &
     request.headers.append({QByteArrayLiteral("User-Agent"), kUserAgent});
     request.timeoutMs = kTimeoutMs;
     // The reply says nothing the program needs; a failed connection is logged by the request itself.
-    QThreadPool::globalInstance()->start([request] { sendWebRequest(request); });
+    hitPool().start([request] { sendWebRequest(request); });
 }
 
 void trackProgramEvent(const QString &action, const QString &label, const QString &value)
 {
     trackEvent(QStringLiteral("event"), QString::fromLatin1(kCategory), action, label, value);
+}
+
+void waitForPendingHits(int timeoutMs)
+{
+    hitPool().waitForDone(timeoutMs);
 }
 
 } // namespace VLGoogleTracking

@@ -23,4 +23,8 @@ void trackEvent(const QString &hitType, const QString &category, const QString &
 // The program's own events: hit type "event", category "vld604".
 void trackProgramEvent(const QString &action, const QString &label = QString(), const QString &value = QString());
 
+// Gives hits still on their way up to timeoutMs to leave. Call before the application object goes: a hit cannot be
+// sent without it.
+void waitForPendingHits(int timeoutMs);
+
 } // namespace VLGoogleTracking

@@ -7,7 +7,6 @@
 
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QThreadPool>
 
 class TestVLGoogleTracking : public QObject
 {
@@ -17,7 +16,7 @@ class TestVLGoogleTracking : public QObject
 
     QStringList receivedBodies()
     {
-        QThreadPool::globalInstance()->waitForDone();
+        VLGoogleTracking::waitForPendingHits(30000);
         QByteArray output;
         if (m_service.runCommand({QStringLiteral("hits")}, &output) != 0) {
             return {QStringLiteral("the service's hits command failed")};

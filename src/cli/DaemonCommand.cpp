@@ -1,0 +1,56 @@
+#include "cli/DaemonCommand.h"
+
+#include "cli/CliFeedback.h"
+#include "platform/TerminationSignals.h"
+#include "scan/VLAppDelegate.h"
+#include "scan/VLMainWindowController.h"
+
+#include <QEventLoop>
+#include <QFileInfo>
+
+namespace {
+
+// The login item starts the desktop program where it is installed beside us, else this daemon.
+QStringList loginItemCommand()
+{
+    const QString desktop = QCoreApplication::applicationDirPath() + QStringLiteral("/velmora");
+    if (QFileInfo(desktop).isExecutable()) {
+        return {desktop, QStringLiteral("--login-item")};
+    }
+    return {QCoreApplication::applicationFilePath(), QStringLiteral("daemon"), QStringLiteral("--login-item")};
+}
+
+} // namespace
+
+QString DaemonCommand::description() const
+{
+    return tr("Keep checking for updates in the background");
+}
+
+QString DaemonCommand::help() const
+{
+    return tr("Usage: velmora-cli daemon [--login-item]\n"
+              "\n"
+              "Runs as the desktop program does without its windows: checks at start when the stored scan is\n"
+              "older than four hours, then in the background every 3,400 seconds, keeps the login item in step\n"
+              "with the setting startupItem, and prints notifications on stderr. SIGTERM or Ctrl-C ends it after\n"
+              "the running step. --login-item marks a start by the login item, which never forces a scan.\n");
+}
+
+int DaemonCommand::execute(const QStringList &arguments, CommandContext &ctx)
+{
+    const bool loginItem = arguments == QStringList{QStringLiteral("--login-item")};
+    if (!arguments.isEmpty() && !loginItem) {
+        ctx.err << "error: " << tr("unexpected argument %1").arg(arguments.first()) << "\n\n" << help();
+        return ExitUsage;
+    }
+    CliFeedback feedback(ctx.err);
+    QEventLoop loop;
+    TerminationSignals termination;
+    QObject::connect(&termination, &TerminationSignals::received, &loop, &QEventLoop::quit);
+    VLMainWindowController driver;
+    VLAppDelegate delegate(driver, loginItemCommand());
+    delegate.applicationDidFinishLaunching(loginItem);
+    loop.exec();
+    return ExitSuccess; // the driver waits for a running check to finish its save as it goes
+}

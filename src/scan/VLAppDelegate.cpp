@@ -1,0 +1,75 @@
+#include "scan/VLAppDelegate.h"
+
+#include "platform/Log.h"
+#include "platform/LoginItem.h"
+#include "platform/MachineIdentity.h"
+#include "platform/VLSettings.h"
+#include "platform/VLSettingsNotifier.h"
+#include "scan/VLMainWindowController.h"
+
+#include <QUuid>
+
+VLAppDelegate::VLAppDelegate(VLMainWindowController &driver, const QStringList &loginItemCommand, QObject *parent)
+    : QObject(parent), m_driver(driver), m_loginItemCommand(loginItemCommand)
+{
+    connect(&VLSettingsNotifier::instance(), &VLSettingsNotifier::changed, this, [this](const QString &key) {
+        if (key == QLatin1String(SettingKey::startupItem)) {
+            addAppAsLoginItem();
+        }
+    });
+}
+
+void VLAppDelegate::writeStartupSettings()
+{
+    VLSettings settings;
+    settings.setValue(QString::fromLatin1(SettingKey::serial), newStringWithMachineSerialNumber());
+    if (!settings.contains(QString::fromLatin1(SettingKey::penguin))) {
+        settings.setValue(QString::fromLatin1(SettingKey::penguin), QUuid::createUuid().toString(QUuid::WithoutBraces));
+    }
+}
+
+void VLAppDelegate::applicationDidFinishLaunching(bool appLaunchedFromLoginItem)
+{
+    writeStartupSettings();
+    QTimer::singleShot(kPreviousAgentDelaySeconds * 1000, this, &VLAppDelegate::disableVLD5scanner);
+    addAppAsLoginItem();
+    m_driver.loadScanDataOrRunScan(appLaunchedFromLoginItem);
+    startTimer(m_fastCheck, kFastCheckSeconds, &VLAppDelegate::checkFast);
+    startTimer(m_watchLists, kWatchListSeconds, &VLAppDelegate::updateWatchListBackground);
+    startTimer(m_promos, kPromosSeconds, &VLAppDelegate::updatePromosBackground);
+    startTimer(m_masCheck, kMASCheckSeconds, &VLAppDelegate::checkMASApps);
+}
+
+void VLAppDelegate::startTimer(QTimer &timer, int seconds, void (VLAppDelegate::*tick)())
+{
+    timer.setInterval(seconds * 1000);
+    connect(&timer, &QTimer::timeout, this, tick);
+    timer.start();
+}
+
+void VLAppDelegate::checkFast()
+{
+    m_driver.checkForUpdatesBackGroundFast();
+}
+
+void VLAppDelegate::checkMASApps()
+{
+    m_driver.checkForUpdatesToMASApps();
+}
+
+void VLAppDelegate::addAppAsLoginItem()
+{
+    if (!LoginItem::remove()) {
+        vlLog(QStringLiteral("cannot remove the login item %1").arg(LoginItem::autostartPath()));
+    }
+    if (VLSettings().boolValue(SettingKey::startupItem) && !LoginItem::add(m_loginItemCommand)) {
+        vlLog(QStringLiteral("cannot write the login item %1").arg(LoginItem::autostartPath()));
+    }
+}
+
+void VLAppDelegate::disableVLD5scanner()
+{
+    for (const QString &path : LoginItem::removePreviousAgent()) {
+        vlLog(QStringLiteral("error removing old VLD 5 scanner launchd %1").arg(path));
+    }
+}
