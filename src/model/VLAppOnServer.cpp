@@ -47,8 +47,8 @@ bool fetchCatalogueIcon(const QString &vlID, const QString &cachePath)
     if (vlID.isEmpty()) {
         return false;
     }
-    const QUrl url(VLSettings().hostURL(SettingKey::siteHost, QStringLiteral("http")) + QStringLiteral("/util/iconlg/") +
-                   pathSegment(vlID) + QStringLiteral(".png"));
+    const QUrl url(VLSettings().hostURL(SettingKey::siteHost, QStringLiteral("http")) +
+                   QStringLiteral("/util/iconlg/") + pathSegment(vlID) + QStringLiteral(".png"));
     WebRequest request = WebRequest::get(url, QStringLiteral("Icon"));
     request.headers.append({QByteArrayLiteral("Accept-Encoding"), QByteArrayLiteral("identity")});
     const WebResult result = sendWebRequest(request);

@@ -93,7 +93,8 @@ WebResult sendWebRequest(const WebRequest &web)
         result.headers = reply->rawHeaderPairs();
     } else {
         // The wording the platform uses for a request that ran out of time; Qt would only say "canceled".
-        result.errorText = redactSecrets(result.timedOut ? QStringLiteral("The request timed out.") : reply->errorString());
+        result.errorText =
+            redactSecrets(result.timedOut ? QStringLiteral("The request timed out.") : reply->errorString());
         if (!web.logName.isEmpty()) {
             vlLog(QStringLiteral("%1 Connection failed! Error - %2").arg(web.logName, result.errorText));
         }

@@ -71,10 +71,7 @@ private slots:
         m_base = m_service.baseUrl();
     }
 
-    void init()
-    {
-        pointHostsAt(m_base);
-    }
+    void init() { pointHostsAt(m_base); }
 
     void repliesAndRedirects()
     {
@@ -89,7 +86,8 @@ private slots:
         QCOMPARE(posted.status, 400);
 
         const QString target = info + QStringLiteral("5002");
-        const WebResult created = sendWebRequest(WebRequest::get(QUrl(m_base + QStringLiteral("/api-create.php?url=") + target)));
+        const WebResult created =
+            sendWebRequest(WebRequest::get(QUrl(m_base + QStringLiteral("/api-create.php?url=") + target)));
         const QUrl shortLink(QString::fromUtf8(created.body).trimmed());
         const WebResult followed = sendWebRequest(WebRequest::get(shortLink));
         QCOMPARE(followed.status, 200);
@@ -129,7 +127,8 @@ private slots:
         // On a worker thread, as the program runs it.
         VLApp app = linkRecord("5001");
         bool updated = false;
-        const std::unique_ptr<QThread> worker(QThread::create([&app, &updated] { updated = app.updateWithServerInfo(); }));
+        const std::unique_ptr<QThread> worker(
+            QThread::create([&app, &updated] { updated = app.updateWithServerInfo(); }));
         worker->start();
         QVERIFY(worker->wait(60000));
         QVERIFY(updated);
