@@ -63,7 +63,8 @@ QStringList makeBundles(const QString &applications, int count)
     for (int i = 0; i < count; ++i) {
         // A few folders of suites, as in a real Applications folder; one name in fifty is on the blacklist.
         const QString folder = i % 10 == 0 ? applications + QStringLiteral("/Suite %1").arg(i / 100) : applications;
-        const QString name = i % 50 == 7 ? QStringLiteral("App %1 Uninstaller.app").arg(i) : QStringLiteral("App %1.app").arg(i);
+        const QString name =
+            i % 50 == 7 ? QStringLiteral("App %1 Uninstaller.app").arg(i) : QStringLiteral("App %1.app").arg(i);
         const QString bundle = folder + QLatin1Char('/') + name;
         QDir().mkpath(bundle + QStringLiteral("/Contents/MacOS"));
         QDir().mkpath(bundle + QStringLiteral("/Contents/Resources/en.lproj"));
@@ -81,7 +82,8 @@ double processCpuMs()
 {
     struct rusage usage = {};
     getrusage(RUSAGE_SELF, &usage);
-    return (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3 + (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3;
+    return (usage.ru_utime.tv_sec + usage.ru_stime.tv_sec) * 1e3 +
+           (usage.ru_utime.tv_usec + usage.ru_stime.tv_usec) / 1e3;
 }
 
 struct Timing
@@ -141,7 +143,8 @@ void benchmark(int count)
     qsizetype reported = 0;
     const VLBlacklist blacklist;
     const Timing scan = bestOf(runs, [&] { reported = VLAppScanner::collectApps({applications}, blacklist).size(); });
-    const Timing scanOneThread = bestOf(runs, [&] { VLAppScanner::collectApps({applications}, blacklist, nullptr, 1); });
+    const Timing scanOneThread =
+        bestOf(runs, [&] { VLAppScanner::collectApps({applications}, blacklist, nullptr, 1); });
 
     // Half the scan is already stored, half is new; a tenth of the stored records are gone from the disk.
     const AppList stored = syntheticRecords(count, 0);
@@ -161,10 +164,12 @@ void benchmark(int count)
     std::printf("  %-40s %9.1f ms wall %9.1f ms cpu\n", "read every Info.plist", readOnly.wallMs, readOnly.cpuMs);
     std::printf("  %-40s %9.1f ms wall %9.1f ms cpu\n", "read and parse every Info.plist", readParse.wallMs,
                 readParse.cpuMs);
-    std::printf("  %-40s %9.1f ms wall %9.1f ms cpu\n", "full scan (walk, blacklist, records)", scan.wallMs, scan.cpuMs);
+    std::printf("  %-40s %9.1f ms wall %9.1f ms cpu\n", "full scan (walk, blacklist, records)", scan.wallMs,
+                scan.cpuMs);
     std::printf("  %-40s %9.1f ms wall %9.1f ms cpu\n", "full scan on one thread", scanOneThread.wallMs,
                 scanOneThread.cpuMs);
-    std::printf("  scan / read:            %.2f wall, %.2f cpu\n", scan.wallMs / readOnly.wallMs, scan.cpuMs / readOnly.cpuMs);
+    std::printf("  scan / read:            %.2f wall, %.2f cpu\n", scan.wallMs / readOnly.wallMs,
+                scan.cpuMs / readOnly.cpuMs);
     std::printf("  scan / read and parse:  %.2f wall, %.2f cpu\n", scan.wallMs / readParse.wallMs,
                 scan.cpuMs / readParse.cpuMs);
     std::printf("  one-thread scan / read and parse:  %.2f wall, %.2f cpu\n", scanOneThread.wallMs / readParse.wallMs,

@@ -101,7 +101,7 @@ int main(int argc, char **argv)
     QCommandLineParser parser;
     parser.addOptions(
         {{QStringLiteral("catalogue"), QStringLiteral("Real-world catalogue."), QStringLiteral("FILE"),
-          QStringLiteral(VELMORA_BENCH_CATALOGUE)},
+          QStringLiteral(VELMORA_REAL_CATALOGUE)},
          {QStringLiteral("connections"), QStringLiteral("Parallel connections."), QStringLiteral("N"),
           QStringLiteral("4")},
          {QStringLiteral("seconds"), QStringLiteral("Duration."), QStringLiteral("S"), QStringLiteral("10")},

@@ -18,11 +18,12 @@ struct CommandContext
     bool verbose = false; // --verbose was given anywhere on the line
 };
 
-// velmora-cli's user-visible texts, translated with the English text as the key.
-inline QString tr(const char *text)
+// velmora-cli's user-visible texts share one translation context, with the English text as the key. They are
+// written Cli::tr("...") so that lupdate finds each one under that context.
+class Cli
 {
-    return QCoreApplication::translate("velmora-cli", text);
-}
+    Q_DECLARE_TR_FUNCTIONS(Cli)
+};
 
 enum ExitCode { ExitSuccess = 0, ExitFailure = 1, ExitUsage = 2 };
 

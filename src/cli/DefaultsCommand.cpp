@@ -38,7 +38,7 @@ bool isKey(const QString &key)
 
 int cannotWrite(const VLSettings &settings, CommandContext &ctx)
 {
-    ctx.err << "error: " << tr("cannot write the settings file %1").arg(settings.fileName()) << '\n';
+    ctx.err << "error: " << Cli::tr("cannot write the settings file %1").arg(settings.fileName()) << '\n';
     return ExitFailure;
 }
 
@@ -46,21 +46,22 @@ int cannotWrite(const VLSettings &settings, CommandContext &ctx)
 
 QString DefaultsCommand::description() const
 {
-    return tr("Read, write and delete the program's settings");
+    return Cli::tr("Read, write and delete the program's settings");
 }
 
 QString DefaultsCommand::help() const
 {
-    return tr("Usage: velmora-cli defaults read [KEY]\n"
-              "       velmora-cli defaults write KEY [-bool|-int|-float|-string|-array] VALUE...\n"
-              "       velmora-cli defaults delete KEY\n"
-              "\n"
-              "read without a KEY prints every setting with its value, the registered default where none was\n"
-              "written; with a KEY, only that value. With --json, prints JSON instead.\n"
-              "write stores a value: a boolean (YES, NO, true, false, 1, 0), an integer, a decimal number, a text,\n"
-              "or with -array a list of texts (each further word is one element). Without a type, a known setting\n"
-              "takes its own type and any other key a text.\n"
-              "delete removes a written value, so that the registered default applies again.\n");
+    return Cli::tr(
+        "Usage: velmora-cli defaults read [KEY]\n"
+        "       velmora-cli defaults write KEY [-bool|-int|-float|-string|-array] VALUE...\n"
+        "       velmora-cli defaults delete KEY\n"
+        "\n"
+        "read without a KEY prints every setting with its value, the registered default where none was\n"
+        "written; with a KEY, only that value. With --json, prints JSON instead.\n"
+        "write stores a value: a boolean (YES, NO, true, false, 1, 0), an integer, a decimal number, a text,\n"
+        "or with -array a list of texts (each further word is one element). Without a type, a known setting\n"
+        "takes its own type and any other key a text.\n"
+        "delete removes a written value, so that the registered default applies again.\n");
 }
 
 int DefaultsCommand::usage(const QString &message, CommandContext &ctx)
@@ -82,13 +83,14 @@ int DefaultsCommand::execute(const QStringList &arguments, CommandContext &ctx)
     if (verb == QLatin1String("delete")) {
         return remove(rest, ctx);
     }
-    return usage(verb.isEmpty() ? tr("defaults needs read, write or delete") : tr("unknown action %1").arg(verb), ctx);
+    return usage(
+        verb.isEmpty() ? Cli::tr("defaults needs read, write or delete") : Cli::tr("unknown action %1").arg(verb), ctx);
 }
 
 int DefaultsCommand::read(const QStringList &arguments, CommandContext &ctx)
 {
     if (arguments.size() > 1) {
-        return usage(tr("defaults read takes at most one KEY"), ctx);
+        return usage(Cli::tr("defaults read takes at most one KEY"), ctx);
     }
     VLSettings settings;
     if (arguments.isEmpty()) {
@@ -107,7 +109,7 @@ int DefaultsCommand::read(const QStringList &arguments, CommandContext &ctx)
     const QString key = arguments.first();
     const QVariant value = settings.value(key);
     if (!value.isValid()) {
-        ctx.err << "error: " << tr("the setting %1 has no value").arg(key) << '\n';
+        ctx.err << "error: " << Cli::tr("the setting %1 has no value").arg(key) << '\n';
         return ExitFailure;
     }
     if (ctx.json) {
@@ -121,18 +123,18 @@ int DefaultsCommand::read(const QStringList &arguments, CommandContext &ctx)
 int DefaultsCommand::write(const QStringList &arguments, CommandContext &ctx)
 {
     if (arguments.size() < 2) {
-        return usage(tr("defaults write needs a KEY and a VALUE"), ctx);
+        return usage(Cli::tr("defaults write needs a KEY and a VALUE"), ctx);
     }
     const QString key = arguments.first();
     if (!isKey(key)) {
-        return usage(tr("%1 cannot be a setting's name").arg(key), ctx);
+        return usage(Cli::tr("%1 cannot be a setting's name").arg(key), ctx);
     }
     QStringList words = arguments.mid(1);
     std::optional<SettingType> type;
     if (words.first().startsWith(QLatin1Char('-'))) {
         type = SettingText::typeOfFlag(words.first());
         if (!type) {
-            return usage(tr("unknown type %1").arg(words.first()), ctx);
+            return usage(Cli::tr("unknown type %1").arg(words.first()), ctx);
         }
         words.removeFirst();
     }
@@ -140,14 +142,14 @@ int DefaultsCommand::write(const QStringList &arguments, CommandContext &ctx)
     if (!type) {
         type = definition ? definition->type : SettingType::String;
         if (type == SettingType::Array && words.size() != 1) {
-            return usage(tr("write a list with -array"), ctx);
+            return usage(Cli::tr("write a list with -array"), ctx);
         }
     }
     if (definition && !SettingText::fits(*type, definition->type)) {
-        return usage(tr("%1 is a setting of type %2").arg(key, SettingText::typeName(definition->type)), ctx);
+        return usage(Cli::tr("%1 is a setting of type %2").arg(key, SettingText::typeName(definition->type)), ctx);
     }
     if (*type != SettingType::Array && words.size() != 1) {
-        return usage(tr("defaults write needs exactly one VALUE for %1").arg(key), ctx);
+        return usage(Cli::tr("defaults write needs exactly one VALUE for %1").arg(key), ctx);
     }
     QString problem;
     const QVariant value = SettingText::parse(*type, words, &problem);
@@ -164,11 +166,12 @@ int DefaultsCommand::write(const QStringList &arguments, CommandContext &ctx)
 int DefaultsCommand::remove(const QStringList &arguments, CommandContext &ctx)
 {
     if (arguments.size() != 1) {
-        return usage(tr("defaults delete needs exactly one KEY"), ctx);
+        return usage(Cli::tr("defaults delete needs exactly one KEY"), ctx);
     }
     VLSettings settings;
     if (!settings.contains(arguments.first())) {
-        ctx.err << "error: " << tr("the setting %1 was not written; nothing deleted").arg(arguments.first()) << '\n';
+        ctx.err << "error: " << Cli::tr("the setting %1 was not written; nothing deleted").arg(arguments.first())
+                << '\n';
         return ExitFailure;
     }
     if (!settings.remove(arguments.first())) {

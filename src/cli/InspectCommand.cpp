@@ -26,7 +26,7 @@ QStringList bundleWarnings(const QString &path)
     QStringList warnings = bundle.problems();
     warnings.removeDuplicates();
     if (!hasInfo && warnings.isEmpty()) {
-        warnings.append(tr("%1 is not a bundle: it has no Info.plist").arg(path));
+        warnings.append(Cli::tr("%1 is not a bundle: it has no Info.plist").arg(path));
     }
     return warnings;
 }
@@ -43,18 +43,19 @@ QString summaryLine(const VLApp &app)
 
 QString InspectCommand::description() const
 {
-    return tr("Read installed bundles and print their versions");
+    return Cli::tr("Read installed bundles and print their versions");
 }
 
 QString InspectCommand::help() const
 {
-    return tr("Usage: velmora-cli inspect [--json] PATH...\n"
-              "\n"
-              "Reads each bundle (Foo.app, Bar.prefPane, ...) the way a scan does and prints one line per bundle:\n"
-              "display name, bundle identifier, installed version, kind, and App Store or not, separated by tabs.\n"
-              "With --json, prints a JSON array with one object per bundle, keyed by the record's field names.\n"
-              "A path that does not exist is an error; a folder that is not a readable bundle is read anyway\n"
-              "(its versions are \"-\") with a warning on stderr.\n");
+    return Cli::tr(
+        "Usage: velmora-cli inspect [--json] PATH...\n"
+        "\n"
+        "Reads each bundle (Foo.app, Bar.prefPane, ...) the way a scan does and prints one line per bundle:\n"
+        "display name, bundle identifier, installed version, kind, and App Store or not, separated by tabs.\n"
+        "With --json, prints a JSON array with one object per bundle, keyed by the record's field names.\n"
+        "A path that does not exist is an error; a folder that is not a readable bundle is read anyway\n"
+        "(its versions are \"-\") with a warning on stderr.\n");
 }
 
 int InspectCommand::execute(const QStringList &arguments, CommandContext &ctx)
@@ -66,14 +67,14 @@ int InspectCommand::execute(const QStringList &arguments, CommandContext &ctx)
         if (!optionsEnded && argument == QLatin1String("--")) {
             optionsEnded = true;
         } else if (!optionsEnded && argument.startsWith(QLatin1Char('-')) && argument.size() > 1) {
-            ctx.err << "error: " << tr("unknown option %1").arg(argument) << "\n\n" << help();
+            ctx.err << "error: " << Cli::tr("unknown option %1").arg(argument) << "\n\n" << help();
             return ExitUsage;
         } else {
             paths.append(argument);
         }
     }
     if (paths.isEmpty()) {
-        ctx.err << "error: " << tr("inspect needs at least one PATH") << "\n\n" << help();
+        ctx.err << "error: " << Cli::tr("inspect needs at least one PATH") << "\n\n" << help();
         return ExitUsage;
     }
     int exitCode = ExitSuccess;

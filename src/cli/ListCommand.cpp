@@ -11,20 +11,20 @@
 
 QString ListCommand::description() const
 {
-    return tr("Print the applications of the last scan");
+    return Cli::tr("Print the applications of the last scan");
 }
 
 QString ListCommand::help() const
 {
-    return tr("Usage: velmora-cli list [--outdated | --installed | --all] [--json]\n"
-              "\n"
-              "Prints the records of the stored scan in stored order, one line each: display name, installed\n"
-              "version, newest version and path, separated by tabs (\"-\" where nothing is known).\n"
-              "  --all        every record, including purchases and deals that are not installed (the default)\n"
-              "  --installed  the records of applications installed on this computer\n"
-              "  --outdated   the installed applications with an update, as the update list shows them (the\n"
-              "               settings showMAS, showBeta, showPaidUpgrades and showNewerOS apply)\n"
-              "With --json, prints a JSON array with one object per record, with every field.\n");
+    return Cli::tr("Usage: velmora-cli list [--outdated | --installed | --all] [--json]\n"
+                   "\n"
+                   "Prints the records of the stored scan in stored order, one line each: display name, installed\n"
+                   "version, newest version and path, separated by tabs (\"-\" where nothing is known).\n"
+                   "  --all        every record, including purchases and deals that are not installed (the default)\n"
+                   "  --installed  the records of applications installed on this computer\n"
+                   "  --outdated   the installed applications with an update, as the update list shows them (the\n"
+                   "               settings showMAS, showBeta, showPaidUpgrades and showNewerOS apply)\n"
+                   "With --json, prints a JSON array with one object per record, with every field.\n");
 }
 
 int ListCommand::execute(const QStringList &arguments, CommandContext &ctx)
@@ -35,8 +35,8 @@ int ListCommand::execute(const QStringList &arguments, CommandContext &ctx)
                            argument == QLatin1String("--all");
         if (!known || (!filter.isEmpty() && filter != argument)) {
             ctx.err << "error: "
-                    << (known ? tr("choose one of --outdated, --installed and --all")
-                              : tr("unexpected argument %1").arg(argument))
+                    << (known ? Cli::tr("choose one of --outdated, --installed and --all")
+                              : Cli::tr("unexpected argument %1").arg(argument))
                     << "\n\n"
                     << help();
             return ExitUsage;

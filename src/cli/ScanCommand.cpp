@@ -11,24 +11,25 @@
 
 QString ScanCommand::description() const
 {
-    return tr("Find the applications installed on this computer");
+    return Cli::tr("Find the applications installed on this computer");
 }
 
 QString ScanCommand::help() const
 {
-    return tr("Usage: velmora-cli scan [--json]\n"
-              "\n"
-              "Searches the application, plug-in, widget and screen-saver folders (under the setting volumeRoot and\n"
-              "your home folder, then the folders of the setting searchpaths), leaves out what the blacklist\n"
-              "names, and prints one line per application, sorted by file name: display name, installed version\n"
-              "and path, separated by tabs. With --json, prints a JSON array with one object per application.\n"
-              "The stored scan is not changed.\n");
+    return Cli::tr(
+        "Usage: velmora-cli scan [--json]\n"
+        "\n"
+        "Searches the application, plug-in, widget and screen-saver folders (under the setting volumeRoot and\n"
+        "your home folder, then the folders of the setting searchpaths), leaves out what the blacklist\n"
+        "names, and prints one line per application, sorted by file name: display name, installed version\n"
+        "and path, separated by tabs. With --json, prints a JSON array with one object per application.\n"
+        "The stored scan is not changed.\n");
 }
 
 int ScanCommand::execute(const QStringList &arguments, CommandContext &ctx)
 {
     if (!arguments.isEmpty()) {
-        ctx.err << "error: " << tr("unexpected argument %1").arg(arguments.first()) << "\n\n" << help();
+        ctx.err << "error: " << Cli::tr("unexpected argument %1").arg(arguments.first()) << "\n\n" << help();
         return ExitUsage;
     }
     VLAppScanner scanner;

@@ -114,7 +114,7 @@ QVariant parse(SettingType type, const QStringList &words, QString *problem)
         if (lower == QLatin1String("no") || lower == QLatin1String("false") || lower == QLatin1String("0")) {
             return false;
         }
-        *problem = tr("%1 is not a boolean (YES, NO, true, false, 1 or 0)").arg(word);
+        *problem = Cli::tr("%1 is not a boolean (YES, NO, true, false, 1 or 0)").arg(word);
         return {};
     }
     case SettingType::Int: {
@@ -122,7 +122,7 @@ QVariant parse(SettingType type, const QStringList &words, QString *problem)
         if (ok) {
             return number;
         }
-        *problem = tr("%1 is not an integer").arg(word);
+        *problem = Cli::tr("%1 is not an integer").arg(word);
         return {};
     }
     case SettingType::Float: {
@@ -130,7 +130,7 @@ QVariant parse(SettingType type, const QStringList &words, QString *problem)
         if (ok) {
             return number;
         }
-        *problem = tr("%1 is not a number").arg(word);
+        *problem = Cli::tr("%1 is not a number").arg(word);
         return {};
     }
     case SettingType::String:

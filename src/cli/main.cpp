@@ -17,18 +17,18 @@ bool isHelp(const QString &word)
 
 void printUsage(QTextStream &stream, const std::vector<std::unique_ptr<Command>> &commands)
 {
-    stream << tr("Usage: velmora-cli [--verbose] [--json] COMMAND [ARGUMENTS]") << "\n\n"
-           << tr("Velmora Desktop finds the applications on this computer and keeps them up to date.") << "\n\n"
-           << tr("Commands:") << '\n';
+    stream << Cli::tr("Usage: velmora-cli [--verbose] [--json] COMMAND [ARGUMENTS]") << "\n\n"
+           << Cli::tr("Velmora Desktop finds the applications on this computer and keeps them up to date.") << "\n\n"
+           << Cli::tr("Commands:") << '\n';
     for (const auto &command : commands) {
         stream << "  " << command->name().leftJustified(10) << ' ' << command->description() << '\n';
     }
     stream << '\n'
-           << tr("Options:") << '\n'
-           << "  --json      " << tr("print JSON on stdout (commands that list records)") << '\n'
-           << "  --verbose   " << tr("copy the program's log lines to stderr") << '\n'
-           << "  --version   " << tr("print the version") << '\n'
-           << "  --help      " << tr("print this help; velmora-cli COMMAND --help explains one command") << '\n';
+           << Cli::tr("Options:") << '\n'
+           << "  --json      " << Cli::tr("print JSON on stdout (commands that list records)") << '\n'
+           << "  --verbose   " << Cli::tr("copy the program's log lines to stderr") << '\n'
+           << "  --version   " << Cli::tr("print the version") << '\n'
+           << "  --help      " << Cli::tr("print this help; velmora-cli COMMAND --help explains one command") << '\n';
 }
 
 } // namespace
@@ -63,7 +63,7 @@ int main(int argc, char **argv)
         } else if (word == QLatin1String("--json")) {
             ctx.json = true;
         } else {
-            err << "error: " << tr("unknown option %1").arg(word) << "\n\n";
+            err << "error: " << Cli::tr("unknown option %1").arg(word) << "\n\n";
             printUsage(err, commands);
             return ExitUsage;
         }
@@ -90,7 +90,7 @@ int main(int argc, char **argv)
         }
     }
     if (!command) {
-        err << "error: " << tr("unknown command %1").arg(commandName) << "\n\n";
+        err << "error: " << Cli::tr("unknown command %1").arg(commandName) << "\n\n";
         printUsage(err, commands);
         return ExitUsage;
     }

@@ -146,10 +146,7 @@ private:
         }
     }
 
-    static bool isUnquotedChar(QChar c)
-    {
-        return c.isLetterOrNumber() || QStringView(u"_$+/:.-").contains(c);
-    }
+    static bool isUnquotedChar(QChar c) { return c.isLetterOrNumber() || QStringView(u"_$+/:.-").contains(c); }
 
     std::optional<QString> parseString()
     {
@@ -184,13 +181,27 @@ private:
             }
             const QChar e = m_text.at(m_pos++);
             switch (e.unicode()) {
-            case 'n': out.append(u'\n'); break;
-            case 't': out.append(u'\t'); break;
-            case 'r': out.append(u'\r'); break;
-            case 'a': out.append(QChar(7)); break;
-            case 'b': out.append(QChar(8)); break;
-            case 'f': out.append(QChar(12)); break;
-            case 'v': out.append(QChar(11)); break;
+            case 'n':
+                out.append(u'\n');
+                break;
+            case 't':
+                out.append(u'\t');
+                break;
+            case 'r':
+                out.append(u'\r');
+                break;
+            case 'a':
+                out.append(QChar(7));
+                break;
+            case 'b':
+                out.append(QChar(8));
+                break;
+            case 'f':
+                out.append(QChar(12));
+                break;
+            case 'v':
+                out.append(QChar(11));
+                break;
             case 'U':
             case 'u': {
                 bool ok = false;

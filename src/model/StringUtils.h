@@ -34,10 +34,11 @@ QString urlEncodeValue(const QString &text);
 // The character content of an HTML fragment; markup dropped, a parse error ends the text where it occurs.
 QString stripHtml(const QString &html);
 
-// Length-prefixed byte strings (first byte = length). Encodings: "UTF-8", "ISO-8859-1" or any name QStringConverter knows.
-// Null when the bytes are fewer than the length byte says, do not decode, or the encoding is unknown.
+// Length-prefixed byte strings (first byte = length). Encodings: "UTF-8", "ISO-8859-1" or any name QStringConverter
+// knows. Null when the bytes are fewer than the length byte says, do not decode, or the encoding is unknown.
 QString stringWithPascalString(const QByteArray &pascal, const char *encoding = "ISO-8859-1");
-// Writes text into buffer (at most size bytes including the length byte); false when it does not fit or cannot be encoded.
+// Writes text into buffer (at most size bytes including the length byte); false when it does not fit or cannot be
+// encoded.
 bool convertToPascalStringInBuffer(const QString &text, char *buffer, int size, const char *encoding = "ISO-8859-1");
 
 // True when the text parses as an absolute URL with a scheme.

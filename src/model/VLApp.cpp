@@ -74,8 +74,7 @@ QString formatted(const char *format, double value)
     return QString::fromLatin1(buffer);
 }
 
-template<typename Read>
-QString guardedField(const std::optional<QString> &attribute, const char *logName, Read read)
+template <typename Read> QString guardedField(const std::optional<QString> &attribute, const char *logName, Read read)
 {
     if (!attribute) {
         vlLog(QStringLiteral("Exception %1 %2").arg(QLatin1String(logName), QStringLiteral("attribute not readable")));
@@ -110,7 +109,8 @@ VLApp VLApp::initWithMdItem(const VLMdItem &item, BundleReader &bundle)
     });
     app.bundleID = app.getBundleID(bundle);
     app.localVersion = app.getLocalVersion(bundle);
-    app.kind = guardedField(item.fsName, "kind", [](const QString &fsName) { return pathExtension(trimmedString(fsName)); });
+    app.kind =
+        guardedField(item.fsName, "kind", [](const QString &fsName) { return pathExtension(trimmedString(fsName)); });
     if (item.lastUsedDate) {
         app.lastOpened = *item.lastUsedDate;
     }
@@ -137,8 +137,9 @@ void VLApp::setInstalledDefaults()
     for (QString *field : {&vlVersion, &skippedVersion, &masVersion, &vlDate, &masDate}) {
         *field = kDash;
     }
-    for (QString *field : {&shortDescription, &fileSize, &minOS, &beta, &vlID, &paid_update, &developer, &license,
-                           &lastmatched, &releaseNotes, &version_override, &download_url, &mas_url, &purchasedVersion}) {
+    for (QString *field :
+         {&shortDescription, &fileSize, &minOS, &beta, &vlID, &paid_update, &developer, &license, &lastmatched,
+          &releaseNotes, &version_override, &download_url, &mas_url, &purchasedVersion}) {
         *field = kEmpty;
     }
     isOutdated = false;
@@ -152,7 +153,9 @@ void VLApp::setInstalledDefaults()
 QJsonObject VLApp::encodeWithCoder() const
 {
     QJsonObject archive;
-    const auto put = [&archive](const char *key, const QJsonValue &value) { archive.insert(QLatin1String(key), value); };
+    const auto put = [&archive](const char *key, const QJsonValue &value) {
+        archive.insert(QLatin1String(key), value);
+    };
     put("keywords", encodeString(keywords));
     put("ranking", ranking ? QJsonValue(*ranking) : QJsonValue(QJsonValue::Null));
     put("wlID", encodeString(wlID));
@@ -291,7 +294,8 @@ VLApp VLApp::initWithCoder(const QJsonObject &archive)
 
     BundleReader bundle(app.localPath);
     if (app.isSetLocalVersionToCurrent) {
-        vlLog(QStringLiteral("set version to current set %1 %2 %3").arg(app.localPath, app.localVersion, app.vlVersion));
+        vlLog(
+            QStringLiteral("set version to current set %1 %2 %3").arg(app.localPath, app.localVersion, app.vlVersion));
         app.localVersion = app.vlVersion;
     } else {
         app.getLocalVersionTakingIntoAccountVersionOverride(bundle);

@@ -32,13 +32,14 @@ struct ItemKeys
 const ItemKeys &shortKeys()
 {
     static const ItemKeys keys{
-        QStringLiteral("g"),  QStringLiteral("i"), QStringLiteral("g1"), QStringLiteral("f1"), QStringLiteral("j"),
-        QStringLiteral("r"),  QStringLiteral("l"), QStringLiteral("m"),  QStringLiteral("h"),  QStringLiteral("x"),
-        QStringLiteral("y"),  QStringLiteral("z"), QStringLiteral("e1"), QStringLiteral("a1"), QStringLiteral("v"),
-        QStringLiteral("k"),  QStringLiteral("n"), QStringLiteral("o"),  QStringLiteral("p"),  QStringLiteral("u"),
-        QStringLiteral("t"),  QStringLiteral("w"), QStringLiteral("s"),  QStringLiteral("q"),  QStringLiteral("e"),
-        QStringLiteral("f"),  QStringLiteral("a"), QStringLiteral("b"),  QStringLiteral("c"),  QStringLiteral("d"),
-        QStringLiteral("filehash"),
+        QStringLiteral("g"),  QStringLiteral("i"),  QStringLiteral("g1"),       QStringLiteral("f1"),
+        QStringLiteral("j"),  QStringLiteral("r"),  QStringLiteral("l"),        QStringLiteral("m"),
+        QStringLiteral("h"),  QStringLiteral("x"),  QStringLiteral("y"),        QStringLiteral("z"),
+        QStringLiteral("e1"), QStringLiteral("a1"), QStringLiteral("v"),        QStringLiteral("k"),
+        QStringLiteral("n"),  QStringLiteral("o"),  QStringLiteral("p"),        QStringLiteral("u"),
+        QStringLiteral("t"),  QStringLiteral("w"),  QStringLiteral("s"),        QStringLiteral("q"),
+        QStringLiteral("e"),  QStringLiteral("f"),  QStringLiteral("a"),        QStringLiteral("b"),
+        QStringLiteral("c"),  QStringLiteral("d"),  QStringLiteral("filehash"),
     };
     return keys;
 }
@@ -295,10 +296,13 @@ void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys
     setIfPresent(app.vlID, id);
 
     takeDownloadFields(app, item, keys, Missing::Clears);
-    for (const auto &[field, key] : {std::pair{&app.beta, keys.stability}, {&app.license, keys.license},
-                                     {&app.fileSize, keys.fileSize}, {&app.developer, keys.developer},
+    for (const auto &[field, key] : {std::pair{&app.beta, keys.stability},
+                                     {&app.license, keys.license},
+                                     {&app.fileSize, keys.fileSize},
+                                     {&app.developer, keys.developer},
                                      {&app.shortDescription, keys.shortDescription},
-                                     {&app.releaseNotes, keys.releaseNotes}, {&app.sortDate, keys.sortDate}}) {
+                                     {&app.releaseNotes, keys.releaseNotes},
+                                     {&app.sortDate, keys.sortDate}}) {
         take(*field, text(key), Missing::Clears);
     }
     setIfPresent(app.vlDate, text(keys.vlDate)); // "-" from above when the item has none
@@ -306,7 +310,8 @@ void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys
     app.lastmatched = nowText();
 
     if (app.isSetLocalVersionToCurrent) {
-        vlLog(QStringLiteral("set version to current set %1 %2 %3").arg(app.localPath, app.localVersion, app.vlVersion));
+        vlLog(
+            QStringLiteral("set version to current set %1 %2 %3").arg(app.localPath, app.localVersion, app.vlVersion));
         app.localVersion = app.vlVersion;
     } else {
         app.getLocalVersionTakingIntoAccountVersionOverride();
@@ -345,9 +350,12 @@ void takeWatchListItem(VLApp &app, const QVariantMap &item, bool creating)
     setIfPresent(app.vlID, text(keys.vlID));
     takeDownloadFields(app, item, keys, missing);
     app.minOS = cleanOSVersion(text(keys.minOS));
-    for (const auto &[field, key] : {std::pair{&app.beta, keys.stability}, {&app.license, keys.license},
-                                     {&app.fileSize, keys.fileSize}, {&app.developer, keys.developer},
-                                     {&app.releaseNotes, keys.releaseNotes}, {&app.sortDate, keys.sortDate}}) {
+    for (const auto &[field, key] : {std::pair{&app.beta, keys.stability},
+                                     {&app.license, keys.license},
+                                     {&app.fileSize, keys.fileSize},
+                                     {&app.developer, keys.developer},
+                                     {&app.releaseNotes, keys.releaseNotes},
+                                     {&app.sortDate, keys.sortDate}}) {
         take(*field, text(key), missing);
     }
     const QString vlDate = text(keys.vlDate);
@@ -503,14 +511,14 @@ std::optional<VLApp> VLApp::initWithLink(const QString &link)
     app.name = parts.at(4);
     app.localizedName = app.name;
     app.displayName = app.name;
-    for (QString *field : {&app.localPath, &app.localVersion, &app.skippedVersion, &app.masVersion, &app.vlDate,
-                           &app.masDate}) {
+    for (QString *field :
+         {&app.localPath, &app.localVersion, &app.skippedVersion, &app.masVersion, &app.vlDate, &app.masDate}) {
         *field = kDash;
     }
     app.sortDate = QString::number(QDateTime::currentSecsSinceEpoch());
-    for (QString *field : {&app.shortDescription, &app.fileSize, &app.minOS, &app.beta, &app.paid_update,
-                           &app.developer, &app.license, &app.releaseNotes, &app.version_override,
-                           &app.download_url, &app.mas_url, &app.purchasedVersion}) {
+    for (QString *field :
+         {&app.shortDescription, &app.fileSize, &app.minOS, &app.beta, &app.paid_update, &app.developer, &app.license,
+          &app.releaseNotes, &app.version_override, &app.download_url, &app.mas_url, &app.purchasedVersion}) {
         *field = kEmpty;
     }
     app.vlID = parts.at(3);

@@ -242,13 +242,37 @@ void VLApp::setVersiontoMASVersion()
     BundleReader bundle(localPath);                                                                                    \
     return call(bundle)
 
-QString VLApp::getLocalVersion() const { VL_WITH_BUNDLE(getLocalVersion); }
-QString VLApp::localBundleVersion() const { VL_WITH_BUNDLE(localBundleVersion); }
-QString VLApp::localShortBundleVersion() const { VL_WITH_BUNDLE(localShortBundleVersion); }
-QString VLApp::localGetInfoVersion() const { VL_WITH_BUNDLE(localGetInfoVersion); }
-QString VLApp::localShortBundleVersionFromVersionPlist() const { VL_WITH_BUNDLE(localShortBundleVersionFromVersionPlist); }
-QString VLApp::getBundleID() const { VL_WITH_BUNDLE(getBundleID); }
-QString VLApp::iconFilePath() const { VL_WITH_BUNDLE(iconFilePath); }
-void VLApp::getLocalVersionTakingIntoAccountVersionOverride() { VL_WITH_BUNDLE(getLocalVersionTakingIntoAccountVersionOverride); }
+QString VLApp::getLocalVersion() const
+{
+    VL_WITH_BUNDLE(getLocalVersion);
+}
+QString VLApp::localBundleVersion() const
+{
+    VL_WITH_BUNDLE(localBundleVersion);
+}
+QString VLApp::localShortBundleVersion() const
+{
+    VL_WITH_BUNDLE(localShortBundleVersion);
+}
+QString VLApp::localGetInfoVersion() const
+{
+    VL_WITH_BUNDLE(localGetInfoVersion);
+}
+QString VLApp::localShortBundleVersionFromVersionPlist() const
+{
+    VL_WITH_BUNDLE(localShortBundleVersionFromVersionPlist);
+}
+QString VLApp::getBundleID() const
+{
+    VL_WITH_BUNDLE(getBundleID);
+}
+QString VLApp::iconFilePath() const
+{
+    VL_WITH_BUNDLE(iconFilePath);
+}
+void VLApp::getLocalVersionTakingIntoAccountVersionOverride()
+{
+    VL_WITH_BUNDLE(getLocalVersionTakingIntoAccountVersionOverride);
+}
 
 #undef VL_WITH_BUNDLE

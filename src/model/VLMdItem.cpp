@@ -28,8 +28,9 @@ std::optional<QDateTime> executableLastUse(BundleReader &bundle)
     if (stat(path.constData(), &info) != 0) {
         return std::nullopt;
     }
-    const bool readAfterChange = info.st_atim.tv_sec > info.st_mtim.tv_sec ||
-                                 (info.st_atim.tv_sec == info.st_mtim.tv_sec && info.st_atim.tv_nsec > info.st_mtim.tv_nsec);
+    const bool readAfterChange =
+        info.st_atim.tv_sec > info.st_mtim.tv_sec ||
+        (info.st_atim.tv_sec == info.st_mtim.tv_sec && info.st_atim.tv_nsec > info.st_mtim.tv_nsec);
     return readAfterChange ? statTime(info.st_atim) : std::nullopt;
 }
 

@@ -6,8 +6,8 @@
 #include <QString>
 
 enum VersionOrder : unsigned {
-    VersionDescending = 0,   // the first version is newer
-    VersionAscending = 1,    // the first version is older: the second is an update
+    VersionDescending = 0, // the first version is newer
+    VersionAscending = 1,  // the first version is older: the second is an update
     VersionSame = 2,
     VersionNotComparable = 3 // only from a broken ordering; never produced by ours
 };

@@ -5,6 +5,8 @@
 // The two Java entries keep their backslashes and so never match a real name; they stay as they always were.
 const QStringList &VLBlacklist::builtInList()
 {
+    // A packed table reads better than one name a line.
+    // clang-format off
     static const QStringList list = {
         QStringLiteral("0SEx"), QStringLiteral("My Living Desktop Removal"), QStringLiteral("MacScan Scheduler"),
         QStringLiteral("Call Log"), QStringLiteral("Start Listening VNC Viewer"), QStringLiteral("guf93ins"),
@@ -142,5 +144,6 @@ const QStringList &VLBlacklist::builtInList()
         QStringLiteral("npgtpo3dautoplugin"), QStringLiteral("o1dbrowserplugin"), QStringLiteral("Velmora"),
         QStringLiteral("VelmoraRSS"), QStringLiteral("Contacts"), QStringLiteral("DiskWarrior 4 Keygen"),
     };
+    // clang-format on
     return list;
 }

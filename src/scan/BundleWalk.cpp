@@ -62,10 +62,7 @@ struct Entry
 class Walker
 {
 public:
-    explicit Walker(const std::atomic<bool> *cancel)
-        : m_cancel(cancel)
-    {
-    }
+    explicit Walker(const std::atomic<bool> *cancel) : m_cancel(cancel) {}
 
     void walkScope(const QByteArray &scope)
     {

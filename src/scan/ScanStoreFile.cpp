@@ -24,10 +24,7 @@ namespace {
 const QString kAppsKey = QStringLiteral("apps");
 }
 
-ScanStoreFile::ScanStoreFile(const QString &path)
-    : m_path(path)
-{
-}
+ScanStoreFile::ScanStoreFile(const QString &path) : m_path(path) {}
 
 ScanStoreFile::~ScanStoreFile()
 {
@@ -174,8 +171,8 @@ bool ScanStoreFile::lock(int timeoutMs)
         return true;
     }
     // The file itself stays: removing it would let two processes lock two different files of the same name.
-    const int fd = open(QFile::encodeName(m_path + QStringLiteral(".lock")).constData(), O_RDWR | O_CREAT | O_CLOEXEC,
-                        0600);
+    const int fd =
+        open(QFile::encodeName(m_path + QStringLiteral(".lock")).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
     if (fd < 0) {
         return false;
     }

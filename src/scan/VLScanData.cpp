@@ -12,13 +12,9 @@ bool isPresentMark(const QString &text)
 }
 } // namespace
 
-VLScanData::VLScanData()
-    : VLScanData(pathForDataFile())
-{
-}
+VLScanData::VLScanData() : VLScanData(pathForDataFile()) {}
 
-VLScanData::VLScanData(const QString &filePath)
-    : m_file(filePath)
+VLScanData::VLScanData(const QString &filePath) : m_file(filePath)
 {
     if (m_file.stamp().exists) {
         loadDataFromDisk();
@@ -204,8 +200,7 @@ bool VLScanData::reloadIfChangedOnDisk()
     return true;
 }
 
-VLScanData::Change::Change(VLScanData &store, int timeoutMs)
-    : m_store(store)
+VLScanData::Change::Change(VLScanData &store, int timeoutMs) : m_store(store)
 {
     store.m_mutex.lock();
     m_locked = store.m_file.lock(timeoutMs);

@@ -36,7 +36,9 @@ QVariantMap item(const char *singleQuoted)
 void checkFields(const VLApp &app, const QJsonObject &expected)
 {
     QJsonObject actual = app.encodeWithCoder();
-    const auto text = [](const QString &field) { return field.isNull() ? QJsonValue(QJsonValue::Null) : QJsonValue(field); };
+    const auto text = [](const QString &field) {
+        return field.isNull() ? QJsonValue(QJsonValue::Null) : QJsonValue(field);
+    };
     actual.insert(QStringLiteral("kind"), text(app.kind));
     actual.insert(QStringLiteral("deal_url"), text(app.deal_url));
     actual.insert(QStringLiteral("discount"), text(app.discount));
@@ -57,8 +59,10 @@ void checkFields(const VLApp &app, const QJsonObject &expected)
 VLApp make(const QString &kind, const QVariantMap &data)
 {
     static const QHash<QString, VLApp (*)(const QVariantMap &)> makers = {
-        {QStringLiteral("json"), &VLApp::initWithServerItemJSON}, {QStringLiteral("long"), &VLApp::initWithServerItem},
-        {QStringLiteral("watch"), &VLApp::initWithWatchListItem}, {QStringLiteral("purchase"), &VLApp::initWithPurchaseItem},
+        {QStringLiteral("json"), &VLApp::initWithServerItemJSON},
+        {QStringLiteral("long"), &VLApp::initWithServerItem},
+        {QStringLiteral("watch"), &VLApp::initWithWatchListItem},
+        {QStringLiteral("purchase"), &VLApp::initWithPurchaseItem},
         {QStringLiteral("promo"), &VLApp::initWithPromoItem}};
     return makers.value(kind)(data);
 }
@@ -66,8 +70,10 @@ VLApp make(const QString &kind, const QVariantMap &data)
 void apply(VLApp &app, const QString &kind, const QVariantMap &data)
 {
     static const QHash<QString, void (VLApp::*)(const QVariantMap &)> updaters = {
-        {QStringLiteral("json"), &VLApp::updateWithServerItemJSON}, {QStringLiteral("long"), &VLApp::updateWithServerItem},
-        {QStringLiteral("watch"), &VLApp::updateWithWatchListsItem}, {QStringLiteral("info"), &VLApp::applyServerInfo},
+        {QStringLiteral("json"), &VLApp::updateWithServerItemJSON},
+        {QStringLiteral("long"), &VLApp::updateWithServerItem},
+        {QStringLiteral("watch"), &VLApp::updateWithWatchListsItem},
+        {QStringLiteral("info"), &VLApp::applyServerInfo},
         {QStringLiteral("purchase"), &VLApp::updateWithPromoPurchaseItem}};
     (app.*updaters.value(kind))(data);
 }
@@ -90,7 +96,8 @@ private slots:
             QTest::newRow(name) << QString::fromLatin1(kind) << item(data) << object(expected);
         };
         row("json, few keys", "json", "{'g':'Foo Bar.app','m':'5001','i':'','u':null,'x':'','f1':[1]}",
-            "{'opens_in_window':'','ranking':null,'name':'Foo Bar.app','localizedName':'Foo Bar.app','displayName':'Foo Bar','kind':'app','localPath':'-',"
+            "{'opens_in_window':'','ranking':null,'name':'Foo Bar.app','localizedName':'Foo "
+            "Bar.app','displayName':'Foo Bar','kind':'app','localPath':'-',"
             "'localVersion':'-','digestString':'md5:5001','vlDate':' -- ','masDate':null,'skippedVersion':'-',"
             "'developer':null,'wlID':null,'orderid':null,'isOutdated':false}");
         row("json h, i and l as sent", "json", "{'m':'5001','h':'0a1b','i':'1.2','l':'10.9 or later'}",
@@ -230,8 +237,9 @@ private slots:
         QFETCH(bool, setToCurrent);
         QFETCH(QString, expectedLocal);
         QFETCH(bool, expectedOutdated);
-        const QString path = PlistFiles::makeBundle(m_root.filePath(QStringLiteral("Installed.app")),
-                                                    PlistFiles::info(QStringLiteral("com.example.i"), QStringLiteral("1.0")));
+        const QString path =
+            PlistFiles::makeBundle(m_root.filePath(QStringLiteral("Installed.app")),
+                                   PlistFiles::info(QStringLiteral("com.example.i"), QStringLiteral("1.0")));
         VLApp app = VLApp::initWithBundleAt(path);
         app.skippedVersion = skipped;
         app.isSetLocalVersionToCurrent = setToCurrent;
@@ -275,7 +283,8 @@ private slots:
             checkFields(*app, expected);
             QVERIFY(QRegularExpression(QStringLiteral("^[0-9]+$")).match(app->sortDate).hasMatch());
             QVERIFY(QRegularExpression(QStringLiteral("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d \\+0000$"))
-                        .match(app->lastmatched).hasMatch());
+                        .match(app->lastmatched)
+                        .hasMatch());
         }
     }
 
@@ -284,7 +293,8 @@ private slots:
     {
         QCOMPARE(VLApp::initWithServerItemJSON(item("{'m':'6001'}")).appIcon, QStringLiteral(""));
         const QString cached = VLApp::catalogueIconPath(md5HexHash(QStringLiteral("6001")));
-        QVERIFY(cached.endsWith(QStringLiteral("/Velmora/Velmora Desktop 6/mcache_600/") + md5HexHash(QStringLiteral("6001"))));
+        QVERIFY(cached.endsWith(QStringLiteral("/Velmora/Velmora Desktop 6/mcache_600/") +
+                                md5HexHash(QStringLiteral("6001"))));
         QVERIFY(QDir().mkpath(QFileInfo(cached).path()));
         QVERIFY(QFile(cached).open(QIODevice::WriteOnly));
         QCOMPARE(VLApp::initWithServerItemJSON(item("{'m':'6001'}")).appIcon, cached);

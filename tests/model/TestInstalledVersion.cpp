@@ -41,65 +41,81 @@ private:
 private slots:
     void versionReaders_data()
     {
-        QTest::addColumn<QVariantMap>("info");          // Contents/Info.plist (absent when empty)
-        QTest::addColumn<QVariantMap>("versionPlist");  // Contents/version.plist (absent when empty)
-        QTest::addColumn<QString>("strings");           // InfoPlist.strings text (absent when null)
+        QTest::addColumn<QVariantMap>("info");         // Contents/Info.plist (absent when empty)
+        QTest::addColumn<QVariantMap>("versionPlist"); // Contents/version.plist (absent when empty)
+        QTest::addColumn<QString>("strings");          // InfoPlist.strings text (absent when null)
         QTest::addColumn<QString>("versionOverride");
         QTest::addColumn<QString>("expected");
 
         const QVariantMap none;
         const QString noStrings;
-        QTest::newRow("short version wins") << dict({{"CFBundleShortVersionString", "2.5"}, {"CFBundleVersion", "300"}})
-                                            << none << noStrings << "" << "2.5";
+        QTest::newRow("short version wins")
+            << dict({{"CFBundleShortVersionString", "2.5"}, {"CFBundleVersion", "300"}}) << none << noStrings << ""
+            << "2.5";
         QTest::newRow("short version cut at parenthesis")
-            << dict({{"CFBundleShortVersionString", "1.0 (45)"}}) << none << noStrings << "" << "1.0";
+            << dict({{"CFBundleShortVersionString", "1.0 (45)"}}) << none << noStrings << ""
+            << "1.0";
         QTest::newRow("leading V dropped") << dict({{"CFBundleShortVersionString", "V3.0"}}) << none << noStrings << ""
                                            << "3.0";
-        QTest::newRow("numeric bundle version when no short version") << dict({{"CFBundleVersion", qint64(412)}}) << none << noStrings << ""
-                                                << "412";
+        QTest::newRow("numeric bundle version when no short version")
+            << dict({{"CFBundleVersion", qint64(412)}}) << none << noStrings << ""
+            << "412";
         QTest::newRow("bundle version six longer")
-            << dict({{"CFBundleShortVersionString", "2.5"}, {"CFBundleVersion", "2.5.12345"}}) << none << noStrings << ""
+            << dict({{"CFBundleShortVersionString", "2.5"}, {"CFBundleVersion", "2.5.12345"}}) << none << noStrings
+            << ""
             << "2.5.12345";
         QTest::newRow("bundle version seven longer")
             << dict({{"CFBundleShortVersionString", "2.5"}, {"CFBundleVersion", "2.5.123456"}}) << none << noStrings
-            << "" << "2.5";
+            << ""
+            << "2.5";
         QTest::newRow("short version without digits falls to bundle version")
             << dict({{"CFBundleShortVersionString", "Beta"}, {"CFBundleVersion", "77"}}) << none << noStrings << ""
             << "77";
         QTest::newRow("malformed 0xED mended")
-            << dict({{"CFBundleShortVersionString", "1.0xED2"}}) << none << noStrings << "" << "1.2";
+            << dict({{"CFBundleShortVersionString", "1.0xED2"}}) << none << noStrings << ""
+            << "1.2";
         QTest::newRow("cleaning applied")
-            << dict({{"CFBundleShortVersionString", "4.1 Universal"}}) << none << noStrings << "" << "4.1";
+            << dict({{"CFBundleShortVersionString", "4.1 Universal"}}) << none << noStrings << ""
+            << "4.1";
         QTest::newRow("version.plist only")
             << none << dict({{"CFBundleShortVersionString", "9.1"}, {"CFBundleVersion", "9.1"}}) << noStrings << ""
             << "9.1";
-        QTest::newRow("localized strings win") << dict({{"CFBundleShortVersionString", "1.0"}}) << none
-                                               << QStringLiteral("/* c */\nCFBundleShortVersionString = \"1.5\";\n")
-                                               << "" << "1.5";
-        QTest::newRow("localized dash does not win")
+        QTest::newRow("localized strings win")
             << dict({{"CFBundleShortVersionString", "1.0"}}) << none
-            << QStringLiteral("CFBundleName = \"Foo\";") << "" << "1.0";
-        QTest::newRow("nothing anywhere") << none << none << noStrings << "" << "-";
+            << QStringLiteral("/* c */\nCFBundleShortVersionString = \"1.5\";\n") << ""
+            << "1.5";
+        QTest::newRow("localized dash does not win")
+            << dict({{"CFBundleShortVersionString", "1.0"}}) << none << QStringLiteral("CFBundleName = \"Foo\";") << ""
+            << "1.0";
+        QTest::newRow("nothing anywhere") << none << none << noStrings << ""
+                                          << "-";
         QTest::newRow("array where a version belongs")
-            << dict({{"CFBundleShortVersionString", QVariantList{1, 2}}}) << none << noStrings << "" << "-";
+            << dict({{"CFBundleShortVersionString", QVariantList{1, 2}}}) << none << noStrings << ""
+            << "-";
 
         const QVariantMap all = dict({{"CFBundleShortVersionString", "2.0"},
                                       {"CFBundleVersion", "2000"},
                                       {"CFBundleGetInfoString", "Foo 2.0.1, Copyright 2011"},
                                       {"BuildVersion", "17"}});
-        QTest::newRow("override 0 uses the chain") << all << none << noStrings << "0" << "2.0";
-        QTest::newRow("override 1 bundle version") << all << none << noStrings << "1" << "2000";
+        QTest::newRow("override 0 uses the chain") << all << none << noStrings << "0"
+                                                   << "2.0";
+        QTest::newRow("override 1 bundle version") << all << none << noStrings << "1"
+                                                   << "2000";
         QTest::newRow("override 2 short version, from version.plist")
             << dict({{"CFBundleVersion", "5"}}) << dict({{"CFBundleShortVersionString", "6.0"}}) << noStrings << "2"
             << "6.0";
-        QTest::newRow("override 3 get-info sentence") << all << none << noStrings << "3" << "2.0.1";
+        QTest::newRow("override 3 get-info sentence") << all << none << noStrings << "3"
+                                                      << "2.0.1";
         QTest::newRow("override 3 without get-info string has no fallback")
-            << dict({{"CFBundleShortVersionString", "2.0"}}) << none << noStrings << "3" << "-";
-        QTest::newRow("override 4 build version") << all << none << noStrings << "4" << "17";
+            << dict({{"CFBundleShortVersionString", "2.0"}}) << none << noStrings << "3"
+            << "-";
+        QTest::newRow("override 4 build version") << all << none << noStrings << "4"
+                                                  << "17";
         QTest::newRow("override 4 falls to version.plist")
             << dict({{"CFBundleShortVersionString", "2.0"}}) << dict({{"CFBundleVersion", "88"}}) << noStrings << "4"
             << "88";
-        QTest::newRow("unknown override leaves the version") << all << none << noStrings << "7" << "kept";
+        QTest::newRow("unknown override leaves the version") << all << none << noStrings << "7"
+                                                             << "kept";
         QTest::newRow("override 1 falls to version.plist")
             << dict({{"CFBundleShortVersionString", "2.0"}}) << dict({{"CFBundleVersion", "99"}}) << noStrings << "1"
             << "99";
@@ -149,17 +165,22 @@ private slots:
         QTest::addColumn<bool>("appStore");
 
         const QString mark = QStringLiteral(" ") + QChar(0xF8FF);
-        QTest::newRow("binary plist") << "Bar Baz 2.app" << "/Contents/Info.plist" << int(PlistFormat::Binary) << false
-                                      << "Bar Baz 2" << "app" << false;
-        QTest::newRow("Info.plist at the top") << "Pane.prefPane" << "/Info.plist" << int(PlistFormat::Xml) << false
-                                               << "Pane" << "prefPane" << false;
-        QTest::newRow("store copy") << "Store.app" << "/Contents/Info.plist" << int(PlistFormat::Xml) << true
+        QTest::newRow("binary plist") << "Bar Baz 2.app"
+                                      << "/Contents/Info.plist" << int(PlistFormat::Binary) << false << "Bar Baz 2"
+                                      << "app" << false;
+        QTest::newRow("Info.plist at the top") << "Pane.prefPane"
+                                               << "/Info.plist" << int(PlistFormat::Xml) << false << "Pane"
+                                               << "prefPane" << false;
+        QTest::newRow("store copy") << "Store.app"
+                                    << "/Contents/Info.plist" << int(PlistFormat::Xml) << true
                                     << QStringLiteral("Store") + mark << "app" << true;
         QTest::newRow("ipswDownloader never a store copy")
-            << "ipswDownloader.app" << "/Contents/Info.plist" << int(PlistFormat::Xml) << true << "ipswDownloader"
+            << "ipswDownloader.app"
+            << "/Contents/Info.plist" << int(PlistFormat::Xml) << true << "ipswDownloader"
             << "app" << false;
-        QTest::newRow("non-ascii name") << "Éditeur ünïcode.app" << "/Contents/Info.plist" << int(PlistFormat::Xml)
-                                        << false << "Éditeur ünïcode" << "app" << false;
+        QTest::newRow("non-ascii name") << "Éditeur ünïcode.app"
+                                        << "/Contents/Info.plist" << int(PlistFormat::Xml) << false << "Éditeur ünïcode"
+                                        << "app" << false;
     }
 
     void recordFromBundle()
@@ -173,14 +194,16 @@ private slots:
         QFETCH(bool, appStore);
 
         const QString path = m_root.path() + QStringLiteral("/r%1/").arg(++m_counter) + relativePath;
-        PlistFiles::writePlist(path + plistPlace, PlistFiles::info(QStringLiteral("com.example.x"), QStringLiteral("1.2")),
+        PlistFiles::writePlist(path + plistPlace,
+                               PlistFiles::info(QStringLiteral("com.example.x"), QStringLiteral("1.2")),
                                PlistFormat(format));
         if (receipt) {
             PlistFiles::writeFile(path + QStringLiteral("/Contents/_MASReceipt/receipt"), "r");
         }
         const VLApp app = VLApp::initWithBundleAt(path);
         QCOMPARE(app.localPath, path);
-        QCOMPARE(app.digestString, QString::fromLatin1(QCryptographicHash::hash(path.toUtf8(), QCryptographicHash::Md5).toHex()));
+        QCOMPARE(app.digestString,
+                 QString::fromLatin1(QCryptographicHash::hash(path.toUtf8(), QCryptographicHash::Md5).toHex()));
         QCOMPARE(app.name, relativePath);
         QCOMPARE(app.displayName, displayName);
         QCOMPARE(app.bundleID, QStringLiteral("com.example.x"));
@@ -202,7 +225,8 @@ private slots:
         VLMdItem item;
         item.contentModificationDate = QDateTime::currentDateTimeUtc();
         for (const char *field : {"localpath", "digestString", "localizedName", "name", "displayName", "kind"}) {
-            QTest::ignoreMessage(QtInfoMsg, qPrintable(QStringLiteral("Exception %1 attribute not readable").arg(QLatin1String(field))));
+            QTest::ignoreMessage(
+                QtInfoMsg, qPrintable(QStringLiteral("Exception %1 attribute not readable").arg(QLatin1String(field))));
         }
         const VLApp app = VLApp::initWithMdItem(item);
         QCOMPARE(app.localPath, QStringLiteral("-"));
@@ -217,7 +241,8 @@ private slots:
         const QString blocked = freshBundlePath();
         QDir().mkpath(blocked + QStringLiteral("/Contents/Info.plist"));
         const QString garbage = freshBundlePath();
-        PlistFiles::writeFile(garbage + QStringLiteral("/Contents/Info.plist"), "<?xml version=\"1.0\"?><plist><dict><key>");
+        PlistFiles::writeFile(garbage + QStringLiteral("/Contents/Info.plist"),
+                              "<?xml version=\"1.0\"?><plist><dict><key>");
         for (const QString &path : {blocked, garbage}) {
             const VLApp app = VLApp::initWithBundleAt(path);
             QCOMPARE(app.localVersion, QStringLiteral("-"));
@@ -232,17 +257,19 @@ private slots:
         info.insert(QStringLiteral("CFBundleIconFile"), QStringLiteral("AppIcon"));
         PlistFiles::makeBundle(path, info);
         PlistFiles::writeFile(path + QStringLiteral("/Contents/Resources/AppIcon.icns"), "icns");
-        QCOMPARE(VLApp::initWithBundleAt(path).appIcon,
-                 path + QStringLiteral("/Contents/Resources/AppIcon.icns"));
+        QCOMPARE(VLApp::initWithBundleAt(path).appIcon, path + QStringLiteral("/Contents/Resources/AppIcon.icns"));
     }
 
     void appStoreVersion_data()
     {
         QTest::addColumn<QString>("masVersion");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("store version taken") << "5.1" << "5.1";
-        QTest::newRow("unknown store version") << "-" << "5.0";
-        QTest::newRow("empty store version") << "" << "5.0";
+        QTest::newRow("store version taken") << "5.1"
+                                             << "5.1";
+        QTest::newRow("unknown store version") << "-"
+                                               << "5.0";
+        QTest::newRow("empty store version") << ""
+                                             << "5.0";
     }
 
     void appStoreVersion()

@@ -61,28 +61,28 @@ private slots:
         QTest::addColumn<QString>("field");
         QTest::addColumn<QVariant>("expected");
 
-        QTest::newRow("blank path becomes dash") << QByteArray(R"({"localPath":"","name":"X.app"})") << "localPath"
-                                                 << QVariant(QStringLiteral("-"));
-        QTest::newRow("missing display name from name")
-            << QByteArray(R"({"localPath":"-","name":"Some Tool.app"})") << "displayName"
-            << QVariant(QStringLiteral("Some Tool"));
+        QTest::newRow("blank path becomes dash")
+            << QByteArray(R"({"localPath":"","name":"X.app"})") << "localPath" << QVariant(QStringLiteral("-"));
+        QTest::newRow("missing display name from name") << QByteArray(R"({"localPath":"-","name":"Some Tool.app"})")
+                                                        << "displayName" << QVariant(QStringLiteral("Some Tool"));
         QTest::newRow("names trimmed and joined")
             << QByteArray(R"({"localPath":"-","name":" A\tB\nC.app ","displayName":"\r X\tY "})") << "displayName"
             << QVariant(QStringLiteral("XY"));
-        QTest::newRow("null license repaired") << QByteArray(R"({"localPath":"-","license":null})") << "license"
-                                               << QVariant(QStringLiteral(""));
-        QTest::newRow("missing min OS repaired") << QByteArray(R"({"localPath":"-"})") << "minOS"
-                                                 << QVariant(QStringLiteral(""));
+        QTest::newRow("null license repaired")
+            << QByteArray(R"({"localPath":"-","license":null})") << "license" << QVariant(QStringLiteral(""));
+        QTest::newRow("missing min OS repaired")
+            << QByteArray(R"({"localPath":"-"})") << "minOS" << QVariant(QStringLiteral(""));
         QTest::newRow("10146 never installs from a link")
             << QByteArray(R"({"localPath":"-","vlID":"10146","vld_install_from_link":"1"})") << "vld_install_from_link"
             << QVariant(QStringLiteral("2"));
         QTest::newRow("other ids keep their install mode")
             << QByteArray(R"({"localPath":"-","vlID":"10147","vld_install_from_link":"1"})") << "vld_install_from_link"
             << QVariant(QStringLiteral("1"));
-        QTest::newRow("stored store flag ignored") << QByteArray(R"({"localPath":"-","isAppStore":true})")
-                                                   << "isAppStore" << QVariant(false);
+        QTest::newRow("stored store flag ignored")
+            << QByteArray(R"({"localPath":"-","isAppStore":true})") << "isAppStore" << QVariant(false);
         QTest::newRow("set to current takes the catalogue version")
-            << QByteArray(R"({"localPath":"-","localVersion":"1.0","vlVersion":"2.0","isSetLocalVersionToCurrent":true})")
+            << QByteArray(
+                   R"({"localPath":"-","localVersion":"1.0","vlVersion":"2.0","isSetLocalVersionToCurrent":true})")
             << "localVersion" << QVariant(QStringLiteral("2.0"));
         QTest::newRow("damaged value types read as absent or text")
             << QByteArray(R"({"localPath":"-","vlVersion":12,"name":["x"],"lastModified":"yesterday"})") << "vlVersion"
@@ -110,8 +110,9 @@ private slots:
 
     void appStoreMarkAppearsOnce()
     {
-        const QString path = PlistFiles::makeBundle(m_root.path() + QStringLiteral("/Shop.app"),
-                                                    PlistFiles::info(QStringLiteral("com.example.shop"), QStringLiteral("4.0")));
+        const QString path =
+            PlistFiles::makeBundle(m_root.path() + QStringLiteral("/Shop.app"),
+                                   PlistFiles::info(QStringLiteral("com.example.shop"), QStringLiteral("4.0")));
         PlistFiles::writeFile(path + QStringLiteral("/Contents/_MASReceipt/receipt"), "r");
         VLApp app = VLApp::initWithBundleAt(path);
         QCOMPARE(app.displayName, QStringLiteral("Shop") + kMark);
@@ -129,7 +130,8 @@ private slots:
     void modificationReReadsVersion()
     {
         VLApp app = installedApp(QStringLiteral("Changing.app"), QStringLiteral("1.0"));
-        PlistFiles::makeBundle(app.localPath, PlistFiles::info(QStringLiteral("com.example.full"), QStringLiteral("2.0")));
+        PlistFiles::makeBundle(app.localPath,
+                               PlistFiles::info(QStringLiteral("com.example.full"), QStringLiteral("2.0")));
         app.updateModDate();
         QCOMPARE(app.localVersion, QStringLiteral("1.0")); // the folder's own date did not change
         app.lastModified = app.lastModified.addSecs(-10);
@@ -142,12 +144,18 @@ private slots:
     {
         QTest::addColumn<QString>("kilobytes");
         QTest::addColumn<QString>("expected");
-        QTest::newRow("zero") << "0" << "";
-        QTest::newRow("under a kilobyte shows the kilobyte figure") << "0.5" << "0 bytes";
-        QTest::newRow("just under the megabyte switch") << "1022" << "1022 KB";
-        QTest::newRow("switch to megabytes") << "1023" << "1 MB";
-        QTest::newRow("gigabytes") << "3145728" << "3 GB";
-        QTest::newRow("leading number of a text") << "100kb" << "100 KB";
+        QTest::newRow("zero") << "0"
+                              << "";
+        QTest::newRow("under a kilobyte shows the kilobyte figure") << "0.5"
+                                                                    << "0 bytes";
+        QTest::newRow("just under the megabyte switch") << "1022"
+                                                        << "1022 KB";
+        QTest::newRow("switch to megabytes") << "1023"
+                                             << "1 MB";
+        QTest::newRow("gigabytes") << "3145728"
+                                   << "3 GB";
+        QTest::newRow("leading number of a text") << "100kb"
+                                                  << "100 KB";
     }
 
     void fileSizes()
@@ -174,11 +182,26 @@ private slots:
         QTest::addColumn<QString>("license");
         QTest::addColumn<QString>("paid");
         QTest::addColumn<bool>("expected");
-        QTest::newRow("major change flagged") << "1.5" << "2.0" << "" << "1" << true;
-        QTest::newRow("minor change flagged") << "1.5" << "1.6" << "" << "1" << false;
-        QTest::newRow("free licence") << "1.5" << "2.0" << "Freeware" << "1" << false;
-        QTest::newRow("not flagged") << "1.5" << "2.0" << "" << "0" << false;
-        QTest::newRow("local without a dot") << "15" << "20" << "" << "1" << false;
+        QTest::newRow("major change flagged") << "1.5"
+                                              << "2.0"
+                                              << ""
+                                              << "1" << true;
+        QTest::newRow("minor change flagged") << "1.5"
+                                              << "1.6"
+                                              << ""
+                                              << "1" << false;
+        QTest::newRow("free licence") << "1.5"
+                                      << "2.0"
+                                      << "Freeware"
+                                      << "1" << false;
+        QTest::newRow("not flagged") << "1.5"
+                                     << "2.0"
+                                     << ""
+                                     << "0" << false;
+        QTest::newRow("local without a dot") << "15"
+                                             << "20"
+                                             << ""
+                                             << "1" << false;
     }
 
     void paidUpgrade()

@@ -28,8 +28,8 @@ void TestOutdatedFilter::filter_data()
     QTest::newRow("no path") << "" << true << false << "" << false << false << "MBPO" << false;
     QTest::newRow("App Store copy hidden") << "/A.app" << true << true << "" << false << false << "P" << false;
     QTest::newRow("App Store copy shown") << "/A.app" << true << true << "" << false << false << "MP" << true;
-    QTest::newRow("beta hidden, any case") << "/A.app" << true << false << "Public BETA 2" << false << false << "P"
-                                           << false;
+    QTest::newRow("beta hidden, any case")
+        << "/A.app" << true << false << "Public BETA 2" << false << false << "P" << false;
     QTest::newRow("beta shown") << "/A.app" << true << false << "beta" << false << false << "BP" << true;
     QTest::newRow("stable text") << "/A.app" << true << false << "stable" << false << false << "" << true;
     QTest::newRow("paid upgrade hidden") << "/A.app" << true << false << "" << true << false << "" << false;

@@ -67,24 +67,17 @@ void TestScanMerge::merge_data()
     QTest::addColumn<QStringList>("expected");
 
     QTest::newRow("unchanged") << L({"/a", "/b"}) << L({"/b", "/a"}) << L({"/a", "/b"});
-    QTest::newRow("new apps follow in scan order")
-        << L({"/m"}) << L({"/z", "/m", "/a"}) << L({"/m", "/z", "/a"});
-    QTest::newRow("moved app is a new record") << L({"/x/A.app", "/k"}) << L({"/k", "/y/A.app"})
-                                               << L({"/k", "/y/A.app"});
-    QTest::newRow("deleted purchase stays as -") << L({"/a+order", "/b"}) << L({"/b"})
-                                                 << L({"-", "/b"});
+    QTest::newRow("new apps follow in scan order") << L({"/m"}) << L({"/z", "/m", "/a"}) << L({"/m", "/z", "/a"});
+    QTest::newRow("moved app is a new record")
+        << L({"/x/A.app", "/k"}) << L({"/k", "/y/A.app"}) << L({"/k", "/y/A.app"});
+    QTest::newRow("deleted purchase stays as -") << L({"/a+order", "/b"}) << L({"/b"}) << L({"-", "/b"});
     QTest::newRow("deleted deal stays as -") << L({"/a+deal"}) << QStringList{} << L({"-"});
-    QTest::newRow("uninstalled purchase stays") << L({"-+order"}) << L({"/a"})
-                                                << L({"-", "/a"});
+    QTest::newRow("uninstalled purchase stays") << L({"-+order"}) << L({"/a"}) << L({"-", "/a"});
     QTest::newRow("catalogue-only record goes") << L({"-", "/a"}) << L({"/a"}) << L({"/a"});
-    QTest::newRow("purchase reinstalled at its path") << L({"/a+order"}) << L({"/a"})
-                                                      << L({"/a"});
-    QTest::newRow("duplicate stored paths both kept") << L({"/a", "/a"}) << L({"/a"})
-                                                      << L({"/a", "/a"});
-    QTest::newRow("duplicate scan paths both added") << L({"/b"}) << L({"/a", "/a"})
-                                                     << L({"/a", "/a"});
-    QTest::newRow("paths compare case-sensitively") << L({"/A.app"}) << L({"/a.app"})
-                                                    << L({"/a.app"});
+    QTest::newRow("purchase reinstalled at its path") << L({"/a+order"}) << L({"/a"}) << L({"/a"});
+    QTest::newRow("duplicate stored paths both kept") << L({"/a", "/a"}) << L({"/a"}) << L({"/a", "/a"});
+    QTest::newRow("duplicate scan paths both added") << L({"/b"}) << L({"/a", "/a"}) << L({"/a", "/a"});
+    QTest::newRow("paths compare case-sensitively") << L({"/A.app"}) << L({"/a.app"}) << L({"/a.app"});
     QTest::newRow("signed-out purchase goes") << L({"/a+none", "/b"}) << L({"/b"}) << L({"/b"});
     QTest::newRow("empty scan empties the store") << L({"/a", "/b"}) << QStringList{} << QStringList{};
 }

@@ -30,13 +30,14 @@ Posted scanAndWait(VLAppScanner &scanner)
     QObject context;
     bool done = false;
     for (const char *name : {kVLAppScannerFinished, kVLAppScannerFinishedBackground}) {
-        VLNotificationCenter::defaultCenter().subscribe(QLatin1String(name), &context, [&, name](const QVariant &object) {
-            posted.name = QLatin1String(name);
-            if (object.isValid()) {
-                posted.apps = object.value<AppList>();
-            }
-            done = true;
-        });
+        VLNotificationCenter::defaultCenter().subscribe(QLatin1String(name), &context,
+                                                        [&, name](const QVariant &object) {
+                                                            posted.name = QLatin1String(name);
+                                                            if (object.isValid()) {
+                                                                posted.apps = object.value<AppList>();
+                                                            }
+                                                            done = true;
+                                                        });
     }
     scanner.createSearchPredicate();
     if (!QTest::qWaitFor([&] { return done; }, 20000)) {
@@ -209,7 +210,8 @@ void TestVLAppScanner::nestedBundlesAndLinks()
     tree.addSymlink(QStringLiteral("Suite/self"), QStringLiteral("."));
     tree.addSymlink(QStringLiteral("Suite/Dangling.app"), m_dir->path() + QStringLiteral("/nowhere"));
     tree.addSymlink(QStringLiteral("Again.app"), tree.path(QStringLiteral("Suite/Tool.app")));
-    const QString elsewhere = BundleTree(m_dir->path() + QStringLiteral("/elsewhere")).addBundle(QStringLiteral("Far.app"));
+    const QString elsewhere =
+        BundleTree(m_dir->path() + QStringLiteral("/elsewhere")).addBundle(QStringLiteral("Far.app"));
     tree.addSymlink(QStringLiteral("Far.app"), elsewhere);
     tree.addSymlink(QStringLiteral("Linked"), m_dir->path() + QStringLiteral("/elsewhere"));
     const QByteArray latin1Name = QFile::encodeName(tree.root()) + QByteArray("/Latin1 \xe9t\xe9.app");
@@ -244,8 +246,9 @@ void TestVLAppScanner::unreadableFolder()
 void TestVLAppScanner::recordsAndBlacklist()
 {
     BundleTree tree(m_volume + QStringLiteral("/Applications"));
-    tree.addBundle(QStringLiteral("Editor.app"), {{QStringLiteral("CFBundleIdentifier"), QStringLiteral("com.example.editor")},
-                                                  {QStringLiteral("CFBundleShortVersionString"), QStringLiteral("2.5.1")}});
+    tree.addBundle(QStringLiteral("Editor.app"),
+                   {{QStringLiteral("CFBundleIdentifier"), QStringLiteral("com.example.editor")},
+                    {QStringLiteral("CFBundleShortVersionString"), QStringLiteral("2.5.1")}});
     tree.addBundle(QStringLiteral("Editor Setup.app"));
     tree.addBundle(QStringLiteral("Chess.app"));
     tree.addBundle(QStringLiteral("Mine.app"));
@@ -306,7 +309,8 @@ void TestVLAppScanner::manyBundlesOnAllCores()
     QStringList expected;
     for (int i = 0; i < 300; ++i) {
         const QString name = QStringLiteral("Tool %1.app").arg(i, 3, 10, QLatin1Char('0'));
-        expected.append(tree.addBundle(name, {{QStringLiteral("CFBundleShortVersionString"), QStringLiteral("1.%1").arg(i)}}));
+        expected.append(
+            tree.addBundle(name, {{QStringLiteral("CFBundleShortVersionString"), QStringLiteral("1.%1").arg(i)}}));
     }
     VLAppScanner scanner{VLBlacklist()};
     int posts = 0;

@@ -18,7 +18,6 @@ QStringList L(std::initializer_list<const char *> items)
 }
 } // namespace
 
-
 class TestVLBlacklist : public QObject
 {
     Q_OBJECT
@@ -46,7 +45,8 @@ void TestVLBlacklist::builtInList()
     };
     QCOMPARE(digest(list), QByteArray("582cda1829edd055c2cd21d2b9606d6424fa41249c11059d5b3142222d357725"));
     QCOMPARE(VLBlacklist::builtInWidgets().size(), 21);
-    QCOMPARE(digest(VLBlacklist::builtInWidgets()), QByteArray("4eb869a02f8388ca49dc9984d2ef33c5581856b2482174e8432846e454f89d4f"));
+    QCOMPARE(digest(VLBlacklist::builtInWidgets()),
+             QByteArray("4eb869a02f8388ca49dc9984d2ef33c5581856b2482174e8432846e454f89d4f"));
 }
 
 void TestVLBlacklist::appIsOnBlackList_data()
@@ -114,9 +114,9 @@ void TestVLBlacklist::virtualMachineApps()
     QFETCH(bool, binary);
     QFETCH(bool, listed);
     QTemporaryDir dir;
-    const QString bundle = PlistFiles::makeBundle(dir.path() + QStringLiteral("/Notepad.app"),
-                                                  {{QStringLiteral("CFBundleIdentifier"), identifier}},
-                                                  binary ? PlistFiles::PlistFormat::Binary : PlistFiles::PlistFormat::Xml);
+    const QString bundle = PlistFiles::makeBundle(
+        dir.path() + QStringLiteral("/Notepad.app"), {{QStringLiteral("CFBundleIdentifier"), identifier}},
+        binary ? PlistFiles::PlistFormat::Binary : PlistFiles::PlistFormat::Xml);
     QCOMPARE(VLBlacklist().appIsOnBlackList(QStringLiteral("Notepad.app"), bundle), listed);
 }
 

@@ -118,8 +118,8 @@ void TestVLScanData::roundTrip()
 void TestVLScanData::damagedFileKeptAside_data()
 {
     QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("aside");  // "moved", "copied" or "none"
-    QTest::addColumn<int>("records");    // -1: absent
+    QTest::addColumn<QString>("aside"); // "moved", "copied" or "none"
+    QTest::addColumn<int>("records");   // -1: absent
 
     QTest::newRow("not JSON") << QByteArray("\x00\x01garbage", 9) << "moved" << -1;
     QTest::newRow("cut short") << QByteArray("{\"apps\": [{\"localPath\": \"/a\"") << "moved" << -1;
@@ -223,7 +223,8 @@ void TestVLScanData::changesOfTwoProcesses()
         QVERIFY(!change.reloaded());
         desktop.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("1"))});
 
-        // The other side cannot start a change while this one runs; it runs on its own thread as a second process would.
+        // The other side cannot start a change while this one runs; it runs on its own thread as a second process
+        // would.
         bool otherLocked = true;
         QThread *other = QThread::create([&] { otherLocked = VLScanData::Change(cli, 200).isLocked(); });
         other->start();

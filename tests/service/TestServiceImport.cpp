@@ -35,8 +35,7 @@ private:
 private slots:
     void initTestCase()
     {
-        if (!QFile::exists(realCatalogue))
-            QSKIP("the real-world catalogue is not here (set VELMORA_REAL_CATALOGUE)");
+        QVERIFY2(QFile::exists(realCatalogue), qPrintable(realCatalogue + QStringLiteral(" is missing")));
         QVERIFY(m_service.start({realCatalogue}));
         m_client = std::make_unique<ServiceClient>(m_service);
     }

@@ -6,8 +6,7 @@
 #include <QFile>
 #include <QFileInfo>
 
-BundleTree::BundleTree(const QString &root)
-    : m_root(root)
+BundleTree::BundleTree(const QString &root) : m_root(root)
 {
     QDir().mkpath(root);
 }

@@ -13,4 +13,5 @@ struct CliResult
     QByteArray err;
 };
 
-CliResult runCli(const QStringList &arguments, const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
+CliResult runCli(const QStringList &arguments,
+                 const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());

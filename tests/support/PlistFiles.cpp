@@ -18,8 +18,8 @@ bool writeFile(const QString &path, const QByteArray &bytes)
 
 bool writePlist(const QString &path, const QVariantMap &dictionary, PlistFormat format)
 {
-    return writeFile(path, format == PlistFormat::Xml ? PropertyList::toXml(dictionary)
-                                                      : PropertyList::toBinary(dictionary));
+    return writeFile(path,
+                     format == PlistFormat::Xml ? PropertyList::toXml(dictionary) : PropertyList::toBinary(dictionary));
 }
 
 QVariantMap info(const QString &bundleID, const QString &shortVersion, const QString &bundleVersion)
