@@ -13,21 +13,22 @@
 
 QString CheckCommand::description() const
 {
-    return tr("Check the installed applications for updates");
+    return Cli::tr("Check the installed applications for updates");
 }
 
 QString CheckCommand::help() const
 {
-    return tr("Usage: velmora-cli check [--background] [--json]\n"
-              "\n"
-              "Scans this computer, sends the installed applications to the service in one request, keeps the\n"
-              "catalogue's answers in the stored scan, and prints the applications with an update, one line each:\n"
-              "display name, installed version and newest version, separated by tabs. With --json, prints them as\n"
-              "a JSON array with every field.\n"
-              "  --background  check as the periodic background check does: no alerts, and apps the service\n"
-              "                knows but that are not installed are not added\n"
-              "A failed exchange prints the reason on stderr, exits with 1 and leaves the stored scan as it was\n"
-              "before the exchange.\n");
+    return Cli::tr(
+        "Usage: velmora-cli check [--background] [--json]\n"
+        "\n"
+        "Scans this computer, sends the installed applications to the service in one request, keeps the\n"
+        "catalogue's answers in the stored scan, and prints the applications with an update, one line each:\n"
+        "display name, installed version and newest version, separated by tabs. With --json, prints them as\n"
+        "a JSON array with every field.\n"
+        "  --background  check as the periodic background check does: no alerts, and apps the service\n"
+        "                knows but that are not installed are not added\n"
+        "A failed exchange prints the reason on stderr, exits with 1 and leaves the stored scan as it was\n"
+        "before the exchange.\n");
 }
 
 int CheckCommand::execute(const QStringList &arguments, CommandContext &ctx)
@@ -35,7 +36,7 @@ int CheckCommand::execute(const QStringList &arguments, CommandContext &ctx)
     bool background = false;
     for (const QString &argument : arguments) {
         if (argument != QLatin1String("--background")) {
-            ctx.err << "error: " << tr("unexpected argument %1").arg(argument) << "\n\n" << help();
+            ctx.err << "error: " << Cli::tr("unexpected argument %1").arg(argument) << "\n\n" << help();
             return ExitUsage;
         }
         background = true;
@@ -61,7 +62,7 @@ int CheckCommand::execute(const QStringList &arguments, CommandContext &ctx)
     loop.exec();
     if (!matched) {
         if (!feedback.alerted()) {
-            ctx.err << "error: " << tr("the check with the service failed") << '\n';
+            ctx.err << "error: " << Cli::tr("the check with the service failed") << '\n';
         }
         return ExitFailure;
     }

@@ -25,23 +25,24 @@ QString ChoiceCommand::description() const
 {
     switch (m_choice) {
     case Choice::Ignore:
-        return tr("Skip an app's current update");
+        return Cli::tr("Skip an app's current update");
     case Choice::SetCurrent:
-        return tr("Treat an app's installed copy as the newest version");
+        return Cli::tr("Treat an app's installed copy as the newest version");
     case Choice::UnsetCurrent:
-        return tr("Read an app's installed version from its files again");
+        return Cli::tr("Read an app's installed version from its files again");
     case Choice::DontCheck:
-        return tr("Never list an app as outdated");
+        return Cli::tr("Never list an app as outdated");
     }
     return {};
 }
 
 QString ChoiceCommand::help() const
 {
-    return tr("Usage: velmora-cli %1 APP [--undo]\n"
-              "\n"
-              "%2. APP is a display name, a catalogue id or the path of an installed app, as \"velmora-cli list\"\n"
-              "shows them. The choice is kept in the stored scan; --undo takes it back.\n")
+    return Cli::tr(
+               "Usage: velmora-cli %1 APP [--undo]\n"
+               "\n"
+               "%2. APP is a display name, a catalogue id or the path of an installed app, as \"velmora-cli list\"\n"
+               "shows them. The choice is kept in the stored scan; --undo takes it back.\n")
         .arg(name(), description());
 }
 
@@ -76,7 +77,7 @@ int ChoiceCommand::execute(const QStringList &arguments, CommandContext &ctx)
     QStringList words = arguments;
     words.removeAll(QStringLiteral("--undo"));
     if (words.size() != 1 || words.first().startsWith(QLatin1String("--"))) {
-        ctx.err << "error: " << tr("name one app") << "\n\n" << help();
+        ctx.err << "error: " << Cli::tr("name one app") << "\n\n" << help();
         return ExitUsage;
     }
     const QString wanted = words.first();
@@ -85,7 +86,7 @@ int ChoiceCommand::execute(const QStringList &arguments, CommandContext &ctx)
     VLScanData store;
     VLScanData::Change change(store);
     if (!store.apps()) {
-        ctx.err << "error: " << tr("no check has been made yet; run velmora-cli check first") << '\n';
+        ctx.err << "error: " << Cli::tr("no check has been made yet; run velmora-cli check first") << '\n';
         return ExitFailure;
     }
     AppList matches;
@@ -97,8 +98,8 @@ int ChoiceCommand::execute(const QStringList &arguments, CommandContext &ctx)
     if (matches.size() != 1) {
         ctx.err << "error: "
                 << (matches.isEmpty()
-                        ? tr("no app %1 in the stored scan").arg(wanted)
-                        : tr("%1 names %2 apps; use a catalogue id or a path").arg(wanted).arg(matches.size()))
+                        ? Cli::tr("no app %1 in the stored scan").arg(wanted)
+                        : Cli::tr("%1 names %2 apps; use a catalogue id or a path").arg(wanted).arg(matches.size()))
                 << '\n';
         return ExitFailure;
     }
@@ -107,7 +108,7 @@ int ChoiceCommand::execute(const QStringList &arguments, CommandContext &ctx)
         apply(*matches.first(), undo);
     }
     if (!store.saveDataToDisk()) {
-        ctx.err << "error: " << tr("the stored scan could not be written") << '\n';
+        ctx.err << "error: " << Cli::tr("the stored scan could not be written") << '\n';
         return ExitFailure;
     }
     return ExitSuccess;

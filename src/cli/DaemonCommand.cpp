@@ -24,24 +24,24 @@ QStringList loginItemCommand()
 
 QString DaemonCommand::description() const
 {
-    return tr("Keep checking for updates in the background");
+    return Cli::tr("Keep checking for updates in the background");
 }
 
 QString DaemonCommand::help() const
 {
-    return tr("Usage: velmora-cli daemon [--login-item]\n"
-              "\n"
-              "Runs as the desktop program does without its windows: checks at start when the stored scan is\n"
-              "older than four hours, then in the background every 3,400 seconds, keeps the login item in step\n"
-              "with the setting startupItem, and prints notifications on stderr. SIGTERM or Ctrl-C ends it after\n"
-              "the running step. --login-item marks a start by the login item, which never forces a scan.\n");
+    return Cli::tr("Usage: velmora-cli daemon [--login-item]\n"
+                   "\n"
+                   "Runs as the desktop program does without its windows: checks at start when the stored scan is\n"
+                   "older than four hours, then in the background every 3,400 seconds, keeps the login item in step\n"
+                   "with the setting startupItem, and prints notifications on stderr. SIGTERM or Ctrl-C ends it after\n"
+                   "the running step. --login-item marks a start by the login item, which never forces a scan.\n");
 }
 
 int DaemonCommand::execute(const QStringList &arguments, CommandContext &ctx)
 {
     const bool loginItem = arguments == QStringList{QStringLiteral("--login-item")};
     if (!arguments.isEmpty() && !loginItem) {
-        ctx.err << "error: " << tr("unexpected argument %1").arg(arguments.first()) << "\n\n" << help();
+        ctx.err << "error: " << Cli::tr("unexpected argument %1").arg(arguments.first()) << "\n\n" << help();
         return ExitUsage;
     }
     CliFeedback feedback(ctx.err);

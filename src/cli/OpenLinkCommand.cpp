@@ -10,13 +10,13 @@ QString decisionText(InstallLinks::Decision decision)
 {
     switch (decision) {
     case InstallLinks::Decision::Update:
-        return tr("update");
+        return Cli::tr("update");
     case InstallLinks::Decision::Install:
-        return tr("install");
+        return Cli::tr("install");
     case InstallLinks::Decision::CannotInstall:
-        return tr("cannot be installed from a link");
+        return Cli::tr("cannot be installed from a link");
     case InstallLinks::Decision::UpToDate:
-        return tr("up to date");
+        return Cli::tr("up to date");
     }
     return {};
 }
@@ -25,34 +25,35 @@ QString decisionText(InstallLinks::Decision decision)
 
 QString OpenLinkCommand::description() const
 {
-    return tr("Show what an install link offers");
+    return Cli::tr("Show what an install link offers");
 }
 
 QString OpenLinkCommand::help() const
 {
-    return tr("Usage: velmora-cli open-link URL\n"
-              "\n"
-              "Reads an install link (velmora://bundle/ID or velmora://app/ID/NAME/VERSION), looks each linked app\n"
-              "up in the stored scan or asks the service about it, and prints one line per app: display name,\n"
-              "catalogue id and what the link asks for (update, install, up to date, or cannot be installed from\n"
-              "a link), separated by tabs.\n");
+    return Cli::tr(
+        "Usage: velmora-cli open-link URL\n"
+        "\n"
+        "Reads an install link (velmora://bundle/ID or velmora://app/ID/NAME/VERSION), looks each linked app\n"
+        "up in the stored scan or asks the service about it, and prints one line per app: display name,\n"
+        "catalogue id and what the link asks for (update, install, up to date, or cannot be installed from\n"
+        "a link), separated by tabs.\n");
 }
 
 int OpenLinkCommand::execute(const QStringList &arguments, CommandContext &ctx)
 {
     if (arguments.size() != 1) {
-        ctx.err << "error: " << tr("give one link") << "\n\n" << help();
+        ctx.err << "error: " << Cli::tr("give one link") << "\n\n" << help();
         return ExitUsage;
     }
     const QString link = arguments.first();
     if (!link.startsWith(QLatin1String("velmora://"))) {
-        ctx.err << "error: " << tr("%1 is not an install link").arg(link) << '\n';
+        ctx.err << "error: " << Cli::tr("%1 is not an install link").arg(link) << '\n';
         return ExitUsage;
     }
     const VLScanData store;
     const QList<InstallLinks::LinkedApp> linked = InstallLinks::installFromLink(link, store);
     if (linked.isEmpty()) {
-        ctx.err << "error: " << tr("the link names no app the service knows") << '\n';
+        ctx.err << "error: " << Cli::tr("the link names no app the service knows") << '\n';
         return ExitFailure;
     }
     for (const InstallLinks::LinkedApp &entry : linked) {

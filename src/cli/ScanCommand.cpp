@@ -1,9 +1,9 @@
 #include "cli/ScanCommand.h"
 
-#include "model/AppJson.h"
 #include "cli/RecordLines.h"
-#include "scan/VLAppScanner.h"
+#include "model/AppJson.h"
 #include "platform/VLNotificationCenter.h"
+#include "scan/VLAppScanner.h"
 
 #include <QEventLoop>
 #include <QJsonArray>

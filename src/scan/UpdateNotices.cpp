@@ -7,13 +7,6 @@
 #include <QCoreApplication>
 #include <QLocale>
 
-namespace {
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("UpdateNotices", text);
-}
-} // namespace
-
 namespace UpdateNotices {
 
 std::optional<QDate> catalogueDate(const QString &vlDate)
@@ -54,9 +47,13 @@ void rememberNotified()
 Notice backgroundNotice(int count)
 {
     if (count == 1) {
-        return {tr("%1 new update is available").arg(count), tr("Update your app now"), tr("View")};
+        return {QCoreApplication::translate("UpdateNotices", "%1 new update is available").arg(count),
+                QCoreApplication::translate("UpdateNotices", "Update your app now"),
+                QCoreApplication::translate("UpdateNotices", "View")};
     }
-    return {tr("%1 new updates are available").arg(count), tr("Update your apps now"), tr("View")};
+    return {QCoreApplication::translate("UpdateNotices", "%1 new updates are available").arg(count),
+            QCoreApplication::translate("UpdateNotices", "Update your apps now"),
+            QCoreApplication::translate("UpdateNotices", "View")};
 }
 
 } // namespace UpdateNotices

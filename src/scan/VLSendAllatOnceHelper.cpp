@@ -16,11 +16,6 @@
 
 namespace {
 constexpr int kTimeoutMs = 600 * 1000;
-
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("VLSendAllatOnceHelper", text);
-}
 } // namespace
 
 void VLSendAllatOnceHelper::getMatches(const QString &post)

@@ -5,6 +5,7 @@
 // worker thread and returns when the exchange has ended, by success or failure; either way it posts
 // "VLUpdateDoneScannerFlag". A foreground exchange tells the user about a failure; a background one only logs it.
 
+#include <QCoreApplication>
 #include <QString>
 #include <QVariantList>
 #include <QVariantMap>
@@ -13,6 +14,8 @@
 
 class VLSendAllatOnceHelper
 {
+    Q_DECLARE_TR_FUNCTIONS(VLSendAllatOnceHelper)
+
 public:
     bool runningAsBackground = false;
 
