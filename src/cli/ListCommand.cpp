@@ -46,7 +46,7 @@ int ListCommand::execute(const QStringList &arguments, CommandContext &ctx)
 
     VLScanData store;
     if (!store.apps()) {
-        ctx.err << "notice: " << tr("no check has been made yet; run velmora-cli check") << '\n';
+        ctx.err << "notice: " << Cli::tr("no check has been made yet; run velmora-cli check") << '\n';
     }
     const AppList apps = store.apps().value_or(AppList());
     AppList listed;
