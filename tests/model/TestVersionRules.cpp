@@ -25,30 +25,13 @@ private slots:
         QTest::addColumn<QString>("expected");
         // Texts as bundles write them.
         QTest::newRow("build in brackets") << s("Version 2.1.3 (Build 455)") << s("2.1.3");
-        QTest::newRow("Demo") << s("3.0 Demo") << s("3.0");
-        QTest::newRow("Universal") << s("1.4.2 Universal") << s("1.4.2");
         QTest::newRow("copyright") << s("5.0, © 2010") << s("5.0");
+        QTest::newRow("glued build") << s("3.1build12") << s("3.1");
+        QTest::newRow("architecture") << s("2.4x86_64") << s("2.4");
+        // The odd stop texts are kept: installed versions have always been read this way.
         QTest::newRow("G") << s("1.0G4") << s("1.0");
-        // One row per remaining stop text whose cut no other stop would make as well.
-        QTest::newRow("blank dash") << s("1.0 - beta") << s("1.0");
-        QTest::newRow("for") << s("2.5 for Mac OS X") << s("2.5");
-        QTest::newRow("by") << s("1.1 by Acme") << s("1.1");
-        QTest::newRow("stable") << s("0.9.2 stable") << s("0.9.2");
-        QTest::newRow(".Copy") << s("4.1.Copy") << s("4.1");
-        QTest::newRow("Copy") << s("4.1Copy 2") << s("4.1");
-        QTest::newRow("[Build") << s("1.2 [Build 33]") << s("1.2");
-        QTest::newRow(".release") << s("7.0.release") << s("7.0");
-        QTest::newRow("build glued") << s("3.1build12") << s("3.1");
-        QTest::newRow(",6.0.4") << s("1.5,6.0.4") << s("1.5");
-        QTest::newRow("Release") << s("5.5 Release 2") << s("5.5");
-        QTest::newRow("release") << s("5.5 release candidate") << s("5.5");
-        QTest::newRow("PowerPC") << s("1.0.1 PowerPC") << s("1.0.1");
         QTest::newRow("Int") << s("10.4Int") << s("10.4");
-        QTest::newRow(".app") << s("3.3.app") << s("3.3");
-        QTest::newRow("Mac") << s("6.0 Mac") << s("6.0");
-        QTest::newRow("bracket") << s("1.7 (beta)") << s("1.7");
-        QTest::newRow("x86_") << s("2.4x86_64") << s("2.4");
-        QTest::newRow("copyright sign") << s("1.0©2010") << s("1.0");
+        QTest::newRow(",6.0.4") << s("1.5,6.0.4") << s("1.5");
         // Around the cuts.
         QTest::newRow("absent") << QString() << s("-");
         QTest::newRow("empty") << s("") << s("");
@@ -92,8 +75,6 @@ private slots:
         QCOMPARE(uint(::orderCompareString(a, b)), expected);
         const uint swapped = expected == VersionSame ? expected : 1 - expected;
         QCOMPARE(uint(::orderCompareString(b, a)), swapped);
-        const int sign = expected == VersionAscending ? -1 : expected == VersionDescending ? 1 : 0;
-        QCOMPARE(lastDitchCompareLocal(a, b), sign);
     }
 
     void compareVersionString_data()
