@@ -275,8 +275,9 @@ void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys
     app.vlDate = RecordText::unknown;
     app.masDate = RecordText::unknown;
     app.updateModDate();
+    // The reply's version stands, an absent one too: a version the catalogue withdrew is not offered any more.
     // The user's skipped version stays as it is: it only hides the one version it names.
-    setIfPresent(app.vlVersion, version);
+    app.vlVersion = version;
     setIfPresent(app.vlID, id);
 
     takeDownloadFields(app, item, keys, Missing::Clears);

@@ -1,7 +1,8 @@
 // Records made and refreshed from catalogue items, app-info replies and install links.
-// Items and expectations are JSON written with single quotes. Expectations name the record's archive keys
-// (plus a few fields that are not archived); null means absent, and "md5:TEXT" the MD5 hex digest of TEXT.
+// Items and expectations are JSON written with single quotes. Expectations name the record's fields as --json
+// shows them; null means absent, and "md5:TEXT" the MD5 hex digest of TEXT.
 
+#include "model/AppJson.h"
 #include "model/StringUtils.h"
 #include "model/VLApp.h"
 #include "model/VLMdItem.h"
@@ -35,14 +36,7 @@ QVariantMap item(const char *singleQuoted)
 
 void checkFields(const VLApp &app, const QJsonObject &expected)
 {
-    QJsonObject actual = app.encodeWithCoder();
-    const auto text = [](const QString &field) { return field.isNull() ? QJsonValue(QJsonValue::Null) : QJsonValue(field); };
-    actual.insert(QStringLiteral("kind"), text(app.kind));
-    actual.insert(QStringLiteral("deal_url"), text(app.deal_url));
-    actual.insert(QStringLiteral("discount"), text(app.discount));
-    actual.insert(QStringLiteral("deal_price"), text(app.deal_price));
-    actual.insert(QStringLiteral("deal_vers"), text(app.deal_vers));
-    actual.insert(QStringLiteral("parent_promo_id"), text(app.parent_promo_id));
+    const QJsonObject actual = appToJson(app);
     for (auto it = expected.begin(); it != expected.end(); ++it) {
         QJsonValue wanted = it.value();
         if (wanted.toString().startsWith(QLatin1String("md5:"))) {
@@ -57,8 +51,10 @@ void checkFields(const VLApp &app, const QJsonObject &expected)
 VLApp make(const QString &kind, const QVariantMap &data)
 {
     static const QHash<QString, VLApp (*)(const QVariantMap &)> makers = {
-        {QStringLiteral("json"), &VLApp::initWithServerItemJSON}, {QStringLiteral("long"), &VLApp::initWithServerItem},
-        {QStringLiteral("watch"), &VLApp::initWithWatchListItem}, {QStringLiteral("purchase"), &VLApp::initWithPurchaseItem},
+        {QStringLiteral("json"), &VLApp::initWithServerItemJSON},
+        {QStringLiteral("long"), &VLApp::initWithServerItem},
+        {QStringLiteral("watch"), &VLApp::initWithWatchListItem},
+        {QStringLiteral("purchase"), &VLApp::initWithPurchaseItem},
         {QStringLiteral("promo"), &VLApp::initWithPromoItem}};
     return makers.value(kind)(data);
 }
@@ -66,8 +62,10 @@ VLApp make(const QString &kind, const QVariantMap &data)
 void apply(VLApp &app, const QString &kind, const QVariantMap &data)
 {
     static const QHash<QString, void (VLApp::*)(const QVariantMap &)> updaters = {
-        {QStringLiteral("json"), &VLApp::updateWithServerItemJSON}, {QStringLiteral("long"), &VLApp::updateWithServerItem},
-        {QStringLiteral("watch"), &VLApp::updateWithWatchListsItem}, {QStringLiteral("info"), &VLApp::applyServerInfo},
+        {QStringLiteral("json"), &VLApp::updateWithServerItemJSON},
+        {QStringLiteral("long"), &VLApp::updateWithServerItem},
+        {QStringLiteral("watch"), &VLApp::updateWithWatchListsItem},
+        {QStringLiteral("info"), &VLApp::applyServerInfo},
         {QStringLiteral("purchase"), &VLApp::updateWithPromoPurchaseItem}};
     (app.*updaters.value(kind))(data);
 }
@@ -90,7 +88,8 @@ private slots:
             QTest::newRow(name) << QString::fromLatin1(kind) << item(data) << object(expected);
         };
         row("json, few keys", "json", "{'g':'Foo Bar.app','m':'5001','i':'','u':null,'x':'','f1':[1]}",
-            "{'opens_in_window':'','ranking':null,'name':'Foo Bar.app','localizedName':'Foo Bar.app','displayName':'Foo Bar','kind':'app','localPath':'-',"
+            "{'opens_in_window':'','ranking':null,'name':'Foo Bar.app','localizedName':'Foo "
+            "Bar.app','displayName':'Foo Bar','kind':'app','localPath':'-',"
             "'localVersion':'-','digestString':'md5:5001','vlDate':' -- ','masDate':null,'skippedVersion':'-',"
             "'developer':null,'wlID':null,'orderid':null,'isOutdated':false}");
         row("json h, i and l as sent", "json", "{'m':'5001','h':'0a1b','i':'1.2','l':'10.9 or later'}",
@@ -99,28 +98,12 @@ private slots:
         row("json p is the licence on creation", "json", "{'m':'1','o':'Free','p':'2048'}",
             "{'license':'2048','fileSize':'2048'}");
         row("json 10146 as a number", "json", "{'m':10146,'y':'0'}", "{'vlID':'10146','vld_install_from_link':'2'}");
-        row("json catalogue fields", "json",
-            "{'j':'2.0','x':'1','y':'1','z':'1','e1':'http://h/f.zip','a1':'mas','v':'3','k':'1.9','n':'beta',"
-            "'u':'Dev','t':'Short','w':'Notes','s':'17','q':'Nov 2, 2026','r':'Nov 1, 2026','g1':'kw','f1':7,"
-            "'filehash':'abc','e':'7','f':'All','a':'9','b':'S-1','c':'2026','d':'1.0'}",
-            "{'vlVersion':'2.0','opens_in_window':'1','vld_install_from_link':'1','paid_update':'1',"
-            "'download_url':'http://h/f.zip','mas_url':'mas','version_override':'3','masVersion':'1.9','beta':'beta',"
-            "'developer':'Dev','shortDescription':'Short','releaseNotes':'Notes','sortDate':'17',"
-            "'vlDate':'Nov 2, 2026','masDate':'Nov 1, 2026','keywords':'kw','ranking':7,'filehash':'abc','wlID':'7',"
-            "'listname':'All','orderid':'9','serialNumber':'S-1','orderDate':'2026','purchasedVersion':'1.0'}");
-        row("long keys", "long",
-            "{'name':'Foo.app','installed_version':'1.0','current_version':'2.0','mas_date':'d0','min_os':'10.13',"
-            "'vl_id':'5001','original_path':'d1','opens_in_window':'1','vld_install_from_link':'1','paidupgrade':'0',"
-            "'link':'u','mas_download_url':'m','version_override':'1','mas_version':'1.9','stability':'release',"
-            "'license':'Free','file_size':'2048','developer':'Dev','shortdescr':'S','release_notes':'N',"
-            "'sort_date':'17','vl_date':'d2','wl_id':'3','list_name':'All','orderid':'4','serial_number':'S',"
-            "'order_date':'2026','purchased_version':'0.9','filehash':'h','g':'X','keywords':'k'}",
-            "{'name':'Foo.app','localVersion':'1.0','vlVersion':'2.0','masDate':'d0','minOS':'10.13','vlID':'5001',"
-            "'digestString':'d1','opens_in_window':'1','vld_install_from_link':'1','paid_update':'0',"
-            "'download_url':'u','mas_url':'m','version_override':'1','masVersion':'1.9','beta':'release',"
-            "'license':'2048','fileSize':'2048','developer':'Dev','shortDescription':'S','releaseNotes':'N',"
-            "'sortDate':'17','vlDate':'d2','wlID':'3','listname':'All','orderid':'4','serialNumber':'S',"
-            "'orderDate':'2026','purchasedVersion':'0.9','filehash':'h','keywords':null}");
+        row("json list, purchase and number values", "json", "{'j':'2.0','f1':7,'e':'7','d':'1.0'}",
+            "{'vlVersion':'2.0','ranking':7,'wlID':'7','purchasedVersion':'1.0','orderid':null}");
+        row("long keys, never the short ones", "long",
+            "{'name':'Foo.app','current_version':'2.0','vl_id':'5001','original_path':'d1','file_size':'2048',"
+            "'license':'Free','g':'X','keywords':'k'}",
+            "{'name':'Foo.app','vlVersion':'2.0','vlID':'5001','digestString':'d1','license':'2048','keywords':null}");
         row("watch list", "watch",
             "{'wl_id':'7','list_name':'All','name':'Foo','current_version':'2.0','vl_id':'10146',"
             "'min_os':'10.13 or later','link':'u','filehash':'h','license':'Free','file_size':'2048',"
@@ -167,9 +150,10 @@ private slots:
         row("long license is read on update", "long", "{'license':'Free','file_size':'2'}", "long",
             "{'license':'Free'}", "{'license':'Free','fileSize':null}");
         row("json update: dates reset, what the item lacks cleared", "json",
-            "{'q':'d1','r':'d2','u':'Dev','e1':'u1','filehash':'h1','x':'1','g1':'k','f1':2}", "json", "{'m':'1'}",
-            "{'vlDate':'-','masDate':'-','developer':null,'download_url':null,'filehash':null,'opens_in_window':null,"
-            "'keywords':null,'ranking':null}");
+            "{'j':'1.0','q':'d1','r':'d2','u':'Dev','e1':'u1','filehash':'h1','x':'1','g1':'k','f1':2}", "json",
+            "{'m':'1'}",
+            "{'vlVersion':null,'vlDate':'-','masDate':'-','developer':null,'download_url':null,'filehash':null,"
+            "'opens_in_window':null,'keywords':null,'ranking':null}");
         row("json new values", "json", "{'m':'1','j':'1.0','q':'d1'}", "json",
             "{'m':'2','j':'2.0','q':'d3','r':'d4','g1':'k2','f1':3,'e':'5','f':'All','a':'6'}",
             "{'vlID':'2','vlVersion':'2.0','vlDate':'d3','masDate':'d4','keywords':'k2','ranking':3,'wlID':'5',"
@@ -230,8 +214,9 @@ private slots:
         QFETCH(bool, setToCurrent);
         QFETCH(QString, expectedLocal);
         QFETCH(bool, expectedOutdated);
-        const QString path = PlistFiles::makeBundle(m_root.filePath(QStringLiteral("Installed.app")),
-                                                    PlistFiles::info(QStringLiteral("com.example.i"), QStringLiteral("1.0")));
+        const QString path =
+            PlistFiles::makeBundle(m_root.filePath(QStringLiteral("Installed.app")),
+                                   PlistFiles::info(QStringLiteral("com.example.i"), QStringLiteral("1.0")));
         VLApp app = VLApp::initWithBundleAt(path);
         app.skippedVersion = skipped;
         app.isSetLocalVersionToCurrent = setToCurrent;
@@ -275,7 +260,8 @@ private slots:
             checkFields(*app, expected);
             QVERIFY(QRegularExpression(QStringLiteral("^[0-9]+$")).match(app->sortDate).hasMatch());
             QVERIFY(QRegularExpression(QStringLiteral("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d \\+0000$"))
-                        .match(app->lastmatched).hasMatch());
+                        .match(app->lastmatched)
+                        .hasMatch());
         }
     }
 
@@ -284,7 +270,8 @@ private slots:
     {
         QCOMPARE(VLApp::initWithServerItemJSON(item("{'m':'6001'}")).appIcon, QStringLiteral(""));
         const QString cached = VLApp::catalogueIconPath(md5HexHash(QStringLiteral("6001")));
-        QVERIFY(cached.endsWith(QStringLiteral("/Velmora/Velmora Desktop 6/mcache_600/") + md5HexHash(QStringLiteral("6001"))));
+        QVERIFY(cached.endsWith(QStringLiteral("/Velmora/Velmora Desktop 6/mcache_600/") +
+                                md5HexHash(QStringLiteral("6001"))));
         QVERIFY(QDir().mkpath(QFileInfo(cached).path()));
         QVERIFY(QFile(cached).open(QIODevice::WriteOnly));
         QCOMPARE(VLApp::initWithServerItemJSON(item("{'m':'6001'}")).appIcon, cached);
