@@ -9,21 +9,26 @@
 #include "platform/Log.h"
 
 #include <QRandomGenerator>
+#include <QRegularExpression>
 
 #include <cstdio>
-#include <cstdlib>
 
 namespace {
 
-// The leading number of a text, as the platform's numeric conversions read it ("12abc" is 12, "x" is 0).
+// The leading decimal number of a text, as the size texts of the catalogue are read: "12abc" is 12, "x" is 0.
+// Neither the user's locale nor a hexadecimal "0x" changes what it means.
 double leadingNumber(const QString &text, bool wholeOnly)
 {
-    const QByteArray latin = text.trimmed().toLatin1();
-    return wholeOnly ? double(std::strtol(latin.constData(), nullptr, 10)) : std::strtod(latin.constData(), nullptr);
+    static const QRegularExpression fraction(
+        QStringLiteral("^\\s*[+-]?(?:\\d+(?:\\.\\d*)?|\\.\\d+)(?:[eE][+-]?\\d+)?"));
+    static const QRegularExpression whole(QStringLiteral("^\\s*[+-]?\\d+"));
+    const QRegularExpressionMatch match = (wholeOnly ? whole : fraction).match(text);
+    return match.hasMatch() ? match.captured().trimmed().toDouble() : 0.0;
 }
 
 QString formatted(const char *format, double value)
 {
+    // No decimals are printed, so the locale's decimal sign never shows.
     char buffer[64];
     std::snprintf(buffer, sizeof buffer, format, value);
     return QString::fromLatin1(buffer);
