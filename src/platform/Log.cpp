@@ -37,6 +37,9 @@ QString redactMemberPaths(const QString &text)
     QRegularExpressionMatchIterator matches = member.globalMatch(text);
     while (matches.hasNext()) {
         const QRegularExpressionMatch match = matches.next();
+        if (match.capturedStart() < copied) {
+            continue; // inside the path just handled
+        }
         const QString separator = match.captured(1);
         const qsizetype start = match.capturedEnd();
         qsizetype end = start;

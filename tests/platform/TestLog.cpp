@@ -29,6 +29,8 @@ private slots:
         row("path written into a query",
             "go?to=https%3A%2F%2Fh%2Fvld6member%2Fsignup%2Fe%2Fx%2Fp%2Fpa%252Fss%2Ff%2FAnn&z=1",
             "go?to=https%3A%2F%2Fh%2Fvld6member%2Fsignup%2Fe%2Fx%2Fp%2F***%2Ff%2FAnn&z=1");
+        row("member name inside a member path", "/vld6member/signup/e/vld6member/p/pw",
+            "/vld6member/signup/e/vld6member/p/***");
         row("token segment", "/api/token/abc.def/next", "/api/token/***/next");
         row("form fields", "email=a%40b.c&password=hunter2&access_token=xyz&first=A",
             "email=a%40b.c&password=***&access_token=***&first=A");
