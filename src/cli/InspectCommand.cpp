@@ -1,9 +1,9 @@
 #include "cli/InspectCommand.h"
 
+#include "cli/RecordLines.h"
 #include "model/AppJson.h"
 #include "model/BundleReader.h"
 #include "model/VLApp.h"
-#include "model/VLMdItem.h"
 
 #include <QDir>
 #include <QFileInfo>
@@ -33,10 +33,8 @@ QStringList bundleWarnings(const QString &path)
 
 QString summaryLine(const VLApp &app)
 {
-    const auto orDash = [](const QString &text) { return text.isEmpty() ? QStringLiteral("-") : text; };
-    return QStringList{orDash(app.displayName), orDash(app.bundleID), orDash(app.localVersion), orDash(app.kind),
-                       app.isAppStore ? QStringLiteral("App Store") : QStringLiteral("not App Store")}
-        .join(QLatin1Char('\t'));
+    return recordLine({app.displayName, app.bundleID, app.localVersion, app.kind,
+                       app.isAppStore ? QStringLiteral("App Store") : QStringLiteral("not App Store")});
 }
 
 } // namespace

@@ -3,25 +3,30 @@
 #include "model/VLApp.h"
 
 namespace {
-QJsonValue text(const QString &value)
-{
-    return value.isNull() ? QJsonValue(QJsonValue::Null) : QJsonValue(value);
-}
+
+// The fields the store does not keep, by their own names.
+const std::pair<const char *, QString VLApp::*> shownTexts[] = {
+    {"kind", &VLApp::kind},
+    {"appIcon", &VLApp::appIcon},
+    {"deal_url", &VLApp::deal_url},
+    {"discount", &VLApp::discount},
+    {"deal_price", &VLApp::deal_price},
+    {"deal_vers", &VLApp::deal_vers},
+    {"parent_promo_id", &VLApp::parent_promo_id},
+    {"orderTotal", &VLApp::orderTotal},
+    {"downloadPath", &VLApp::downloadPath},
+};
+
 } // namespace
 
 QJsonObject appToJson(const VLApp &app)
 {
     QJsonObject json = app.encodeWithCoder();
-    json.insert(QStringLiteral("kind"), text(app.kind));
-    json.insert(QStringLiteral("appIcon"), text(app.appIcon));
+    for (const auto &[key, member] : shownTexts) {
+        const QString &text = app.*member;
+        json.insert(QLatin1String(key), text.isNull() ? QJsonValue(QJsonValue::Null) : QJsonValue(text));
+    }
     json.insert(QStringLiteral("requiresNewerOSVersion"), app.requiresNewerOSVersion);
-    json.insert(QStringLiteral("deal_url"), text(app.deal_url));
-    json.insert(QStringLiteral("discount"), text(app.discount));
-    json.insert(QStringLiteral("deal_price"), text(app.deal_price));
-    json.insert(QStringLiteral("deal_vers"), text(app.deal_vers));
-    json.insert(QStringLiteral("parent_promo_id"), text(app.parent_promo_id));
-    json.insert(QStringLiteral("orderTotal"), text(app.orderTotal));
-    json.insert(QStringLiteral("downloadPath"), text(app.downloadPath));
     return json;
 }
 

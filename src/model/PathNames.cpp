@@ -1,21 +1,9 @@
 #include "model/PathNames.h"
 
-namespace {
-// Index of the "." that starts the extension, or -1.
-qsizetype extensionDot(const QString &path)
-{
-    qsizetype end = path.size();
-    while (end > 1 && path.at(end - 1) == QLatin1Char('/')) {
-        --end;
-    }
-    const qsizetype componentStart = path.lastIndexOf(QLatin1Char('/'), end - 1) + 1;
-    const qsizetype dot = path.lastIndexOf(QLatin1Char('.'), end - 1);
-    if (dot <= componentStart || dot >= end - 1) {
-        return -1;
-    }
-    return dot;
-}
+#include "model/RecordText.h"
 
+namespace {
+// The end of the last path component: trailing slashes are not part of it.
 qsizetype componentEnd(const QString &path)
 {
     qsizetype end = path.size();
@@ -24,12 +12,24 @@ qsizetype componentEnd(const QString &path)
     }
     return end;
 }
+
+// Index of the "." that starts the extension, or -1.
+qsizetype extensionDot(const QString &path)
+{
+    const qsizetype end = componentEnd(path);
+    const qsizetype componentStart = path.lastIndexOf(QLatin1Char('/'), end - 1) + 1;
+    const qsizetype dot = path.lastIndexOf(QLatin1Char('.'), end - 1);
+    if (dot <= componentStart || dot >= end - 1) {
+        return -1;
+    }
+    return dot;
+}
 } // namespace
 
 QString pathExtension(const QString &path)
 {
     const qsizetype dot = extensionDot(path);
-    return dot < 0 ? QStringLiteral("") : path.mid(dot + 1, componentEnd(path) - dot - 1);
+    return dot < 0 ? RecordText::empty : path.mid(dot + 1, componentEnd(path) - dot - 1);
 }
 
 QString stringByDeletingPathExtension(const QString &path)

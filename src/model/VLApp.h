@@ -3,6 +3,8 @@
 // One application: installed on this machine, known only from the catalogue, or both.
 // Text fields use "-" for "not known" (in localPath: not installed) and "" for empty; a null QString is absent.
 
+#include "model/RecordText.h"
+
 #include <QDateTime>
 #include <QJsonObject>
 #include <QString>
@@ -54,14 +56,10 @@ public:
     void updateModDate();
 
     // Installed version discovery from the bundle at localPath.
-    QString getBundleID() const;
     bool getIsAppStore() const;
-    QString getLocalVersion() const;
-    QString localBundleVersion() const;
-    QString localShortBundleVersion() const;
-    QString localGetInfoVersion() const;
-    QString localShortBundleVersionFromVersionPlist() const;
     void getLocalVersionTakingIntoAccountVersionOverride();
+    // The installed version again: the catalogue version when the user set it current, else read from the bundle.
+    void refreshLocalVersion();
     void setVersiontoMASVersion();
     // Path of the bundle's icon file (.icns or .png), or "" when it has none.
     QString iconFilePath() const;
@@ -71,7 +69,17 @@ public:
     void checkIfPaidUpgrade();
     bool getRequiresNewerOSVersion() const;
 
-    bool isInstalled() const { return localPath != QStringLiteral("-") && !localPath.isEmpty(); }
+    bool isInstalled() const { return localPath != RecordText::unknown && !localPath.isEmpty(); }
+
+    // Markers of what is not known yet: "-" for the catalogue versions and dates (markCatalogueUnknown), ""
+    // for the catalogue texts (markCatalogueEmpty), "-" for the installed path and version (markNotInstalled).
+    void markCatalogueUnknown();
+    void markCatalogueEmpty();
+    void markNotInstalled();
+    // Catalogue id "10146" can never be installed from a link, whatever the catalogue or an older store says.
+    void applyInstallFromLinkRule();
+    // An App Store copy's display name gets the mark once, and its catalogue version becomes the store's.
+    void markAppStoreName();
 
     static QString stringFromFileSizeString(const QString &kilobytes);
     static quint32 getRandomNumberBetween(qint32 from, qint32 to);
@@ -162,8 +170,7 @@ public:
 
 private:
     void setInstalledDefaults();
-    void applyAppStoreNaming();
-    void repairAppStoreNaming();
+    void refreshLocalVersion(BundleReader &bundle);
     // The readers over one BundleReader, so a pass over a bundle parses each file once.
     QString getLocalVersion(BundleReader &bundle) const;
     QString localBundleVersion(BundleReader &bundle) const;

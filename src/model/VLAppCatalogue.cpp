@@ -1,12 +1,11 @@
 // Records made and refreshed from the catalogue: matching-reply items (short keys) and their older long-key
 // form, watch-list, purchase and promotion items, app-info replies and install links.
 
-#include "platform/AppPaths.h"
-#include "platform/Log.h"
 #include "model/PathNames.h"
 #include "model/StringUtils.h"
 #include "model/VLApp.h"
 #include "model/VersionRules.h"
+#include "platform/AppPaths.h"
 
 #include <QDateTime>
 #include <QFileInfo>
@@ -14,9 +13,6 @@
 
 namespace {
 
-const QString kDash = QStringLiteral("-");
-const QString kEmpty = QStringLiteral("");
-const QString kAppStoreMark = QStringLiteral(" ") + QChar(0xF8FF);
 // Shown for a catalogue date that the item does not give.
 const QString kNoDate = QStringLiteral(" -- ");
 
@@ -95,7 +91,7 @@ QString nowText()
 
 QString orDash(const QString &text)
 {
-    return text.isEmpty() ? kDash : text;
+    return text.isEmpty() ? RecordText::unknown : text;
 }
 
 void setIfPresent(QString &field, const QString &value)
@@ -119,22 +115,17 @@ bool isPlainFileName(const QString &name)
            !name.contains(QLatin1Char('/')) && !name.contains(QLatin1Char('\\')) && !name.contains(QChar(0));
 }
 
+// The digest of a record that is not installed: made from its catalogue id.
+QString catalogueDigest(const QString &vlID)
+{
+    return md5HexHash(vlID.isNull() ? RecordText::empty : vlID);
+}
+
 // The digest names the record's scratch folder and icon file, so a value from the wire that is not a plain
 // file name is ignored in favour of the one made from the catalogue id.
 QString digestFor(const QString &given, const QString &vlID)
 {
-    if (isPlainFileName(given)) {
-        return given;
-    }
-    return md5HexHash(vlID.isNull() ? kEmpty : vlID);
-}
-
-// This one app can never be installed from a link.
-void applyInstallFromLinkRule(VLApp &app)
-{
-    if (app.vlID == QLatin1String("10146")) {
-        app.vld_install_from_link = QStringLiteral("2");
-    }
+    return isPlainFileName(given) ? given : catalogueDigest(vlID);
 }
 
 // A new download link comes with the hash of its own file, or none: a hash must never outlive its link.
@@ -151,34 +142,27 @@ void takeName(VLApp &app, const QString &name)
     app.displayName = stringByDeletingPathExtension(name);
 }
 
-void appendAppStoreMark(VLApp &app)
-{
-    if (app.isAppStore && !containsString(app.displayName, QString(QChar(0xF8FF)), true)) {
-        app.displayName += kAppStoreMark;
-        app.setVersiontoMASVersion();
-    }
-}
-
 // The icon already in the cache; fetching a missing one is getIcon's job, on a worker thread.
 QString cachedIcon(const VLApp &app)
 {
     const QString path = VLApp::catalogueIconPath(app.digestString);
-    return !path.isEmpty() && QFileInfo::exists(path) ? path : kEmpty;
+    return !path.isEmpty() && QFileInfo::exists(path) ? path : RecordText::empty;
 }
 
 // A record that exists only in the catalogue: nothing installed, no versions known yet.
-void setCatalogueOnlyMarkers(VLApp &app)
+VLApp catalogueOnlyRecord()
 {
-    for (QString *field : {&app.localPath, &app.localVersion, &app.vlVersion, &app.skippedVersion, &app.masVersion,
-                           &app.vlDate, &app.masDate}) {
-        *field = kDash;
-    }
+    VLApp app;
+    app.markNotInstalled();
+    app.markCatalogueUnknown();
+    return app;
 }
 
 void finishCatalogueOnlyRecord(VLApp &app)
 {
-    applyInstallFromLinkRule(app);
-    app.kind = app.name.isNull() ? kEmpty : pathExtension(app.name);
+    app.digestString = catalogueDigest(app.vlID);
+    app.applyInstallFromLinkRule();
+    app.kind = pathExtension(app.name);
     app.isOutdated = false;
     app.requiresNewerOSVersion = app.getRequiresNewerOSVersion();
     app.percentDownloaded = 0.0;
@@ -202,14 +186,14 @@ VLApp newFromCatalogueItem(const QVariantMap &item, const ItemKeys &keys)
     const auto text = [&item](const QString &key) { return VLApp::getJSONItemWithName(key, item); };
     VLApp app;
     app.isDownloading = false;
-    app.localPath = kDash;
+    app.localPath = RecordText::unknown;
 
     takeName(app, text(keys.name));
     app.localVersion = orDash(text(keys.installedVersion));
     app.keywords = text(keys.keywords);
     app.ranking = rankingValue(item, keys.ranking);
     app.vlVersion = text(keys.currentVersion);
-    app.skippedVersion = kDash;
+    app.skippedVersion = RecordText::unknown;
     app.masDate = text(keys.masDate);
     app.minOS = text(keys.minOS);
     app.vlID = text(keys.vlID);
@@ -234,14 +218,14 @@ VLApp newFromCatalogueItem(const QVariantMap &item, const ItemKeys &keys)
     app.vlDate = vlDate.isNull() ? kNoDate : vlDate;
     // The minimum OS is read a second time, last; this later read is the one that stands.
     app.minOS = text(keys.minOS);
-    applyInstallFromLinkRule(app);
+    app.applyInstallFromLinkRule();
 
     app.isOutdated = false;
     app.isAppStore = app.getIsAppStore();
-    appendAppStoreMark(app);
+    app.markAppStoreName();
 
     app.requiresNewerOSVersion = app.getRequiresNewerOSVersion();
-    app.kind = app.name.isNull() ? kEmpty : pathExtension(app.name);
+    app.kind = pathExtension(app.name);
     app.appIcon = cachedIcon(app);
     app.lastmatched = nowText();
     app.percentDownloaded = 0.0;
@@ -288,11 +272,12 @@ void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys
     const QString version = text(keys.currentVersion);
     const QString id = text(keys.vlID);
     // Dates the catalogue no longer gives must not linger.
-    app.vlDate = kDash;
-    app.masDate = kDash;
+    app.vlDate = RecordText::unknown;
+    app.masDate = RecordText::unknown;
     app.updateModDate();
+    // The reply's version stands, an absent one too: a version the catalogue withdrew is not offered any more.
     // The user's skipped version stays as it is: it only hides the one version it names.
-    setIfPresent(app.vlVersion, version);
+    app.vlVersion = version;
     setIfPresent(app.vlID, id);
 
     takeDownloadFields(app, item, keys, Missing::Clears);
@@ -306,16 +291,10 @@ void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys
         take(*field, text(key), Missing::Clears);
     }
     setIfPresent(app.vlDate, text(keys.vlDate)); // "-" from above when the item has none
-    applyInstallFromLinkRule(app);
+    app.applyInstallFromLinkRule();
     app.lastmatched = nowText();
 
-    if (app.isSetLocalVersionToCurrent) {
-        vlLog(
-            QStringLiteral("set version to current set %1 %2 %3").arg(app.localPath, app.localVersion, app.vlVersion));
-        app.localVersion = app.vlVersion;
-    } else {
-        app.getLocalVersionTakingIntoAccountVersionOverride();
-    }
+    app.refreshLocalVersion();
     app.setVersiontoMASVersion();
 
     setIfPresent(app.masDate, text(keys.masDate));
@@ -360,7 +339,7 @@ void takeWatchListItem(VLApp &app, const QVariantMap &item, bool creating)
     }
     const QString vlDate = text(keys.vlDate);
     app.vlDate = vlDate.isNull() ? kNoDate : vlDate;
-    applyInstallFromLinkRule(app);
+    app.applyInstallFromLinkRule();
 }
 
 void takePurchaseItem(VLApp &app, const QVariantMap &item)
@@ -380,7 +359,7 @@ void takePurchaseItem(VLApp &app, const QVariantMap &item)
     setIfPresent(app.purchasedVersion, text("purchased_version"));
     setIfPresent(app.opens_in_window, text("opens_in_window"));
     setIfPresent(app.vld_install_from_link, text("vld_install_from_link"));
-    applyInstallFromLinkRule(app);
+    app.applyInstallFromLinkRule();
 }
 
 } // namespace
@@ -395,7 +374,7 @@ QString VLApp::getJSONItemWithName(const QString &key, const QVariantMap &item)
     switch (value.typeId()) {
     case QMetaType::QString: {
         const QString text = value.toString();
-        return text.isNull() ? kEmpty : text;
+        return text.isNull() ? RecordText::empty : text;
     }
     case QMetaType::Bool:
         return value.toBool() ? QStringLiteral("1") : QStringLiteral("0");
@@ -444,10 +423,8 @@ void VLApp::updateWithServerItem(const QVariantMap &item)
 
 VLApp VLApp::initWithWatchListItem(const QVariantMap &item)
 {
-    VLApp app;
-    setCatalogueOnlyMarkers(app);
+    VLApp app = catalogueOnlyRecord();
     takeWatchListItem(app, item, true);
-    app.digestString = md5HexHash(app.vlID.isNull() ? kEmpty : app.vlID);
     finishCatalogueOnlyRecord(app);
     return app;
 }
@@ -463,10 +440,8 @@ void VLApp::updateWithWatchListsItem(const QVariantMap &item)
 
 VLApp VLApp::initWithPurchaseItem(const QVariantMap &item)
 {
-    VLApp app;
-    setCatalogueOnlyMarkers(app);
+    VLApp app = catalogueOnlyRecord();
     takePurchaseItem(app, item);
-    app.digestString = md5HexHash(app.vlID.isNull() ? kEmpty : app.vlID);
     finishCatalogueOnlyRecord(app);
     return app;
 }
@@ -479,8 +454,7 @@ void VLApp::updateWithPromoPurchaseItem(const QVariantMap &item)
 VLApp VLApp::initWithPromoItem(const QVariantMap &item)
 {
     const auto text = [&item](const char *key) { return getJSONItemWithName(QLatin1String(key), item); };
-    VLApp app;
-    setCatalogueOnlyMarkers(app);
+    VLApp app = catalogueOnlyRecord();
     app.name = text("title");
     app.displayName = app.name;
     app.bundleID = text("bundle_id");
@@ -492,7 +466,6 @@ VLApp VLApp::initWithPromoItem(const QVariantMap &item)
     app.deal_price = text("price");
     app.deal_vers = text("appversion");
     app.parent_promo_id = text("parent_sales_profile_id");
-    app.digestString = md5HexHash(app.vlID.isNull() ? kEmpty : app.vlID);
     finishCatalogueOnlyRecord(app);
     return app;
 }
@@ -505,31 +478,16 @@ std::optional<VLApp> VLApp::initWithLink(const QString &link)
         parts.at(3).isEmpty()) {
         return std::nullopt;
     }
-    VLApp app;
-    app.isDownloading = false;
+    VLApp app = catalogueOnlyRecord();
+    app.markCatalogueEmpty();
     app.vlVersion = QUrl::fromPercentEncoding(parts.at(5).toUtf8());
     app.name = parts.at(4);
     app.localizedName = app.name;
     app.displayName = app.name;
-    for (QString *field :
-         {&app.localPath, &app.localVersion, &app.skippedVersion, &app.masVersion, &app.vlDate, &app.masDate}) {
-        *field = kDash;
-    }
     app.sortDate = QString::number(QDateTime::currentSecsSinceEpoch());
-    for (QString *field :
-         {&app.shortDescription, &app.fileSize, &app.minOS, &app.beta, &app.paid_update, &app.developer, &app.license,
-          &app.releaseNotes, &app.version_override, &app.download_url, &app.mas_url, &app.purchasedVersion}) {
-        *field = kEmpty;
-    }
     app.vlID = parts.at(3);
-    app.digestString = md5HexHash(app.vlID);
     app.lastmatched = nowText();
-    applyInstallFromLinkRule(app);
-    app.kind = pathExtension(app.name);
-    app.requiresNewerOSVersion = false;
-    app.percentDownloaded = 0.0;
-    app.downloadPath = app.createDownloadPath();
-    app.appIcon = cachedIcon(app);
+    finishCatalogueOnlyRecord(app);
     // A link always offers an install; updateWithServerInfo fills in the rest.
     app.isOutdated = true;
     return app;

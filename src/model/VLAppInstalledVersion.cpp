@@ -1,17 +1,17 @@
 // Reading the installed facts of a record from its bundle on disk.
 
 #include "model/BundleReader.h"
-#include "platform/Log.h"
 #include "model/StringUtils.h"
 #include "model/VLApp.h"
 #include "model/VersionRules.h"
+#include "platform/Log.h"
 
 #include <QDir>
 #include <QFileInfo>
 
 namespace {
 
-const QString kDash = QStringLiteral("-");
+const QString &kDash = RecordText::unknown;
 
 // A property-list value as text. Strings and numbers have a text form; anything else (an array where a
 // version should be) is a broken bundle, reported through failure.
@@ -36,16 +36,6 @@ QString textOf(const std::optional<QVariantMap> &dict, const QString &key, QStri
         *failure = QStringLiteral("%1 is a %2, not text").arg(key, QString::fromLatin1(it->typeName()));
         return {};
     }
-}
-
-qsizetype firstDigit(const QString &text)
-{
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (text.at(i) >= u'0' && text.at(i) <= u'9') {
-            return i;
-        }
-    }
-    return -1;
 }
 
 // One malformed version text seen in the wild carries "0xED"; drop it so the version compares.
@@ -211,7 +201,7 @@ QString VLApp::iconFilePath(BundleReader &bundle) const
     const auto &info = bundle.bundleInfoDict();
     const QString iconFile = info ? info->value(QStringLiteral("CFBundleIconFile")).toString() : QString();
     if (iconFile.isEmpty() || iconFile.contains(QLatin1Char('/'))) {
-        return QStringLiteral("");
+        return RecordText::empty;
     }
     const QString base = localPath + QStringLiteral("/Contents/Resources/") + iconFile;
     for (const QString &candidate : QStringList{base, base + QStringLiteral(".icns"), base + QStringLiteral(".png")}) {
@@ -221,7 +211,7 @@ QString VLApp::iconFilePath(BundleReader &bundle) const
             return candidate;
         }
     }
-    return QStringLiteral("");
+    return RecordText::empty;
 }
 
 bool VLApp::getIsAppStore() const
@@ -238,41 +228,14 @@ void VLApp::setVersiontoMASVersion()
     }
 }
 
-#define VL_WITH_BUNDLE(call)                                                                                           \
-    BundleReader bundle(localPath);                                                                                    \
-    return call(bundle)
-
-QString VLApp::getLocalVersion() const
-{
-    VL_WITH_BUNDLE(getLocalVersion);
-}
-QString VLApp::localBundleVersion() const
-{
-    VL_WITH_BUNDLE(localBundleVersion);
-}
-QString VLApp::localShortBundleVersion() const
-{
-    VL_WITH_BUNDLE(localShortBundleVersion);
-}
-QString VLApp::localGetInfoVersion() const
-{
-    VL_WITH_BUNDLE(localGetInfoVersion);
-}
-QString VLApp::localShortBundleVersionFromVersionPlist() const
-{
-    VL_WITH_BUNDLE(localShortBundleVersionFromVersionPlist);
-}
-QString VLApp::getBundleID() const
-{
-    VL_WITH_BUNDLE(getBundleID);
-}
 QString VLApp::iconFilePath() const
 {
-    VL_WITH_BUNDLE(iconFilePath);
-}
-void VLApp::getLocalVersionTakingIntoAccountVersionOverride()
-{
-    VL_WITH_BUNDLE(getLocalVersionTakingIntoAccountVersionOverride);
+    BundleReader bundle(localPath);
+    return iconFilePath(bundle);
 }
 
-#undef VL_WITH_BUNDLE
+void VLApp::getLocalVersionTakingIntoAccountVersionOverride()
+{
+    BundleReader bundle(localPath);
+    getLocalVersionTakingIntoAccountVersionOverride(bundle);
+}

@@ -1,29 +1,26 @@
 // The record's verdicts: outdated, paid upgrade, needs a newer OS.
 
-#include "platform/Log.h"
 #include "model/RunningOS.h"
 #include "model/StringUtils.h"
 #include "model/VLApp.h"
 #include "model/VersionRules.h"
+#include "platform/Log.h"
 
 void VLApp::checkIfOutdated()
 {
-    if (!skippedVersion.isNull() && vlVersion != QLatin1String("-") && skippedVersion == vlVersion) {
+    if (!skippedVersion.isNull() && vlVersion != RecordText::unknown && skippedVersion == vlVersion) {
         vlLog(QStringLiteral("skipping %1").arg(displayName));
         isOutdated = false;
-        checkIfPaidUpgrade();
-        return;
-    }
-    isOutdated = isLocalVersionOutdatedByRemoteVersion(localVersion, vlVersion);
-    if (dontCheckForUpdates) {
-        isOutdated = false;
+    } else {
+        isOutdated = !dontCheckForUpdates && isLocalVersionOutdatedByRemoteVersion(localVersion, vlVersion);
     }
     checkIfPaidUpgrade();
 }
 
 void VLApp::checkIfPaidUpgrade()
 {
-    // Only a catalogue-flagged update that changes the major version is a paid upgrade.
+    // Only a catalogue-flagged update that changes the major version is a paid upgrade. Otherwise the verdict
+    // stays as it was: an update that is skipped or excluded keeps its mark.
     if (isOutdated && !containsString(license, QStringLiteral("free"), true) && paid_update == QLatin1String("1") &&
         localVersion.contains(QLatin1Char('.'))) {
         const QString localMajor = localVersion.section(QLatin1Char('.'), 0, 0);
@@ -34,7 +31,7 @@ void VLApp::checkIfPaidUpgrade()
 
 bool VLApp::getRequiresNewerOSVersion() const
 {
-    if (minOS.isEmpty() || minOS == QLatin1String("-")) {
+    if (minOS.isEmpty() || minOS == RecordText::unknown) {
         return false;
     }
     const QString running = runningOSVersion();

@@ -1,5 +1,8 @@
 #include "model/VersionRules.h"
 
+#include "model/RecordText.h"
+#include "model/StringUtils.h"
+
 #include <QStringView>
 
 namespace {
@@ -13,15 +16,6 @@ bool isDigit(QChar c)
 bool isSeparator(QChar c)
 {
     return c == u'.' || c == u'_' || c == u'-';
-}
-
-qsizetype firstDigit(QStringView text)
-{
-    for (qsizetype i = 0; i < text.size(); ++i) {
-        if (isDigit(text[i]))
-            return i;
-    }
-    return -1;
 }
 
 qsizetype digitRunLength(QStringView text, qsizetype from)
@@ -99,7 +93,7 @@ constexpr QStringView stopTexts[] = {
 
 QString cleanVersionString(const QString &version)
 {
-    QString text = version.isNull() ? QStringLiteral("-") : version;
+    QString text = version.isNull() ? RecordText::unknown : version;
     for (const QStringView stop : stopTexts)
         text = cutAtStopText(text, stop);
 
@@ -111,7 +105,7 @@ QString cleanVersionString(const QString &version)
     if (text.endsWith(u','))
         text.chop(1);
     text = text.trimmed();
-    return text.isNull() ? QStringLiteral("") : text;
+    return text.isNull() ? RecordText::empty : text;
 }
 
 VersionOrder orderCompareString(const QString &a, const QString &b)
@@ -177,22 +171,10 @@ VersionOrder compareVersionString(const QString &a, const QString &b)
     return runA > 0 ? VersionDescending : VersionAscending;
 }
 
-int lastDitchCompareLocal(const QString &local, const QString &server)
-{
-    switch (orderCompareString(local, server)) {
-    case VersionAscending:
-        return -1;
-    case VersionDescending:
-        return 1;
-    default:
-        return 0;
-    }
-}
-
 bool isLocalVersionOutdatedByRemoteVersion(const QString &localVersion, const QString &remoteVersion)
 {
     // 1. Nothing known about the catalogue version.
-    if (remoteVersion.isNull() || remoteVersion == u"(null)" || remoteVersion == u"-")
+    if (remoteVersion.isNull() || remoteVersion == u"(null)" || remoteVersion == RecordText::unknown)
         return false;
     // An unknown installed version is never reported as outdated.
     if (localVersion.isNull())
@@ -201,7 +183,7 @@ bool isLocalVersionOutdatedByRemoteVersion(const QString &localVersion, const QS
     // 2.
     QString local = localVersion.trimmed();
     const QString remote = remoteVersion.trimmed();
-    if (local == u"-" || local == remote)
+    if (local == RecordText::unknown || local == remote)
         return false;
 
     // 3. "1.23" against "1.2.4": the catalogue split the minor number, compare its last digit.
@@ -255,7 +237,7 @@ QString cleanOSVersion(const QString &text)
 {
     const qsizetype start = firstDigit(text);
     if (start < 0)
-        return QStringLiteral("");
+        return RecordText::empty;
     qsizetype end = start;
     while (end < text.size() && !text[end].isSpace())
         ++end;

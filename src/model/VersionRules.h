@@ -17,8 +17,6 @@ QString cleanVersionString(const QString &version);
 // Case-insensitive order with digit runs compared by numeric value (any length; "01" equals "1").
 VersionOrder orderCompareString(const QString &a, const QString &b);
 VersionOrder compareVersionString(const QString &a, const QString &b);
-// -1, 0 or 1: the plain numeric-aware ordering, for callers that find no other answer.
-int lastDitchCompareLocal(const QString &local, const QString &server);
 // True when the installed version local is older than the catalogue version remote. An absent local is never outdated.
 bool isLocalVersionOutdatedByRemoteVersion(const QString &local, const QString &remote);
 // The OS version number inside a text: from its first digit to the first white space. Absent, or no digit, gives "".

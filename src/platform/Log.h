@@ -9,9 +9,11 @@
 
 Q_DECLARE_LOGGING_CATEGORY(lcVelmora)
 
+// Logs line with its secrets hidden (redactSecrets).
 void vlLog(const QString &line);
 
-// Replaces passwords, their MD5s, cookie values and tokens in a request path or form body with "***".
+// Replaces passwords, their MD5s, cookie values and tokens with "***": in request paths (plain or percent-encoded),
+// form bodies, query items and cookie headers.
 QString redactSecrets(const QString &text);
 
 // Sends log lines to syslog, and also to stderr when copyToStderr or VELMORA_LOG=stderr.

@@ -8,7 +8,7 @@
 
 namespace {
 
-const QString kNotInstalled = QStringLiteral("-");
+const QString &kNotInstalled = RecordText::unknown;
 
 bool fileExists(const QString &path)
 {

@@ -82,11 +82,16 @@ private slots:
                                    PlistFiles::PlistFormat::Binary);
         const QString folder = m_root.path() + QStringLiteral("/Plain Folder");
         QDir().mkpath(folder);
+        // A tab inside a field must not add a field.
+        const QString tabbed =
+            PlistFiles::makeBundle(m_root.path() + QStringLiteral("/Tab.app"),
+                                   PlistFiles::info(QStringLiteral("com.ex\tample"), QStringLiteral("1")));
 
-        const CliResult text = runCli({QStringLiteral("inspect"), app, folder});
+        const CliResult text = runCli({QStringLiteral("inspect"), app, folder, tabbed});
         QCOMPARE(text.exitCode, 0);
         QCOMPARE(QString::fromUtf8(text.out), QStringLiteral("Good Tool\tcom.example.good\t3.2.1\tapp\tnot App Store\n"
-                                                             "Plain Folder\t-\t-\t-\tnot App Store\n"));
+                                                             "Plain Folder\t-\t-\t-\tnot App Store\n"
+                                                             "Tab\tcom.ex ample\t1\tapp\tnot App Store\n"));
         QVERIFY(text.err.contains("warning: ") && text.err.contains("not a bundle"));
 
         const CliResult json = runCli({QStringLiteral("inspect"), app, QStringLiteral("--json")});

@@ -1,15 +1,19 @@
-// The record's archive form, the repairs made while restoring, and its small helpers.
+// The record's archive form, the repairs made while restoring, its verdicts and its small helpers.
 
 #include "model/VLApp.h"
-#include "model/VLMdItem.h"
 #include "support/PlistFiles.h"
 #include "support/TestMain.h"
 
+#include <QDir>
 #include <QJsonDocument>
+#include <QLocale>
+#include <QProcess>
 #include <QTemporaryDir>
 
+#include <clocale>
+
 namespace {
-const QString kMark = QStringLiteral(" ") + QChar(0xF8FF);
+const QString kMark = QStringLiteral(" \uF8FF");
 
 QJsonObject json(const char *text)
 {
@@ -31,6 +35,19 @@ class TestVLApp : public QObject
     }
 
 private slots:
+    void initTestCase()
+    {
+        // A locale that writes "0,5", made here so the test needs no installed locales: only its numbers are defined.
+        const QString source = m_root.filePath(QStringLiteral("comma.src"));
+        QVERIFY(PlistFiles::writeFile(source, "LC_NUMERIC\ndecimal_point \",\"\nthousands_sep \".\"\n"
+                                              "grouping 3;3\nEND LC_NUMERIC\n"));
+        QVERIFY(QDir().mkpath(m_root.filePath(QStringLiteral("locales"))));
+        QProcess::execute(QStringLiteral("localedef"),
+                          {QStringLiteral("-c"), QStringLiteral("-i"), source, QStringLiteral("-f"),
+                           QStringLiteral("ANSI_X3.4-1968"), m_root.filePath(QStringLiteral("locales/comma"))});
+        qputenv("LOCPATH", QFile::encodeName(m_root.filePath(QStringLiteral("locales"))));
+    }
+
     void archiveRoundTripKeepsEveryField()
     {
         const VLApp app = installedApp(QStringLiteral("Full.app"), QStringLiteral("1.2.3"));
@@ -48,7 +65,6 @@ private slots:
         const VLApp restored = VLApp::initWithCoder(archive);
         QCOMPARE(restored.encodeWithCoder(), archive);
         QCOMPARE(restored.kind, QStringLiteral("app"));
-        QVERIFY(restored.isOutdated);
         QCOMPARE(restored.downloadPath, app.downloadPath);
         // The archive form is plain JSON: it survives being written out and read back.
         const QJsonObject reparsed = QJsonDocument::fromJson(QJsonDocument(archive).toJson()).object();
@@ -60,33 +76,30 @@ private slots:
         QTest::addColumn<QByteArray>("archive");
         QTest::addColumn<QString>("field");
         QTest::addColumn<QVariant>("expected");
-
-        QTest::newRow("blank path becomes dash")
-            << QByteArray(R"({"localPath":"","name":"X.app"})") << "localPath" << QVariant(QStringLiteral("-"));
-        QTest::newRow("missing display name from name") << QByteArray(R"({"localPath":"-","name":"Some Tool.app"})")
-                                                        << "displayName" << QVariant(QStringLiteral("Some Tool"));
-        QTest::newRow("names trimmed and joined")
-            << QByteArray(R"({"localPath":"-","name":" A\tB\nC.app ","displayName":"\r X\tY "})") << "displayName"
-            << QVariant(QStringLiteral("XY"));
-        QTest::newRow("null license repaired")
-            << QByteArray(R"({"localPath":"-","license":null})") << "license" << QVariant(QStringLiteral(""));
-        QTest::newRow("missing min OS repaired")
-            << QByteArray(R"({"localPath":"-"})") << "minOS" << QVariant(QStringLiteral(""));
-        QTest::newRow("10146 never installs from a link")
-            << QByteArray(R"({"localPath":"-","vlID":"10146","vld_install_from_link":"1"})") << "vld_install_from_link"
-            << QVariant(QStringLiteral("2"));
-        QTest::newRow("other ids keep their install mode")
-            << QByteArray(R"({"localPath":"-","vlID":"10147","vld_install_from_link":"1"})") << "vld_install_from_link"
-            << QVariant(QStringLiteral("1"));
-        QTest::newRow("stored store flag ignored")
-            << QByteArray(R"({"localPath":"-","isAppStore":true})") << "isAppStore" << QVariant(false);
-        QTest::newRow("set to current takes the catalogue version")
-            << QByteArray(
-                   R"({"localPath":"-","localVersion":"1.0","vlVersion":"2.0","isSetLocalVersionToCurrent":true})")
-            << "localVersion" << QVariant(QStringLiteral("2.0"));
-        QTest::newRow("damaged value types read as absent or text")
-            << QByteArray(R"({"localPath":"-","vlVersion":12,"name":["x"],"lastModified":"yesterday"})") << "vlVersion"
-            << QVariant(QStringLiteral("12"));
+        const auto row = [](const char *tag, const char *archive, const char *field, const QVariant &expected) {
+            QTest::newRow(tag) << QByteArray(archive) << QString::fromLatin1(field) << expected;
+        };
+        row("blank path becomes dash", R"({"localPath":"","name":"X.app"})", "localPath", QStringLiteral("-"));
+        row("missing display name from name", R"({"localPath":"-","name":"Some Tool.app"})", "displayName",
+            QStringLiteral("Some Tool"));
+        row("names trimmed and joined", R"({"localPath":"-","name":" A\tB\nC.app ","displayName":"\r X\tY "})",
+            "displayName", QStringLiteral("XY"));
+        row("null license repaired", R"({"localPath":"-","license":null})", "license", QStringLiteral(""));
+        row("missing min OS repaired", R"({"localPath":"-"})", "minOS", QStringLiteral(""));
+        row("10146 never installs from a link", R"({"localPath":"-","vlID":"10146","vld_install_from_link":"1"})",
+            "vld_install_from_link", QStringLiteral("2"));
+        row("stored store flag ignored", R"({"localPath":"-","isAppStore":true})", "isAppStore", false);
+        row("set to current takes the catalogue version",
+            R"({"localPath":"-","localVersion":"1.0","vlVersion":"2.0","isSetLocalVersionToCurrent":true})",
+            "localVersion", QStringLiteral("2.0"));
+        row("damaged value types read as absent or text",
+            R"({"localPath":"-","vlVersion":12,"name":["x"],"lastModified":"yesterday"})", "vlVersion",
+            QStringLiteral("12"));
+        row("nothing installed to read", R"({"localPath":"-","localVersion":"1.0","vlVersion":"2.0"})", "localVersion",
+            QStringLiteral("-"));
+        row("a skipped update keeps its paid-upgrade mark",
+            R"({"localPath":"-","vlVersion":"2.0","skippedVersion":"2.0","isPaidUpgrade":true})", "isPaidUpgrade",
+            true);
     }
 
     void restoreRepairs()
@@ -97,15 +110,6 @@ private slots:
         QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
         const QJsonObject restored = VLApp::initWithCoder(json(archive.constData())).encodeWithCoder();
         QCOMPARE(restored.value(field).toVariant(), expected);
-    }
-
-    void notInstalledReReadsToDash()
-    {
-        // A catalogue-only record has nothing on disk to read: its version is "-", and so never outdated.
-        const VLApp app = VLApp::initWithCoder(json(R"({"localPath":"-","localVersion":"1.0","vlVersion":"2.0"})"));
-        QCOMPARE(app.localVersion, QStringLiteral("-"));
-        QVERIFY(!app.isOutdated);
-        QCOMPARE(app.description(), QStringLiteral(""));
     }
 
     void appStoreMarkAppearsOnce()
@@ -138,6 +142,8 @@ private slots:
         app.updateModDate();
         QCOMPARE(app.localVersion, QStringLiteral("2.0"));
         QCOMPARE(app.description(), app.localPath + QStringLiteral(" 2.0"));
+        app.localPath = QStringLiteral("-");
+        QCOMPARE(app.description(), app.displayName);
     }
 
     void fileSizes_data()
@@ -154,15 +160,26 @@ private slots:
                                              << "1 MB";
         QTest::newRow("gigabytes") << "3145728"
                                    << "3 GB";
-        QTest::newRow("leading number of a text") << "100kb"
+        QTest::newRow("leading number of a text") << " 100kb"
                                                   << "100 KB";
+        QTest::newRow("no hexadecimal") << "0x10"
+                                        << "";
     }
 
+    // Sizes read the same whatever the user's locale writes numbers like.
     void fileSizes()
     {
         QFETCH(QString, kilobytes);
         QFETCH(QString, expected);
         QCOMPARE(VLApp::stringFromFileSizeString(kilobytes), expected);
+
+        const QByteArray numeric = std::setlocale(LC_NUMERIC, nullptr);
+        QVERIFY2(std::setlocale(LC_NUMERIC, "comma"), "localedef could not make the test's comma locale");
+        QLocale::setDefault(QLocale(QLocale::German));
+        const QString underComma = VLApp::stringFromFileSizeString(kilobytes);
+        std::setlocale(LC_NUMERIC, numeric.constData());
+        QLocale::setDefault(QLocale::c());
+        QCOMPARE(underComma, expected);
     }
 
     void randomNumbersStayInRange()
@@ -175,74 +192,58 @@ private slots:
         }
     }
 
-    void paidUpgrade_data()
+    // The outdated verdict, and the paid-upgrade verdict that follows it: set only for an outdated record,
+    // kept as it was otherwise.
+    void verdicts_data()
     {
         QTest::addColumn<QString>("local");
         QTest::addColumn<QString>("remote");
+        QTest::addColumn<QString>("skipped");
+        QTest::addColumn<bool>("dontCheck");
         QTest::addColumn<QString>("license");
-        QTest::addColumn<QString>("paid");
-        QTest::addColumn<bool>("expected");
-        QTest::newRow("major change flagged") << "1.5"
-                                              << "2.0"
-                                              << ""
-                                              << "1" << true;
-        QTest::newRow("minor change flagged") << "1.5"
-                                              << "1.6"
-                                              << ""
-                                              << "1" << false;
-        QTest::newRow("free licence") << "1.5"
-                                      << "2.0"
-                                      << "Freeware"
-                                      << "1" << false;
-        QTest::newRow("not flagged") << "1.5"
-                                     << "2.0"
-                                     << ""
-                                     << "0" << false;
-        QTest::newRow("local without a dot") << "15"
-                                             << "20"
-                                             << ""
-                                             << "1" << false;
+        QTest::addColumn<QString>("paidFlag");
+        QTest::addColumn<bool>("paidBefore");
+        QTest::addColumn<bool>("outdated");
+        QTest::addColumn<bool>("paid");
+        const auto row = [](const char *tag, const char *local, const char *remote, const char *skipped, bool dontCheck,
+                            const char *license, const char *paidFlag, bool paidBefore, bool outdated, bool paid) {
+            QTest::newRow(tag) << QString::fromLatin1(local) << QString::fromLatin1(remote)
+                               << QString::fromLatin1(skipped) << dontCheck << QString::fromLatin1(license)
+                               << QString::fromLatin1(paidFlag) << paidBefore << outdated << paid;
+        };
+        row("major change flagged", "1.5", "2.0", "-", false, "", "1", false, true, true);
+        row("minor change flagged", "1.5", "1.6", "-", false, "", "1", true, true, false);
+        row("free licence", "1.5", "2.0", "-", false, "Freeware", "1", false, true, false);
+        row("not flagged", "1.5", "2.0", "-", false, "", "0", false, true, false);
+        row("local without a dot", "15", "20", "-", false, "", "1", false, true, false);
+        row("up to date keeps the mark", "2.0", "2.0", "-", false, "", "1", true, false, true);
+        row("skipped version hidden", "1.0", "2.0", "2.0", false, "", "1", true, false, true);
+        row("another version skipped", "1.0", "2.0", "1.5", false, "", "1", false, true, true);
+        row("never checked", "1.0", "2.0", "-", true, "", "1", false, false, false);
     }
 
-    void paidUpgrade()
+    void verdicts()
     {
         QFETCH(QString, local);
         QFETCH(QString, remote);
+        QFETCH(QString, skipped);
+        QFETCH(bool, dontCheck);
         QFETCH(QString, license);
-        QFETCH(QString, paid);
-        QFETCH(bool, expected);
+        QFETCH(QString, paidFlag);
+        QFETCH(bool, paidBefore);
+        QFETCH(bool, outdated);
+        QFETCH(bool, paid);
         VLApp app;
         app.localVersion = local;
         app.vlVersion = remote;
-        app.license = license;
-        app.paid_update = paid;
-        app.checkIfOutdated();
-        QVERIFY(app.isOutdated);
-        QCOMPARE(app.isPaidUpgrade, expected);
-    }
-
-    void outdatedVerdict_data()
-    {
-        QTest::addColumn<QString>("skipped");
-        QTest::addColumn<bool>("dontCheck");
-        QTest::addColumn<bool>("outdated");
-        QTest::newRow("skipped version hidden") << "2.0" << false << false;
-        QTest::newRow("another version skipped") << "1.5" << false << true;
-        QTest::newRow("never checked") << "-" << true << false;
-    }
-
-    void outdatedVerdict()
-    {
-        QFETCH(QString, skipped);
-        QFETCH(bool, dontCheck);
-        QFETCH(bool, outdated);
-        VLApp app;
-        app.localVersion = QStringLiteral("1.0");
-        app.vlVersion = QStringLiteral("2.0");
         app.skippedVersion = skipped;
         app.dontCheckForUpdates = dontCheck;
+        app.license = license;
+        app.paid_update = paidFlag;
+        app.isPaidUpgrade = paidBefore;
         app.checkIfOutdated();
         QCOMPARE(app.isOutdated, outdated);
+        QCOMPARE(app.isPaidUpgrade, paid);
     }
 };
 

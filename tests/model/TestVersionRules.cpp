@@ -25,34 +25,16 @@ private slots:
         QTest::addColumn<QString>("expected");
         // Texts as bundles write them.
         QTest::newRow("build in brackets") << s("Version 2.1.3 (Build 455)") << s("2.1.3");
-        QTest::newRow("Demo") << s("3.0 Demo") << s("3.0");
-        QTest::newRow("Universal") << s("1.4.2 Universal") << s("1.4.2");
         QTest::newRow("copyright") << s("5.0, © 2010") << s("5.0");
+        QTest::newRow("glued build") << s("3.1build12") << s("3.1");
+        QTest::newRow("architecture") << s("2.4x86_64") << s("2.4");
+        // The odd stop texts are kept: installed versions have always been read this way.
         QTest::newRow("G") << s("1.0G4") << s("1.0");
-        // One row per remaining stop text whose cut no other stop would make as well.
-        QTest::newRow("blank dash") << s("1.0 - beta") << s("1.0");
-        QTest::newRow("for") << s("2.5 for Mac OS X") << s("2.5");
-        QTest::newRow("by") << s("1.1 by Acme") << s("1.1");
-        QTest::newRow("stable") << s("0.9.2 stable") << s("0.9.2");
-        QTest::newRow(".Copy") << s("4.1.Copy") << s("4.1");
-        QTest::newRow("Copy") << s("4.1Copy 2") << s("4.1");
-        QTest::newRow("[Build") << s("1.2 [Build 33]") << s("1.2");
-        QTest::newRow(".release") << s("7.0.release") << s("7.0");
-        QTest::newRow("build glued") << s("3.1build12") << s("3.1");
-        QTest::newRow(",6.0.4") << s("1.5,6.0.4") << s("1.5");
-        QTest::newRow("Release") << s("5.5 Release 2") << s("5.5");
-        QTest::newRow("release") << s("5.5 release candidate") << s("5.5");
-        QTest::newRow("PowerPC") << s("1.0.1 PowerPC") << s("1.0.1");
         QTest::newRow("Int") << s("10.4Int") << s("10.4");
-        QTest::newRow(".app") << s("3.3.app") << s("3.3");
-        QTest::newRow("Mac") << s("6.0 Mac") << s("6.0");
-        QTest::newRow("bracket") << s("1.7 (beta)") << s("1.7");
-        QTest::newRow("x86_") << s("2.4x86_64") << s("2.4");
-        QTest::newRow("copyright sign") << s("1.0©2010") << s("1.0");
+        QTest::newRow(",6.0.4") << s("1.5,6.0.4") << s("1.5");
         // Around the cuts.
         QTest::newRow("absent") << QString() << s("-");
         QTest::newRow("empty") << s("") << s("");
-        QTest::newRow("blanks without digit") << s("  beta  ") << s("beta");
         QTest::newRow("leading word") << s("v1.2.3") << s("1.2.3");
         QTest::newRow("trailing comma") << s("1.2,") << s("1.2");
         QTest::newRow("stops are case-sensitive") << s("2.6 BUILD 7") << s("2.6 BUILD 7");
@@ -78,11 +60,8 @@ private slots:
         QTest::newRow("leading zeros") << s("1.01") << s("1.1") << uint(VersionSame);
         QTest::newRow("prefix is smaller") << s("1.2") << s("1.2.1") << uint(VersionAscending);
         QTest::newRow("digit before letter") << s("1") << s("a") << uint(VersionAscending);
-        QTest::newRow("both empty") << s("") << s("") << uint(VersionSame);
         QTest::newRow("40 digits, last differs") << forty << fortyPlusOne << uint(VersionAscending);
         QTest::newRow("40 digits against 39") << forty << forty.left(39) << uint(VersionDescending);
-        QTest::newRow("40 digits, zero padded")
-            << (s("000000000000000000000000000000") + forty.left(10)) << forty.left(10) << uint(VersionSame);
     }
     void orderCompareString()
     {
@@ -92,8 +71,6 @@ private slots:
         QCOMPARE(uint(::orderCompareString(a, b)), expected);
         const uint swapped = expected == VersionSame ? expected : 1 - expected;
         QCOMPARE(uint(::orderCompareString(b, a)), swapped);
-        const int sign = expected == VersionAscending ? -1 : expected == VersionDescending ? 1 : 0;
-        QCOMPARE(lastDitchCompareLocal(a, b), sign);
     }
 
     void compareVersionString_data()
@@ -108,17 +85,13 @@ private slots:
         QTest::newRow("longer after dot") << s("1.2") << s("1.2.1") << uint(VersionAscending);
         QTest::newRow("longer after digit") << s("1.2") << s("1.21") << uint(VersionAscending);
         QTest::newRow("longer after dash") << s("1.2") << s("1.2-1") << uint(VersionAscending);
-        QTest::newRow("longer after underscore") << s("1.2") << s("1.2_1") << uint(VersionAscending);
         QTest::newRow("longer after letter") << s("1.2") << s("1.2b") << uint(VersionDescending);
-        QTest::newRow("shorter after dot") << s("1.2.1") << s("1.2") << uint(VersionDescending);
         QTest::newRow("shorter after letter") << s("1.2b") << s("1.2") << uint(VersionAscending);
         QTest::newRow("digit runs") << s("1.2.10") << s("1.2.9") << uint(VersionDescending);
         QTest::newRow("19 against 100") << s("1.19") << s("1.100") << uint(VersionDescending);
-        QTest::newRow("01 against 1") << s("1.01") << s("1.1") << uint(VersionSame);
         QTest::newRow("separator against letter") << s("1.0.b") << s("1.0b") << uint(VersionDescending);
         QTest::newRow("letters b, a") << s("1.0b") << s("1.0a") << uint(VersionAscending);
         QTest::newRow("digits against letter") << s("1.0.5") << s("1.0.b") << uint(VersionDescending);
-        QTest::newRow("letter against digits") << s("1.0.b") << s("1.0.5") << uint(VersionAscending);
     }
     void compareVersionString()
     {
@@ -135,13 +108,11 @@ private slots:
         QTest::addColumn<bool>("outdated");
         QTest::newRow("1 absent remote") << s("1.0") << QString() << false;
         QTest::newRow("1 (null)") << s("") << s("(null)") << false;
-        QTest::newRow("1 dash") << s("") << s("-") << false;
         QTest::newRow("2 dash local") << s("-") << s("2.0") << false;
         QTest::newRow("2 equal after trim") << s(" 1.0 ") << s("1.0\t") << false;
         QTest::newRow("3 short form") << s("1.23") << s("1.2.4") << true;
         QTest::newRow("3 not greater, falls through") << s("1.25") << s("1.2.4") << false;
         QTest::newRow("4 RC of a point release") << s("2.0.1RC1") << s("2.0") << true;
-        QTest::newRow("4 rc of a point release") << s("2.0.1rc1") << s("2.0") << true;
         QTest::newRow("5 beta spelled out, any case") << s("1.0 Beta 3") << s("1.0b3") << false;
         QTest::newRow("6 any b before any rc") << s("3.0b1") << s("2.0rc1") << true;
         QTest::newRow("7 trailing .0") << s("2.1") << s("2.1.0") << false;
@@ -169,7 +140,6 @@ private slots:
         QTest::addColumn<QString>("input");
         QTest::addColumn<QString>("expected");
         QTest::newRow("system text") << s("Version 10.9.5 (Build 13F34)") << s("10.9.5");
-        QTest::newRow("tab ends it") << s("14.1\t(x)") << s("14.1");
         QTest::newRow("absent") << QString() << s("");
         QTest::newRow("no digit") << s("unknown") << s("");
     }
