@@ -1,6 +1,7 @@
 // Records made and refreshed from the catalogue: matching-reply items (short keys) and their older long-key
 // form, watch-list, purchase and promotion items, app-info replies and install links.
 
+#include "model/DateDescription.h"
 #include "model/PathNames.h"
 #include "model/StringUtils.h"
 #include "model/VLApp.h"
@@ -77,16 +78,6 @@ const ItemKeys &longKeys()
         QStringLiteral("filehash"),
     };
     return keys;
-}
-
-QString dateText(const QDateTime &date)
-{
-    return date.toUTC().toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + QStringLiteral(" +0000");
-}
-
-QString nowText()
-{
-    return dateText(QDateTime::currentDateTimeUtc());
 }
 
 QString orDash(const QString &text)
@@ -227,7 +218,7 @@ VLApp newFromCatalogueItem(const QVariantMap &item, const ItemKeys &keys)
     app.requiresNewerOSVersion = app.getRequiresNewerOSVersion();
     app.kind = pathExtension(app.name);
     app.appIcon = cachedIcon(app);
-    app.lastmatched = nowText();
+    app.lastmatched = currentDateDescription();
     app.percentDownloaded = 0.0;
     app.downloadPath = app.createDownloadPath();
 
@@ -292,7 +283,7 @@ void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys
     }
     setIfPresent(app.vlDate, text(keys.vlDate)); // "-" from above when the item has none
     app.applyInstallFromLinkRule();
-    app.lastmatched = nowText();
+    app.lastmatched = currentDateDescription();
 
     app.refreshLocalVersion();
     app.setVersiontoMASVersion();
@@ -389,7 +380,7 @@ QString VLApp::getJSONItemWithName(const QString &key, const QVariantMap &item)
         // Numbers where text belongs (ids, sizes, flags) are read as their shortest decimal text: 10146, 0.5.
         return value.toString();
     case QMetaType::QDateTime:
-        return dateText(value.toDateTime());
+        return dateDescription(value.toDateTime());
     default:
         // Null, and values no text field can hold (lists, dictionaries, data).
         return {};
@@ -486,7 +477,7 @@ std::optional<VLApp> VLApp::initWithLink(const QString &link)
     app.displayName = app.name;
     app.sortDate = QString::number(QDateTime::currentSecsSinceEpoch());
     app.vlID = parts.at(3);
-    app.lastmatched = nowText();
+    app.lastmatched = currentDateDescription();
     finishCatalogueOnlyRecord(app);
     // A link always offers an install; updateWithServerInfo fills in the rest.
     app.isOutdated = true;
@@ -524,5 +515,5 @@ void VLApp::applyServerInfo(const QVariantMap &info)
     }
     setIfPresent(mas_url, text("mas_download_url"));
     requiresNewerOSVersion = getRequiresNewerOSVersion();
-    lastmatched = nowText();
+    lastmatched = currentDateDescription();
 }
