@@ -7,8 +7,9 @@ namespace ConnectionWorker {
 
 void serve(RequestRouter &router, FrontConnection &connection, const ServerLimits &limits)
 {
-    // Decoded here rather than by the front, whose one thread would stall on a large body.
-    if (connection.head.coding != RequestHead::Coding::Identity) {
+    // Decoded here rather than by the front, whose one thread would stall on a large body. No body, nothing to
+    // decode.
+    if (connection.head.coding != RequestHead::Coding::Identity && !connection.body.empty()) {
         auto decoded = Zlib::inflate(connection.body,
                                      connection.head.coding == RequestHead::Coding::Gzip ? Zlib::Wrapper::Gzip
                                                                                          : Zlib::Wrapper::Zlib,
