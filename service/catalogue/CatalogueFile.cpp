@@ -74,6 +74,8 @@ QString idText(const QJsonValue &value)
 
 bool readApps(const QJsonArray &records, CatalogueImport &import, QString *error)
 {
+    // Two records of one id (or key) would overwrite each other in the same import: refuse the file instead.
+    QHash<QString, qsizetype> seen;
     for (qsizetype i = 0; i < records.size(); ++i) {
         QString reason = QStringLiteral("not an object");
         const QJsonObject source = records.at(i).toObject();
@@ -88,6 +90,17 @@ bool readApps(const QJsonArray &records, CatalogueImport &import, QString *error
         }
         if (!token.isEmpty())
             app->sourceKey = QStringLiteral("token:") + token;
+        QStringList claims{QStringLiteral("key ") + app->sourceKey};
+        if (!app->id.isEmpty())
+            claims.prepend(QStringLiteral("catalogue id ") + app->id);
+        for (const QString &claim : claims) {
+            if (seen.contains(claim)) {
+                *error = QStringLiteral("records %1 and %2 have the same %3")
+                             .arg(QString::number(seen.value(claim)), QString::number(i), claim);
+                return false;
+            }
+            seen.insert(claim, i);
+        }
         import.apps.append(*app);
     }
     return true;

@@ -1,5 +1,8 @@
 #include "commands/Options.h"
 
+#include <QCoreApplication>
+#include <QDir>
+#include <QFileInfo>
 #include <QStandardPaths>
 
 #include <cstdio>
@@ -7,6 +10,15 @@
 namespace {
 
 const QString serviceFolder = QStringLiteral("/velmora-service");
+
+// What the service ships: under the install prefix (<prefix>/bin/velmora-service and
+// <prefix>/share/velmora-service/NAME), else beside the program, as in the build tree.
+QString shippedPath(const QString &name)
+{
+    const QDir programDir(QCoreApplication::applicationDirPath());
+    const QString installed = programDir.filePath(QStringLiteral("../share/velmora-service/") + name);
+    return QDir::cleanPath(QFileInfo::exists(installed) ? installed : programDir.filePath(name));
+}
 
 } // namespace
 
@@ -39,12 +51,12 @@ QString keyFilePath(const QCommandLineParser &parser)
 
 QString defaultFilesDir()
 {
-    return QStringLiteral(VELMORA_SERVICE_FILES_DIR);
+    return shippedPath(QStringLiteral("files"));
 }
 
 QString sampleCataloguePath()
 {
-    return QStringLiteral(VELMORA_SERVICE_SAMPLE_CATALOGUE);
+    return shippedPath(QStringLiteral("sample-catalogue.json"));
 }
 
 std::unique_ptr<Storage> openStorage(const QCommandLineParser &parser)

@@ -14,7 +14,8 @@ void addCommon(QCommandLineParser &parser);
 QString databasePath(const QCommandLineParser &parser);
 QString keyFilePath(const QCommandLineParser &parser);
 
-// The update files built with the service, and the bundled sample catalogue.
+// The update files built with the service, and the bundled sample catalogue: under the install prefix, else
+// beside the program.
 QString defaultFilesDir();
 QString sampleCataloguePath();
 

@@ -59,12 +59,13 @@ void serveFile(const httplib::Request &req, httplib::Response &res, ServiceConte
     if (lookup == Lookup::Missing || !file->open(QIODevice::ReadOnly))
         return Reply::fail(res, 404, QStringLiteral("no such file"));
     const size_t size = size_t(file->size());
-    const bool startsPastEnd = std::any_of(req.ranges.begin(), req.ranges.end(), [size](const httplib::Range &range) {
-        return range.first >= 0 && size_t(range.first) >= size;
+    // A range that starts past the end, or a suffix of no bytes ("bytes=-0"), selects nothing.
+    const bool selectsNothing = std::any_of(req.ranges.begin(), req.ranges.end(), [size](const httplib::Range &range) {
+        return range.first >= 0 ? size_t(range.first) >= size : range.second == 0;
     });
-    if (startsPastEnd) {
+    if (selectsNothing) {
         res.set_header("Content-Range", "bytes */" + std::to_string(size));
-        return Reply::fail(res, 416, QStringLiteral("range starts past the end of the file"));
+        return Reply::fail(res, 416, QStringLiteral("range selects no byte of the file"));
     }
     // The status stays unset so that the server answers 206 with Content-Range for a Range request.
     res.set_content_provider(size, mimeType(path), [file](size_t offset, size_t length, httplib::DataSink &sink) {

@@ -1,18 +1,19 @@
 #include "http/HttpServer.h"
 
+#include "http/ConnectionWorker.h"
+#include "http/ListenSocket.h"
 #include "http/Reply.h"
+#include "http/RequestFront.h"
+#include "http/RequestLog.h"
+#include "http/RequestRouter.h"
 #include "http/Routes.h"
-#include "wire/Redaction.h"
 
-#include <QDateTime>
-
-#include <atomic>
-#include <chrono>
 #include <csignal>
 #include <cstdio>
-#include <mutex>
 #include <pthread.h>
+#include <sys/resource.h>
 #include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -23,35 +24,17 @@ std::string sentBytes(const httplib::Response &res)
     return res.body.empty() && !length.empty() ? length : std::to_string(res.body.size());
 }
 
-void logRequest(const httplib::Request &req, const httplib::Response &res)
+void configure(RequestRouter &router, ServiceContext &context, const ServerLimits &limits)
 {
-    static std::mutex logMutex;
-    // Joined rather than filled in with arg(): a target may hold "%1" itself.
-    QString line = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs) + u' ' +
-                   QString::fromStdString(req.remote_addr) + u' ' + QString::fromStdString(req.method) + u' ' +
-                   Redaction::target(req.target) + u' ' + QString::number(res.status) + u' ' +
-                   QString::fromStdString(sentBytes(res));
-    if (res.status >= 400 && !res.body.empty())
-        line += QStringLiteral(" (") + QString::fromStdString(res.body).trimmed().left(200) + u')';
-    const QByteArray bytes = line.toUtf8() + '\n';
-    std::lock_guard lock(logMutex);
-    std::fwrite(bytes.constData(), 1, size_t(bytes.size()), stderr);
-    std::fflush(stderr);
-}
-
-void configure(httplib::Server &server, ServiceContext &context)
-{
-    const unsigned workers = std::max(16u, 4 * std::thread::hardware_concurrency());
-    server.new_task_queue = [workers] { return new httplib::ThreadPool(workers); };
-    server.set_payload_max_length(maxBodyBytes);
-    // Without it a reply written in two parts waits for the client's delayed acknowledgement (about 40 ms).
-    server.set_tcp_nodelay(true);
-    server.set_keep_alive_max_count(1000);
-    server.set_keep_alive_timeout(5);
-    server.set_read_timeout(30);
-    server.set_write_timeout(30);
-    server.set_logger(logRequest);
-    server.set_exception_handler([](const httplib::Request &, httplib::Response &res, std::exception_ptr error) {
+    router.set_payload_max_length(limits.maxBodyBytes);
+    // Only for the Keep-Alive field of the answers: the front keeps these times and counts.
+    router.set_keep_alive_max_count(size_t(limits.keepAliveMax));
+    router.set_keep_alive_timeout(limits.idleTimeout.count());
+    router.set_logger([](const httplib::Request &req, const httplib::Response &res) {
+        RequestLog::write(req.remote_addr, req.method, req.target, res.status, sentBytes(res),
+                          QString::fromStdString(res.body));
+    });
+    router.set_exception_handler([](const httplib::Request &, httplib::Response &res, std::exception_ptr error) {
         QString reason = QStringLiteral("internal error");
         try {
             std::rethrow_exception(error);
@@ -61,20 +44,30 @@ void configure(httplib::Server &server, ServiceContext &context)
         }
         Reply::fail(res, 500, reason);
     });
-    server.set_error_handler([](const httplib::Request &, httplib::Response &res) {
+    router.set_error_handler([](const httplib::Request &, httplib::Response &res) {
         if (res.body.empty())
             Reply::fail(res, res.status,
                         res.status == 404 ? QStringLiteral("no such path")
                                           : QStringLiteral("request refused (%1)").arg(res.status));
     });
-    registerCatalogueRoutes(server, context);
-    registerFileRoutes(server, context);
-    registerMemberRoutes(server, context);
-    registerListRoutes(server, context);
-    registerReportRoutes(server, context);
-    registerDealRoutes(server, context);
-    registerLinkRoutes(server, context);
-    registerSiteRoutes(server, context);
+    registerCatalogueRoutes(router, context);
+    registerFileRoutes(router, context);
+    registerMemberRoutes(router, context);
+    registerListRoutes(router, context);
+    registerReportRoutes(router, context);
+    registerDealRoutes(router, context);
+    registerLinkRoutes(router, context);
+    registerSiteRoutes(router, context);
+}
+
+// Every connection is a descriptor: take what the hard limit allows.
+void raiseDescriptorLimit()
+{
+    rlimit limit{};
+    if (getrlimit(RLIMIT_NOFILE, &limit) == 0 && limit.rlim_cur < limit.rlim_max) {
+        limit.rlim_cur = limit.rlim_max;
+        setrlimit(RLIMIT_NOFILE, &limit);
+    }
 }
 
 } // namespace
@@ -97,7 +90,7 @@ std::optional<ListenAddress> ListenAddress::parse(const QString &text)
 
 namespace HttpServer {
 
-int run(ServiceContext &context, const ListenAddress &address)
+int run(ServiceContext &context, const ListenAddress &address, const ServerLimits &limits)
 {
     // Signals are taken by one thread with sigwait, so stopping never runs inside a signal handler.
     sigset_t stopSignals;
@@ -105,36 +98,44 @@ int run(ServiceContext &context, const ListenAddress &address)
     sigaddset(&stopSignals, SIGINT);
     sigaddset(&stopSignals, SIGTERM);
     pthread_sigmask(SIG_BLOCK, &stopSignals, nullptr);
+    raiseDescriptorLimit();
 
-    httplib::Server server;
-    configure(server, context);
-    const std::string host = address.host.toStdString();
-    const int port = address.port == 0 ? server.bind_to_any_port(host)
-                                       : (server.bind_to_port(host, address.port) ? address.port : -1);
-    if (port <= 0) {
-        std::fprintf(stderr, "error: cannot listen on %s:%d\n", host.c_str(), address.port);
+    RequestRouter router;
+    configure(router, context, limits);
+    QString error;
+    const auto bound = ListenSocket::open(address.host, address.port, limits.connections, &error);
+    if (!bound) {
+        std::fprintf(stderr, "error: cannot listen on %s:%d: %s\n", qUtf8Printable(address.host), address.port,
+                     qUtf8Printable(error));
         return 1;
     }
-    std::printf("http://%s:%d\n", host.find(':') == std::string::npos ? host.c_str() : ("[" + host + "]").c_str(),
-                port);
+    const QString host = address.host.contains(u':') ? u'[' + address.host + u']' : address.host;
+    std::printf("http://%s:%d\n", qUtf8Printable(host), bound->port);
     std::fflush(stdout);
 
-    // A signal that comes before the server runs would be lost by one stop(): keep asking until it has ended.
-    std::atomic<bool> finished = false;
-    std::thread stopper([&server, &finished, stopSignals] {
+    httplib::ThreadPool workers(size_t(limits.workers));
+    RequestFront front(bound->fd, limits, [&](std::unique_ptr<FrontConnection> connection) {
+        // The pool takes copyable jobs only; each job owns its connection again at once.
+        workers.enqueue([&router, &front, &limits, raw = connection.release()] {
+            std::unique_ptr<FrontConnection> owned(raw);
+            ConnectionWorker::serve(router, *owned, limits);
+            front.giveBack(std::move(owned));
+        });
+    });
+    // Only a signal stops the front, so the thread has always returned once run() has.
+    std::thread stopper([&front, &router, stopSignals] {
         int signal = 0;
         sigwait(&stopSignals, &signal);
-        while (!finished) {
-            server.stop();
-            std::this_thread::sleep_for(std::chrono::milliseconds(20));
-        }
+        front.stop();
+        router.stopStreaming();
     });
-    const bool listened = server.listen_after_bind();
-    finished = true;
-    pthread_kill(stopper.native_handle(), SIGTERM); // wakes the thread when no signal came
+    front.run();
+    // Requests already at a worker are answered before the process ends.
+    workers.shutdown();
     stopper.join();
+    ::close(bound->fd);
     std::fprintf(stderr, "stopped\n");
-    return listened ? 0 : 1;
+    return 0;
 }
 
 } // namespace HttpServer

@@ -1,7 +1,9 @@
 #pragma once
 
-// The HTTP side: a thread pool, limits, one log line per request, and a clean stop on SIGINT or SIGTERM.
+// The HTTP side: a front that reads whole requests within their limits and deadlines, workers that answer
+// them, one log line per request, and a clean stop on SIGINT or SIGTERM.
 
+#include "http/ServerLimits.h"
 #include "http/ServiceContext.h"
 
 struct ListenAddress
@@ -16,6 +18,6 @@ namespace HttpServer {
 
 // Serves until a signal arrives. Prints "http://HOST:PORT" (the address really bound) as the first line on
 // stdout once it accepts connections. Returns the process exit code.
-int run(ServiceContext &context, const ListenAddress &address);
+int run(ServiceContext &context, const ListenAddress &address, const ServerLimits &limits);
 
 } // namespace HttpServer

@@ -22,10 +22,16 @@ bool isMd5Hex(const QString &text)
     return md5.match(text).hasMatch();
 }
 
-std::optional<QHash<QString, QString>> pathFields(const httplib::Request &req, const QString &restKey = {})
+// The key/value pairs after /vld6member/ROUTE/. Nullopt also when the path only reached this route through an
+// encoded "/" in its first segments: it would be read apart differently from the way it was routed (and logged).
+std::optional<QHash<QString, QString>> pathFields(const httplib::Request &req, const char *route,
+                                                  const QString &restKey = {})
 {
     const auto segments = PathSegments::split(req.target);
-    return segments ? PathSegments::pairs(*segments, 2, restKey) : std::nullopt;
+    if (!segments || segments->size() < 2 || segments->at(0) != QLatin1StringView("vld6member") ||
+        segments->at(1) != QLatin1StringView(route))
+        return std::nullopt;
+    return PathSegments::pairs(*segments, 2, restKey);
 }
 
 void replyJson(httplib::Response &res, const QJsonObject &object)
@@ -43,7 +49,7 @@ void replyLogin(httplib::Response &res, const ServiceContext &context, const std
 
 void passwordLogin(const httplib::Request &req, httplib::Response &res, ServiceContext &context)
 {
-    const auto fields = pathFields(req);
+    const auto fields = pathFields(req, "jlogincheck2");
     if (!fields || !isMd5Hex(fields->value(QStringLiteral("u"))) || !isMd5Hex(fields->value(QStringLiteral("p"))))
         return Reply::fail(res, 400, QStringLiteral("malformed log-in"));
     auto member = context.storage.members->memberByEmailDigest(fields->value(QStringLiteral("u")));
@@ -54,7 +60,7 @@ void passwordLogin(const httplib::Request &req, httplib::Response &res, ServiceC
 
 void cookieLogin(const httplib::Request &req, httplib::Response &res, ServiceContext &context)
 {
-    const auto fields = pathFields(req);
+    const auto fields = pathFields(req, "jlogincheckcookie");
     bool numeric = false;
     const qint64 id = fields ? fields->value(QStringLiteral("u")).toLongLong(&numeric) : 0;
     if (!fields || !numeric || fields->value(QStringLiteral("p")).isEmpty())
@@ -67,7 +73,7 @@ void cookieLogin(const httplib::Request &req, httplib::Response &res, ServiceCon
 
 void signup(const httplib::Request &req, httplib::Response &res, ServiceContext &context)
 {
-    const auto fields = pathFields(req, QStringLiteral("utmz"));
+    const auto fields = pathFields(req, "signup", QStringLiteral("utmz"));
     if (!fields)
         return Reply::fail(res, 400, QStringLiteral("malformed sign-up"));
     QString utmz;

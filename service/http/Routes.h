@@ -7,9 +7,6 @@
 
 #include <httplib.h>
 
-// The largest request body taken; a matching request for thousands of apps stays far below it.
-inline constexpr size_t maxBodyBytes = 16 * 1024 * 1024;
-
 using RouteHandler = void (*)(const httplib::Request &, httplib::Response &, ServiceContext &);
 
 // An httplib handler that calls a route function with the service's context.
@@ -19,7 +16,8 @@ inline httplib::Server::Handler withContext(ServiceContext &context, RouteHandle
 }
 
 // A POST route. The server library refuses form bodies over 8 KiB before a plain handler sees them (a
-// matching request is far larger), so the body is read here, under the service's own size limit only.
+// matching request is far larger), so the body is read here; the front has already read it whole, within the
+// service's limit.
 inline void postRoute(httplib::Server &server, const char *pattern, ServiceContext &context, RouteHandler handler)
 {
     server.Post(pattern, [&context, handler](const httplib::Request &req, httplib::Response &res,
@@ -27,10 +25,10 @@ inline void postRoute(httplib::Server &server, const char *pattern, ServiceConte
         httplib::Request withBody = req;
         const bool read = content([&withBody](const char *data, size_t length) {
             withBody.body.append(data, length);
-            return withBody.body.size() <= maxBodyBytes;
+            return true;
         });
         if (!read)
-            return Reply::fail(res, 413, QStringLiteral("request body too large"));
+            return Reply::fail(res, 400, QStringLiteral("request body incomplete"));
         handler(withBody, res, context);
     });
 }

@@ -1,7 +1,7 @@
 #pragma once
 
 // Request targets as they may appear in a log line: passwords, their MD5s, cookie values and tokens become
-// "***".
+// "***", however the path spells its segments (percent-encoded keys and route names are read as decoded).
 
 #include <QString>
 

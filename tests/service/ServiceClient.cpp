@@ -5,6 +5,11 @@
 #include <QJsonDocument>
 #include <QTcpSocket>
 
+#include <cerrno>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
 #include <zlib.h>
 
 QByteArray HttpAnswer::header(const char *name) const
@@ -50,6 +55,54 @@ QByteArray ServiceClient::raw(const QByteArray &request)
     while (socket.state() == QAbstractSocket::ConnectedState && socket.waitForReadyRead(5000))
         answer += socket.readAll();
     return answer + socket.readAll();
+}
+
+int ServiceClient::openSocket() const
+{
+    const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+    const timeval patience{30, 0}; // a bound on a read that would hang, not a timing
+    ::setsockopt(fd, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_port = htons(m_port);
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    if (::connect(fd, reinterpret_cast<const sockaddr *>(&address), sizeof address) == 0)
+        return fd;
+    ::close(fd);
+    return -1;
+}
+
+QByteArray ServiceClient::exchange(const QByteArray &head, const QByteArray &filler, bool halfClose, bool *closed)
+{
+    *closed = false;
+    const int fd = openSocket();
+    if (fd < 0)
+        return {};
+    bool sending = ::send(fd, head.constData(), size_t(head.size()), MSG_NOSIGNAL) == head.size();
+    if (halfClose)
+        ::shutdown(fd, SHUT_WR);
+    // Whole fillers only, so a chunked body stays well formed however the socket takes it.
+    for (qint64 sent = 0; sending && !filler.isEmpty() && sent < 64 * 1024 * 1024;) {
+        pollfd wait{fd, POLLIN | POLLOUT, 0};
+        sending = ::poll(&wait, 1, 10000) > 0 && !(wait.revents & (POLLIN | POLLHUP | POLLERR));
+        const qsizetype offset = sent % filler.size();
+        const ssize_t n = sending ? ::send(fd, filler.constData() + offset, size_t(filler.size() - offset),
+                                           MSG_NOSIGNAL | MSG_DONTWAIT)
+                                  : -1;
+        sending = n >= 0 || errno == EAGAIN;
+        sent += std::max<ssize_t>(n, 0);
+    }
+    QByteArray answer;
+    char buffer[16384];
+    for (pollfd wait{fd, POLLIN, 0}; ::poll(&wait, 1, 10000) > 0;) {
+        const ssize_t n = ::recv(fd, buffer, sizeof buffer, 0);
+        *closed = n <= 0; // an end, or a reset once the answer is in
+        if (n <= 0)
+            break;
+        answer.append(buffer, n);
+    }
+    ::close(fd);
+    return answer;
 }
 
 QJsonObject ServiceClient::automatch(const QByteArray &body)

@@ -29,6 +29,14 @@ public:
     // checks on the exact header bytes (the client above decodes header values).
     QByteArray raw(const QByteArray &request);
 
+    // A new connection to the service as a plain blocking socket whose reads give up after 30 s (-1 when it cannot
+    // connect); the caller closes it.
+    int openSocket() const;
+    // Sends head over a new connection, half-closes it when asked, then sends filler again and again until the
+    // service answers (64 MiB at most). Returns what the service answered until it closed the connection; closed
+    // says whether it did.
+    QByteArray exchange(const QByteArray &head, const QByteArray &filler, bool halfClose, bool *closed);
+
     // POSTs a matching request and returns the decompressed, parsed reply (empty on any failure).
     QJsonObject automatch(const QByteArray &body);
 

@@ -141,6 +141,7 @@ private slots:
         QTest::newRow("whole file") << QByteArray() << 200 << qsizetype(0);
         QTest::newRow("resume") << QByteArray("bytes=100-") << 206 << qsizetype(100);
         QTest::newRow("past the end") << QByteArray("bytes=99999999-") << 416 << qsizetype(-1);
+        QTest::newRow("suffix of no bytes") << QByteArray("bytes=-0") << 416 << qsizetype(-1);
     }
 
     void rangeDownloads()

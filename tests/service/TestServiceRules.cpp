@@ -95,6 +95,26 @@ private slots:
             QCOMPARE(pairs->value(key), value);
     }
 
+    void importRefusesTwoRecordsOfOneId_data()
+    {
+        QTest::addColumn<QByteArray>("json");
+        QTest::addColumn<QString>("named");
+        QTest::newRow("same id") << QByteArray(R"([{"name":"A","vl_id":"7001"},{"name":"B","vl_id":7001}])")
+                                 << QStringLiteral("records 0 and 1 have the same catalogue id 7001");
+        QTest::newRow("same key") << QByteArray(
+                                         R"({"apps":[{"name":"A","key":"k"},{"name":"C"},{"name":"B","key":"k"}]})")
+                                  << QStringLiteral("records 0 and 2 have the same key key:k");
+    }
+
+    void importRefusesTwoRecordsOfOneId()
+    {
+        QFETCH(QByteArray, json);
+        QFETCH(QString, named);
+        QString error;
+        QVERIFY(!CatalogueFile::parse(json, &error));
+        QCOMPARE(error, named);
+    }
+
     void minimumOsVersion_data()
     {
         QTest::addColumn<QByteArray>("json"); // the value of min_macos, as JSON

@@ -1,0 +1,31 @@
+#pragma once
+
+// What the router reads and writes for one request: the request as the front read it (head and decoded body,
+// from memory), and the answer, written to the client's socket with a deadline for each part.
+
+#include "http/FrontConnection.h"
+
+#include <httplib.h>
+
+class RequestStream : public httplib::Stream
+{
+public:
+    RequestStream(const FrontConnection &connection, std::string head, std::chrono::milliseconds writeTimeout);
+
+    bool is_readable() const override;
+    bool is_writable() const override;
+    ssize_t read(char *ptr, size_t size) override;
+    ssize_t write(const char *ptr, size_t size) override;
+    void get_remote_ip_and_port(std::string &ip, int &port) const override;
+    void get_local_ip_and_port(std::string &ip, int &port) const override;
+    // None: the library would check it against select()'s limit, which this socket never meets.
+    socket_t socket() const override { return INVALID_SOCKET; }
+
+private:
+    bool waitWritable() const;
+
+    const FrontConnection &m_connection;
+    const std::string m_head;
+    size_t m_read = 0;
+    int m_writeTimeoutMs;
+};
