@@ -1,10 +1,11 @@
 #include "cli/ListCommand.h"
 
-#include "model/AppJson.h"
 #include "cli/RecordLines.h"
+#include "cli/StoreDamageNotice.h"
+#include "model/AppJson.h"
+#include "platform/VLSettings.h"
 #include "scan/OutdatedFilter.h"
 #include "scan/VLScanData.h"
-#include "platform/VLSettings.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -45,6 +46,7 @@ int ListCommand::execute(const QStringList &arguments, CommandContext &ctx)
     }
 
     VLScanData store;
+    reportStoreDamage(store, ctx.err);
     const AppList apps = store.apps().value_or(AppList());
     AppList listed;
     if (filter == QLatin1String("--outdated")) {
