@@ -38,7 +38,8 @@ bool isKey(const QString &key)
 
 int cannotWrite(const VLSettings &settings, CommandContext &ctx)
 {
-    ctx.err << "error: " << Cli::tr("cannot write the settings file %1").arg(settings.fileName()) << '\n';
+    ctx.err << "error: " << Cli::tr("cannot write the settings file %1").arg(settings.fileName()) << ": "
+            << settings.writeError() << '\n';
     return ExitFailure;
 }
 

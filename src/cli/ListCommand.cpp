@@ -1,6 +1,7 @@
 #include "cli/ListCommand.h"
 
 #include "cli/RecordLines.h"
+#include "cli/StoreDamageNotice.h"
 #include "model/AppJson.h"
 #include "platform/VLSettings.h"
 #include "scan/OutdatedFilter.h"
@@ -45,6 +46,7 @@ int ListCommand::execute(const QStringList &arguments, CommandContext &ctx)
     }
 
     VLScanData store;
+    reportStoreDamage(store, ctx.err);
     if (!store.apps()) {
         ctx.err << "notice: " << Cli::tr("no check has been made yet; run velmora-cli check") << '\n';
     }

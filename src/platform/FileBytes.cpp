@@ -13,10 +13,11 @@
 namespace FileBytes {
 namespace {
 
-Result failed(Failure failure, int error = 0)
+Result failed(Failure failure, int error = 0, const FileStamp &stamp = {})
 {
     Result result;
     result.failure = failure;
+    result.stamp = stamp;
     if (error != 0) {
         result.reason = QString::fromLocal8Bit(std::strerror(error));
     }
@@ -37,13 +38,14 @@ Result read(const QString &path, qint64 limit)
         close(fd);
         return failed(Failure::Unreadable, error);
     }
+    const FileStamp stamp = FileStamp::fromStat(info);
     if (!S_ISREG(info.st_mode)) {
         close(fd);
-        return failed(Failure::Unreadable, S_ISDIR(info.st_mode) ? EISDIR : EINVAL);
+        return failed(Failure::Unreadable, S_ISDIR(info.st_mode) ? EISDIR : EINVAL, stamp);
     }
     if (info.st_size > limit) {
         close(fd);
-        return failed(Failure::TooLarge);
+        return failed(Failure::TooLarge, 0, stamp);
     }
     // The size is a hint only: the file may grow or shrink while it is read.
     QByteArray bytes(qsizetype(info.st_size) + 1, Qt::Uninitialized);
@@ -52,7 +54,7 @@ Result read(const QString &path, qint64 limit)
         if (used == bytes.size()) {
             if (used > limit) {
                 close(fd);
-                return failed(Failure::TooLarge);
+                return failed(Failure::TooLarge, 0, stamp);
             }
             bytes.resize(std::min<qsizetype>(bytes.size() * 2 + 4096, qsizetype(limit) + 1));
         }
@@ -63,7 +65,7 @@ Result read(const QString &path, qint64 limit)
         if (count < 0) {
             const int error = errno;
             close(fd);
-            return failed(Failure::Unreadable, error);
+            return failed(Failure::Unreadable, error, stamp);
         }
         if (count == 0) {
             break;
@@ -74,6 +76,7 @@ Result read(const QString &path, qint64 limit)
     bytes.truncate(used);
     Result result;
     result.bytes = std::move(bytes);
+    result.stamp = stamp;
     return result;
 }
 

@@ -41,6 +41,9 @@ std::vector<Result> parallelMap(qsizetype count, const Make &make, const std::at
     const int wanted = threads > 0 ? threads : std::min(QThread::idealThreadCount(), 8);
     const int helpers = count < 64 ? 0 : wanted - 1;
     std::vector<std::thread> workers;
+    // Reserved first: a vector growing after some threads started could throw past them, and a running thread that
+    // is destroyed unjoined ends the process.
+    workers.reserve(size_t(std::max(helpers, 0)));
     for (int i = 0; i < helpers; ++i) {
         try {
             workers.emplace_back(work);

@@ -1,5 +1,6 @@
 #include "platform/VLSettings.h"
 
+#include "platform/SettingsFile.h"
 #include "platform/VLSettingsNotifier.h"
 
 #include <QDir>
@@ -7,7 +8,13 @@
 
 namespace {
 const QString kDefaultHost = QStringLiteral("http://127.0.0.1:8642");
+
+std::unique_ptr<QSettings> openSettings()
+{
+    return std::make_unique<QSettings>(SettingsFile::format(), QSettings::UserScope, QStringLiteral("Velmora"),
+                                       QStringLiteral("Velmora Desktop"));
 }
+} // namespace
 
 const std::vector<SettingDefinition> &VLSettings::definitions()
 {
@@ -56,11 +63,7 @@ const SettingDefinition *VLSettings::definition(const QString &key)
     return nullptr;
 }
 
-VLSettings::VLSettings()
-    : m_settings(std::make_unique<QSettings>(QSettings::IniFormat, QSettings::UserScope, QStringLiteral("Velmora"),
-                                             QStringLiteral("Velmora Desktop")))
-{
-}
+VLSettings::VLSettings() : m_settings(openSettings()) {}
 
 VLSettings::~VLSettings() = default;
 
@@ -117,24 +120,46 @@ QStringList VLSettings::storedKeys() const
 
 bool VLSettings::setValue(const QString &key, const QVariant &value)
 {
-    m_settings->setValue(key, value);
-    return commitChange(key);
+    return commitChange(key, value);
 }
 
 bool VLSettings::remove(const QString &key)
 {
-    m_settings->remove(key);
-    return commitChange(key);
+    return commitChange(key, std::nullopt);
 }
 
-bool VLSettings::commitChange(const QString &key)
+void VLSettings::put(const QString &key, const std::optional<QVariant> &value)
 {
-    m_settings->sync();
-    const bool written = m_settings->status() == QSettings::NoError;
-    if (written) {
-        emit VLSettingsNotifier::instance().changed(key);
+    if (value) {
+        m_settings->setValue(key, *value);
+    } else {
+        m_settings->remove(key);
     }
-    return written;
+}
+
+bool VLSettings::commitChange(const QString &key, const std::optional<QVariant> &value)
+{
+    // A QSettings keeps its first error for good: after one, a fresh one judges this change.
+    if (m_settings->status() != QSettings::NoError) {
+        m_settings = openSettings();
+    }
+    const std::optional<QVariant> before =
+        m_settings->contains(key) ? std::optional(m_settings->value(key)) : std::nullopt;
+    put(key, value);
+    SettingsFile::takeWriteFailure();
+    m_settings->sync();
+    if (m_settings->status() == QSettings::NoError) {
+        emit VLSettingsNotifier::instance().changed(key);
+        return true;
+    }
+    m_writeError = SettingsFile::takeWriteFailure();
+    if (m_writeError.isEmpty()) {
+        m_writeError = QStringLiteral("the file or its folder cannot be written");
+    }
+    // The file keeps the old value, and so does every QSettings of this process (they share what is not yet
+    // written): the change is neither shown as made nor written by some later sync after all.
+    put(key, before);
+    return false;
 }
 
 QString VLSettings::fileName() const

@@ -76,10 +76,11 @@ public:
     bool contains(const QString &key) const;
     QStringList storedKeys() const;
 
-    // Both write the settings file at once and tell VLSettingsNotifier; false when it could not be written (the
-    // change is then lost).
+    // Both write the settings file at once and tell VLSettingsNotifier; false when it could not be written in full:
+    // the file then stays as it was, the change is dropped, and writeError() says why.
     bool setValue(const QString &key, const QVariant &value);
     bool remove(const QString &key);
+    QString writeError() const { return m_writeError; }
     void sync();
     QString fileName() const;
 
@@ -90,7 +91,10 @@ public:
     QString volumeRoot() const;
 
 private:
-    bool commitChange(const QString &key);
+    // value nullopt: remove the key.
+    bool commitChange(const QString &key, const std::optional<QVariant> &value);
+    void put(const QString &key, const std::optional<QVariant> &value);
 
     std::unique_ptr<QSettings> m_settings;
+    QString m_writeError;
 };

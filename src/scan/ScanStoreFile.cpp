@@ -1,87 +1,56 @@
 #include "scan/ScanStoreFile.h"
 
 #include "platform/AppPaths.h"
+#include "platform/AtomicFile.h"
+#include "platform/FileBytes.h"
+#include "platform/Log.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
-#include <QDeadlineTimer>
-#include <QThread>
-
-#include <algorithm>
-#include <cerrno>
-
-#include <fcntl.h>
-#include <sys/file.h>
-#include <sys/stat.h>
-#include <unistd.h>
+#include <cstdio>
 
 namespace {
 const QString kAppsKey = QStringLiteral("apps");
 }
 
-ScanStoreFile::ScanStoreFile(const QString &path) : m_path(path) {}
-
-ScanStoreFile::~ScanStoreFile()
-{
-    if (m_lockFd >= 0) {
-        close(m_lockFd);
-    }
-}
+ScanStoreFile::ScanStoreFile(const QString &path) : m_path(path), m_lock(path + QStringLiteral(".lock")) {}
 
 QString ScanStoreFile::defaultPath()
 {
     return AppPaths::dataFolder() + QStringLiteral("/vldscan.vld6");
 }
 
-namespace {
-
-ScanStoreFile::Stamp stampOf(const struct stat &info)
-{
-    return {true, info.st_dev, info.st_ino, qint64(info.st_size),
-            qint64(info.st_mtim.tv_sec) * 1000000000 + info.st_mtim.tv_nsec};
-}
-
-} // namespace
-
-ScanStoreFile::Stamp ScanStoreFile::stamp() const
-{
-    struct stat info = {};
-    return stat(QFile::encodeName(m_path).constData(), &info) == 0 ? stampOf(info) : Stamp{};
-}
-
 ScanStoreFile::Contents ScanStoreFile::read()
 {
     Contents contents;
-    QFile file(m_path);
-    const bool opened = file.open(QIODevice::ReadOnly);
-    // The stamp of the very file whose bytes are read: another process may replace the name at any moment.
-    struct stat info = {};
-    if (opened && fstat(file.handle(), &info) == 0) {
-        contents.stamp = stampOf(info);
-    } else {
-        contents.stamp = stamp();
-    }
-    if (!contents.stamp.exists) {
+    // Refused without reading when it is a pipe, a device or too large; otherwise the bytes, and the stamp of the
+    // very file they came from: another process may replace the name at any moment.
+    const FileBytes::Result file = FileBytes::read(m_path, kLargestStore);
+    if (!file.bytes && file.failure == FileBytes::Failure::Missing) {
         return contents;
     }
-    contents.modified = QDateTime::fromMSecsSinceEpoch(contents.stamp.modifiedNs / 1000000, Qt::UTC);
-    if (!opened) {
+    contents.stamp = file.stamp.exists ? file.stamp : stamp();
+    contents.modified = contents.stamp.modified();
+    if (!file.bytes) {
+        const QString reason = file.failure == FileBytes::Failure::TooLarge       ? QStringLiteral("larger than 1 GB")
+                               : contents.stamp.exists && !contents.stamp.regular ? QStringLiteral("not a plain file")
+                                                                                  : file.reason;
         contents.status = Status::Damaged;
-        keepAside(contents.stamp, std::nullopt, true);
+        contents.damage = keepAside(contents.stamp, reason, std::nullopt, true);
         return contents;
     }
-    const QByteArray bytes = file.readAll();
-    file.close();
-    const QJsonDocument document = QJsonDocument::fromJson(bytes);
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(*file.bytes, &error);
     const QJsonValue apps = document.object().value(kAppsKey);
     if (!document.isObject() || !apps.isArray()) {
+        const QString reason =
+            error.error != QJsonParseError::NoError ? error.errorString() : QStringLiteral("no list of records");
         contents.status = Status::Damaged;
-        keepAside(contents.stamp, bytes, true);
+        contents.damage = keepAside(contents.stamp, reason, file.bytes, true);
         return contents;
     }
     contents.status = Status::Loaded;
@@ -94,12 +63,12 @@ ScanStoreFile::Contents ScanStoreFile::read()
         }
     }
     if (strayEntries) {
-        keepAside(contents.stamp, bytes, false);
+        contents.damage = keepAside(contents.stamp, QStringLiteral("entries that are no records"), file.bytes, false);
     }
     return contents;
 }
 
-std::optional<ScanStoreFile::Stamp> ScanStoreFile::write(const QJsonArray &apps)
+std::optional<FileStamp> ScanStoreFile::write(const QJsonArray &apps)
 {
     // The whole data folder may have been deleted since (a forced reset); the records in memory still count.
     QDir().mkpath(QFileInfo(m_path).path());
@@ -107,99 +76,54 @@ std::optional<ScanStoreFile::Stamp> ScanStoreFile::write(const QJsonArray &apps)
     if (locked) {
         removeLeftoverSaves();
     }
-    QSaveFile file(m_path);
-    bool ok = file.open(QIODevice::WriteOnly);
-    if (ok) {
-        file.write(QJsonDocument(QJsonObject{{kAppsKey, apps}}).toJson(QJsonDocument::Compact));
-        ok = file.commit();
-    }
+    const AtomicFile::Result result =
+        AtomicFile::write(m_path, QJsonDocument(QJsonObject{{kAppsKey, apps}}).toJson(QJsonDocument::Compact));
     // Taken before the lock goes, so that it is the stamp of this write and not of a later one.
-    const Stamp written = stamp();
+    const FileStamp written = stamp();
     if (locked) {
         unlock();
     }
-    return ok ? std::optional<Stamp>(written) : std::nullopt;
+    if (!result.ok) {
+        vlLog(QStringLiteral("Save DB error %1").arg(result.reason));
+        return std::nullopt;
+    }
+    return written;
 }
 
 void ScanStoreFile::removeLeftoverSaves()
 {
-    // A save killed after naming its temporary file ("vldscan.vld6.XXXXXX", six random letters and digits) and
-    // before renaming it leaves that file behind. Only the lock holder saves, so while the lock is held every such
-    // file is a leftover. A suffix in lower-case letters only may be a word ("backup"): that file stays.
-    const QFileInfo store(m_path);
-    QDir folder = store.dir();
+    // A save killed after creating its temporary file and before renaming it leaves that file behind. Only the lock
+    // holder saves, so while the lock is held every such file is a leftover.
+    const QFileInfo prefix(AtomicFile::temporaryPrefix(m_path));
+    QDir folder = prefix.dir();
     const QStringList names =
-        folder.entryList({store.fileName() + QStringLiteral(".??????")}, QDir::Files | QDir::Hidden);
+        folder.entryList({prefix.fileName() + QLatin1Char('*')}, QDir::Files | QDir::Hidden | QDir::System);
     for (const QString &name : names) {
-        const QStringView suffix = QStringView(name).right(6);
-        const bool random = std::all_of(suffix.begin(), suffix.end(),
-                                        [](QChar c) { return c.unicode() < 128 && c.isLetterOrNumber(); }) &&
-                            !std::all_of(suffix.begin(), suffix.end(), [](QChar c) { return c.isLower(); });
-        if (random) {
-            folder.remove(name);
-        }
+        folder.remove(name);
     }
 }
 
-void ScanStoreFile::keepAside(const Stamp &seen, const std::optional<QByteArray> &bytes, bool move)
+ScanStoreFile::Damage ScanStoreFile::keepAside(const FileStamp &seen, const QString &reason,
+                                               const std::optional<QByteArray> &bytes, bool move)
 {
+    Damage damage{reason, {}};
     const QString aside = damagedPath();
-    // Moving needs the lock, and the very file that was read: another process may have saved a good one since.
+    // Moving needs the lock, and the very file that was read: another process may have saved a good one since. A
+    // rename moves a pipe or device as it is, without opening it.
     if (move && lock(1000)) {
-        const bool same = stamp() == seen;
-        if (same) {
+        if (stamp() == seen) {
             QFile::remove(aside);
-            QFile::rename(m_path, aside);
+            if (std::rename(QFile::encodeName(m_path).constData(), QFile::encodeName(aside).constData()) == 0) {
+                damage.keptAs = aside;
+            }
         }
         unlock();
-        if (same) {
-            return;
-        }
     }
     // Otherwise the bytes that were read are kept, not whatever the name holds by now.
-    QSaveFile copy(aside);
-    if (bytes && copy.open(QIODevice::WriteOnly)) {
-        copy.write(*bytes);
-        copy.commit();
+    if (damage.keptAs.isEmpty() && bytes && AtomicFile::write(aside, *bytes).ok) {
+        damage.keptAs = aside;
     }
-}
-
-bool ScanStoreFile::lock(int timeoutMs)
-{
-    if (m_lockDepth > 0) {
-        ++m_lockDepth;
-        return true;
-    }
-    // The file itself stays: removing it would let two processes lock two different files of the same name.
-    const int fd =
-        open(QFile::encodeName(m_path + QStringLiteral(".lock")).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
-    if (fd < 0) {
-        return false;
-    }
-    QDeadlineTimer deadline(timeoutMs < 0 ? QDeadlineTimer::Forever : QDeadlineTimer(timeoutMs));
-    for (;;) {
-        const int operation = deadline.isForever() ? LOCK_EX : LOCK_EX | LOCK_NB;
-        if (flock(fd, operation) == 0) {
-            break;
-        }
-        if ((errno != EWOULDBLOCK && errno != EINTR) || deadline.hasExpired()) {
-            close(fd);
-            return false;
-        }
-        if (errno == EWOULDBLOCK) {
-            QThread::msleep(std::min<qint64>(20, std::max<qint64>(1, deadline.remainingTime())));
-        }
-    }
-    m_lockFd = fd;
-    m_lockDepth = 1;
-    return true;
-}
-
-void ScanStoreFile::unlock()
-{
-    if (m_lockDepth > 0 && --m_lockDepth == 0) {
-        // Closing the only descriptor releases the lock.
-        close(m_lockFd);
-        m_lockFd = -1;
-    }
+    vlLog(QStringLiteral("Scan store %1 damaged (%2); kept as %3")
+              .arg(m_path, reason, damage.keptAs.isEmpty() ? QStringLiteral("-") : damage.keptAs));
+    return damage;
 }

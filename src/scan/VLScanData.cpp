@@ -4,6 +4,7 @@
 #include "scan/ScanMerge.h"
 
 #include <QJsonArray>
+#include <QJsonObject>
 
 namespace {
 bool isPresentMark(const QString &text)
@@ -27,21 +28,14 @@ QString VLScanData::pathForDataFile()
     return ScanStoreFile::defaultPath();
 }
 
-QJsonObject VLScanData::archiveOf(const VLApp &app)
-{
-    return app.encodeWithCoder();
-}
-
-AppRef VLScanData::appFromArchive(const QJsonObject &archive)
-{
-    return std::make_shared<VLApp>(VLApp::initWithCoder(archive));
-}
-
 void VLScanData::loadDataFromDisk()
 {
     QMutexLocker locker(&m_mutex);
     const ScanStoreFile::Contents contents = m_file.read();
     m_knownStamp = contents.stamp;
+    if (contents.damage) {
+        m_damage = contents.damage;
+    }
     if (contents.stamp.exists) {
         m_fileModDate = contents.modified;
     }
@@ -50,6 +44,12 @@ void VLScanData::loadDataFromDisk()
     } else {
         m_apps.reset();
     }
+}
+
+std::optional<ScanStoreFile::Damage> VLScanData::damage() const
+{
+    QMutexLocker locker(&m_mutex);
+    return m_damage;
 }
 
 void VLScanData::takeRecords(const ScanStoreFile::Contents &contents)
@@ -61,8 +61,9 @@ void VLScanData::takeRecords(const ScanStoreFile::Contents &contents)
     for (const QJsonValue &entry : contents.apps) {
         archives.push_back(entry.toObject());
     }
-    const std::vector<AppRef> records = parallelMap<AppRef>(
-        qsizetype(archives.size()), [&archives](qsizetype i) { return appFromArchive(archives[size_t(i)]); });
+    const std::vector<AppRef> records = parallelMap<AppRef>(qsizetype(archives.size()), [&archives](qsizetype i) {
+        return std::make_shared<VLApp>(VLApp::initWithCoder(archives[size_t(i)]));
+    });
     m_apps = AppList(records.begin(), records.end());
 }
 
@@ -75,9 +76,9 @@ bool VLScanData::saveDataToDisk()
     }
     QJsonArray archive;
     for (const AppRef &app : std::as_const(*m_apps)) {
-        archive.append(archiveOf(*app));
+        archive.append(app->encodeWithCoder());
     }
-    const std::optional<ScanStoreFile::Stamp> written = m_file.write(archive);
+    const std::optional<FileStamp> written = m_file.write(archive);
     if (written) {
         m_knownStamp = *written;
     }
@@ -176,12 +177,6 @@ QDateTime VLScanData::fileModDate() const
     return m_fileModDate;
 }
 
-void VLScanData::setFileModDate(const QDateTime &date)
-{
-    QMutexLocker locker(&m_mutex);
-    m_fileModDate = date;
-}
-
 bool VLScanData::reloadIfChangedOnDisk()
 {
     QMutexLocker locker(&m_mutex);
@@ -190,6 +185,9 @@ bool VLScanData::reloadIfChangedOnDisk()
     }
     const ScanStoreFile::Contents contents = m_file.read();
     m_knownStamp = contents.stamp;
+    if (contents.damage) {
+        m_damage = contents.damage;
+    }
     // A file that is gone or damaged holds nothing better than what this process has: keep it, to be saved again.
     if (contents.status != ScanStoreFile::Status::Loaded) {
         return false;

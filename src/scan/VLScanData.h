@@ -15,7 +15,6 @@
 #include "scan/ScanStoreFile.h"
 
 #include <QDateTime>
-#include <QJsonObject>
 #include <QRecursiveMutex>
 
 #include <optional>
@@ -32,6 +31,9 @@ public:
 
     // Replaces the records with the file's; absent when the file is missing or damaged (then kept aside).
     void loadDataFromDisk();
+    // The latest damage found in the file (what could not be taken from it, and where it was kept); nullopt while
+    // every read took the file whole. A front end tells the user, as records were lost with it.
+    std::optional<ScanStoreFile::Damage> damage() const;
     // Writes the records atomically (nothing while they are absent); false when the file could not be written (the
     // records stay as they are).
     bool saveDataToDisk();
@@ -49,7 +51,6 @@ public:
     std::optional<AppList> apps() const;
     void setApps(const std::optional<AppList> &apps);
     QDateTime fileModDate() const;
-    void setFileModDate(const QDateTime &date);
 
     QRecursiveMutex &mutex() const { return m_mutex; }
 
@@ -76,15 +77,13 @@ public:
         bool m_reloaded = false;
     };
 
-    static QJsonObject archiveOf(const VLApp &app);
-    static AppRef appFromArchive(const QJsonObject &archive);
-
 private:
     void takeRecords(const ScanStoreFile::Contents &contents);
 
     mutable QRecursiveMutex m_mutex;
     ScanStoreFile m_file;
-    ScanStoreFile::Stamp m_knownStamp;
+    FileStamp m_knownStamp;
+    std::optional<ScanStoreFile::Damage> m_damage;
     std::optional<AppList> m_apps;
     QDateTime m_fileModDate;
 };

@@ -2,6 +2,8 @@
 
 #include "model/StringUtils.h"
 #include "model/VLApp.h"
+#include "platform/AtomicFile.h"
+#include "platform/Log.h"
 #include "platform/VLSettings.h"
 #include "platform/WebRequest.h"
 
@@ -9,7 +11,6 @@
 #include <QFileInfo>
 #include <QJsonDocument>
 #include <QJsonObject>
-#include <QSaveFile>
 
 namespace {
 
@@ -56,8 +57,11 @@ bool fetchCatalogueIcon(const QString &vlID, const QString &cachePath)
     }
     QDir().mkpath(QFileInfo(cachePath).path());
     // Written whole or not at all, so a reader on another thread or process never sees half an image.
-    QSaveFile file(cachePath);
-    return file.open(QIODevice::WriteOnly) && file.write(result.body) == result.body.size() && file.commit();
+    const AtomicFile::Result written = AtomicFile::write(cachePath, result.body);
+    if (!written.ok) {
+        vlLog(QStringLiteral("Icon cache write error %1 %2").arg(cachePath, written.reason));
+    }
+    return written.ok;
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 // velmora-cli scan and list against a tree of bundles the test builds, with the store on disk in between.
 
+#include "platform/VLSettings.h"
 #include "scan/VLAppScanner.h"
 #include "scan/VLScanData.h"
-#include "platform/VLSettings.h"
 #include "support/BundleTree.h"
 #include "support/CliRunner.h"
 #include "support/PlistFiles.h"
@@ -192,6 +192,7 @@ void TestCliScan::listKeepsDamagedStoreAside()
     const CliResult result = runCli({s("list")});
     QCOMPARE(result.exitCode, 0);
     QVERIFY(result.out.isEmpty());
+    QVERIFY2(result.err.startsWith("warning: the stored scan ") && result.err.contains(".damaged"), result.err);
     QVERIFY(!QFile::exists(path));
     QFile aside(path + s(".damaged"));
     QVERIFY(aside.open(QIODevice::ReadOnly));

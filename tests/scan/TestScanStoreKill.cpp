@@ -95,9 +95,9 @@ void TestScanStoreKill::survivesKillAtAnyMoment()
     qInfo("%d generations written", lastGeneration);
     QVERIFY2(lastGeneration > 10, "the writer hardly ever finished a save: the kills proved little");
 
-    // A save killed between naming its temporary file and renaming it leaves that file behind; the next save clears
-    // it, and nothing that only looks like it.
-    QFile(file + QStringLiteral(".Ab12Cd")).open(QIODevice::WriteOnly);
+    // A save killed between creating its temporary file and renaming it leaves that file behind; the next save
+    // clears it, and nothing that only looks like it.
+    QFile(file + QStringLiteral(".new-Ab12Cd")).open(QIODevice::WriteOnly);
     QFile(file + QStringLiteral(".backup")).open(QIODevice::WriteOnly);
     {
         VLScanData store(file);

@@ -1,15 +1,18 @@
+#include "support/SmallDisk.h"
 #include "support/TestMain.h"
 
 #include "scan/VLScanData.h"
 
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
 #include <QThread>
 
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -51,6 +54,9 @@ private slots:
     void roundTrip();
     void damagedFileKeptAside_data();
     void damagedFileKeptAside();
+    void refusedWithoutReading_data();
+    void refusedWithoutReading();
+    void saveOnFullDisk();
     void lookups_data();
     void lookups();
     void changesOfTwoProcesses();
@@ -146,8 +152,10 @@ void TestVLScanData::damagedFileKeptAside()
     }
     QCOMPARE(QFile::exists(damaged), aside != QLatin1String("none"));
     QCOMPARE(QFile::exists(m_file), aside != QLatin1String("moved"));
+    QCOMPARE(store.damage().has_value(), aside != QLatin1String("none")); // for a front end to tell the user
     if (aside != QLatin1String("none")) {
         QCOMPARE(readBytes(damaged), content);
+        QCOMPARE(store.damage()->keptAs, damaged);
     }
 
     // The next save writes a good file and leaves the kept copy alone.
@@ -157,6 +165,74 @@ void TestVLScanData::damagedFileKeptAside()
     if (aside != QLatin1String("none")) {
         QCOMPARE(readBytes(damaged), content);
     }
+}
+
+void TestVLScanData::refusedWithoutReading_data()
+{
+    QTest::addColumn<QString>("kind");
+    QTest::addColumn<QString>("reason");
+
+    // Reading any of these would block for ever, never end, or take gigabytes of memory.
+    QTest::newRow("pipe") << "pipe"
+                          << "not a plain file";
+    QTest::newRow("device") << "device"
+                            << "not a plain file";
+    QTest::newRow("past the largest store") << "sparse"
+                                            << "larger than 1 GB";
+}
+
+void TestVLScanData::refusedWithoutReading()
+{
+    QFETCH(QString, kind);
+    QFETCH(QString, reason);
+    const QByteArray path = QFile::encodeName(m_file);
+    if (kind == QLatin1String("pipe")) {
+        QCOMPARE(mkfifo(path.constData(), 0600), 0);
+    } else if (kind == QLatin1String("device")) {
+        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), m_file));
+    } else {
+        QFile file(m_file);
+        QVERIFY(file.open(QIODevice::WriteOnly));
+        QVERIFY(file.resize(ScanStoreFile::kLargestStore + 1)); // sparse: no disk space taken
+    }
+
+    VLScanData store(m_file);
+    QVERIFY(!store.apps());
+    QVERIFY(store.damage());
+    QCOMPARE(store.damage()->reason, reason);
+    // Moved aside as it is (a link stays a link), so the next save writes a real store.
+    QCOMPARE(store.damage()->keptAs, m_file + QStringLiteral(".damaged"));
+    QVERIFY(!QFileInfo::exists(m_file) && !QFileInfo(m_file).isSymLink());
+    store.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("8"))});
+    QVERIFY(store.saveDataToDisk());
+    QCOMPARE(VLScanData(m_file).apps()->size(), 1);
+}
+
+void TestVLScanData::saveOnFullDisk()
+{
+    const QString folder = m_dir->path() + QStringLiteral("/small");
+    SmallDisk disk(folder);
+    if (!disk.isReady()) {
+        QSKIP(qPrintable(disk.skipReason()));
+    }
+    const QString file = folder + QStringLiteral("/vldscan.vld6");
+    VLScanData store(file);
+    store.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("1"))});
+    QVERIFY(store.saveDataToDisk());
+    const QByteArray before = readBytes(file);
+
+    // More than the disk holds: the first write is cut short, the next one fails.
+    AppList many;
+    for (int i = 0; i < 40; ++i) {
+        many.append(record(QStringLiteral("/Applications/App %1.app").arg(i), QString::number(i)));
+        many.last()->releaseNotes = QString(int(disk.capacity() / 20), QLatin1Char('n'));
+    }
+    store.setApps(many);
+    QVERIFY(!store.saveDataToDisk());
+    QCOMPARE(readBytes(file), before);
+    QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden),
+             (QStringList{QStringLiteral("vldscan.vld6"), QStringLiteral("vldscan.vld6.lock")}));
+    QCOMPARE(store.apps()->size(), 40); // the records in memory stay, to be saved later
 }
 
 void TestVLScanData::lookups_data()
