@@ -179,7 +179,7 @@ void HttpDownload::writeData()
         return;
     }
     const QByteArray chunk = reply->readAll();
-    if (chunk.isEmpty() && m_result.received > 0) {
+    if (chunk.isEmpty()) {
         return;
     }
     // Flushed with every piece, so a part left by a crash or a cancel is what arrived, for the next try to resume.
@@ -211,7 +211,7 @@ void HttpDownload::replyFinished()
     QNetworkReply *reply = m_reply.get();
     const bool broke = HttpSession::transferFailed(*reply);
     if (m_failure.isEmpty() && !m_canceled && (m_file.isOpen() || !broke)) {
-        writeData(); // what is left, or an empty file, which has no readyRead
+        writeData(); // what is left; an empty file has no readyRead, and is begun here
     }
     const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
     const bool cannotContinue = m_restart || (status == 416 && m_offset > 0);

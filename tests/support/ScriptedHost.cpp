@@ -17,14 +17,14 @@ QSslConfiguration makeServerConfiguration()
     QTemporaryDir dir;
     const QString key = dir.filePath(QStringLiteral("key.pem"));
     const QString cert = dir.filePath(QStringLiteral("cert.pem"));
+    // An argument vector; no value here holds a space.
+    const QString arguments =
+        QStringLiteral("req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 1 "
+                       "-subj /CN=127.0.0.1 -addext subjectAltName=IP:127.0.0.1");
     QProcess openssl;
     openssl.start(QStringLiteral("openssl"),
-                  {QStringLiteral("req"), QStringLiteral("-x509"), QStringLiteral("-newkey"), QStringLiteral("ec"),
-                   QStringLiteral("-pkeyopt"), QStringLiteral("ec_paramgen_curve:prime256v1"), QStringLiteral("-nodes"),
-                   QStringLiteral("-days"), QStringLiteral("1"), QStringLiteral("-subj"),
-                   QStringLiteral("/CN=127.0.0.1"), QStringLiteral("-addext"),
-                   QStringLiteral("subjectAltName=IP:127.0.0.1"), QStringLiteral("-keyout"), key,
-                   QStringLiteral("-out"), cert});
+                  arguments.split(QLatin1Char(' ')) +
+                      QStringList{QStringLiteral("-keyout"), key, QStringLiteral("-out"), cert});
     openssl.waitForFinished(60000);
     QFile keyFile(key);
     QFile certFile(cert);
@@ -66,15 +66,12 @@ ScriptedHost::ScriptedHost(Script script, bool tls) : m_script(std::move(script)
         m_server = std::make_unique<QTcpServer>();
     }
     connect(m_server.get(), &QTcpServer::pendingConnectionAvailable, this, &ScriptedHost::accept);
-    m_server->listen(QHostAddress::LocalHost);
+    if (!m_server->listen(QHostAddress::LocalHost)) {
+        qWarning("the scripted host cannot listen: %s", qPrintable(m_server->errorString()));
+    }
 }
 
 ScriptedHost::~ScriptedHost() = default;
-
-bool ScriptedHost::isListening() const
-{
-    return m_server->isListening();
-}
 
 void ScriptedHost::close()
 {
