@@ -178,7 +178,8 @@ QString VLSettings::hostURL(const char *hostKey, const QString &scheme) const
     while (host.endsWith(QLatin1Char('/'))) {
         host.chop(1);
     }
-    if (host.startsWith(QLatin1String("http://")) || host.startsWith(QLatin1String("https://"))) {
+    if (host.startsWith(QLatin1String("http://"), Qt::CaseInsensitive) ||
+        host.startsWith(QLatin1String("https://"), Qt::CaseInsensitive)) {
         return host;
     }
     return scheme + QStringLiteral("://") + host;

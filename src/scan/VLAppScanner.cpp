@@ -1,15 +1,16 @@
 #include "scan/VLAppScanner.h"
 
 #include "model/BundleReader.h"
-#include "platform/Log.h"
 #include "model/VLMdItem.h"
-#include "scan/BundleWalk.h"
+#include "platform/Log.h"
 #include "platform/ParallelMap.h"
 #include "platform/VLNotificationCenter.h"
 #include "platform/VLSettings.h"
+#include "scan/BundleWalk.h"
 
 #include <QDir>
 
+#include <chrono>
 #include <system_error>
 #include <thread>
 
@@ -47,12 +48,25 @@ AppList recordsFromPaths(const QStringList &paths, const VLBlacklist &blacklist,
     return apps;
 }
 
+// Waits for the service's names, giving up when the run is abandoned.
+bool awaitServerNames(const std::shared_future<QStringList> &names, const std::atomic<bool> &cancel)
+{
+    while (names.wait_for(std::chrono::milliseconds(50)) != std::future_status::ready) {
+        if (cancel.load()) {
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 struct VLAppScanner::Run
 {
     QStringList scopes;
     VLBlacklist blacklist;
+    // Still to be appended to blacklist when valid.
+    std::shared_future<QStringList> serverNames;
     std::atomic<bool> cancel{false};
     qsizetype found = 0;
     AppList apps;
@@ -61,18 +75,31 @@ struct VLAppScanner::Run
 
 VLAppScanner::VLAppScanner(QObject *parent) : QObject(parent)
 {
-    VLSettings settings;
-    if (const auto text =
-            VLBlacklist::fetchServerText(settings.hostURL(SettingKey::serviceHost, QStringLiteral("https")))) {
-        m_blacklist.append(VLBlacklist::splitServerList(*text));
-    }
+    m_serverNames = VLBlacklist::fetchServerList(VLSettings().hostURL(SettingKey::serviceHost, QStringLiteral("https")),
+                                                 m_stopFetch);
 }
 
 VLAppScanner::VLAppScanner(const VLBlacklist &blacklist, QObject *parent) : QObject(parent), m_blacklist(blacklist) {}
 
 VLAppScanner::~VLAppScanner()
 {
+    // A fetch still under way is not waited for to its end.
+    m_stopFetch->store(true);
     stopRun();
+}
+
+const QStringList &VLAppScanner::blackListApps()
+{
+    takeServerNames();
+    return m_blacklist.names();
+}
+
+void VLAppScanner::takeServerNames()
+{
+    if (m_serverNames.valid()) {
+        m_blacklist.append(m_serverNames.get());
+        m_serverNames = {};
+    }
 }
 
 QStringList VLAppScanner::searchScopes()
@@ -113,8 +140,9 @@ void VLAppScanner::runQuery()
     startRun();
 }
 
-bool VLAppScanner::appIsOnBlackList(const VLMdItem &item) const
+bool VLAppScanner::appIsOnBlackList(const VLMdItem &item)
 {
+    takeServerNames();
     const QString path = item.path.value_or(QString());
     return m_blacklist.appIsOnBlackList(item.fsName.value_or(lastComponent(path)), path);
 }
@@ -132,6 +160,7 @@ void VLAppScanner::startRun()
     auto run = std::make_shared<Run>();
     run->scopes = m_scopes;
     run->blacklist = m_blacklist;
+    run->serverNames = m_serverNames;
     m_run = run;
     // The outcome goes back to this scanner's thread as a queued call; the destructor joins the worker first, so the
     // scanner still exists when the call is posted, and a call left in the queue goes away with the scanner.
@@ -141,6 +170,9 @@ void VLAppScanner::startRun()
             try {
                 const QStringList paths = BundleWalk::findBundles(run->scopes, &run->cancel);
                 run->found = paths.size();
+                if (run->serverNames.valid() && awaitServerNames(run->serverNames, run->cancel)) {
+                    run->blacklist.append(run->serverNames.get());
+                }
                 run->apps = recordsFromPaths(paths, run->blacklist, &run->cancel);
             } catch (const std::exception &e) {
                 run->failure = QString::fromLocal8Bit(e.what());

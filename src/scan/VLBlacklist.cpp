@@ -7,6 +7,8 @@
 #include <QDir>
 #include <QStringDecoder>
 
+#include <system_error>
+
 namespace {
 
 const QStringList kVirtualMachineIdentifiers = {QStringLiteral("com.parallels.winapp"),
@@ -99,13 +101,38 @@ QStringList VLBlacklist::splitServerList(const QString &text)
     return names;
 }
 
-std::optional<QString> VLBlacklist::fetchServerText(const QString &baseUrl)
+std::optional<QString> VLBlacklist::fetchServerText(const QString &baseUrl, const std::atomic<bool> *cancel)
 {
-    const WebResult result = sendWebRequest(WebRequest::get(QUrl(baseUrl + QStringLiteral("/vld6blacklist"))));
+    WebRequest request =
+        WebRequest::get(QUrl(baseUrl + QStringLiteral("/vld6blacklist")), QString(), WebRequest::Kind::Blacklist);
+    request.cancel = cancel;
+    const WebResult result = sendWebRequest(request);
     if (!result.succeeded()) {
         return std::nullopt;
     }
     return decodeText(result.body, result.header(QByteArrayLiteral("Content-Type")));
+}
+
+std::shared_future<QStringList> VLBlacklist::fetchServerList(const QString &baseUrl,
+                                                             std::shared_ptr<const std::atomic<bool>> cancel)
+{
+    const auto fetch = [baseUrl, cancel]() -> QStringList {
+        // Nothing may escape the thread: a fetch that breaks is one that read nothing.
+        try {
+            const std::optional<QString> text = fetchServerText(baseUrl, cancel.get());
+            return text ? splitServerList(*text) : QStringList();
+        } catch (...) {
+            return {};
+        }
+    };
+    try {
+        return std::async(std::launch::async, fetch).share();
+    } catch (const std::system_error &) {
+        // No thread to be had: the built-in list alone, as when the service cannot be reached.
+        std::promise<QStringList> none;
+        none.set_value({});
+        return none.get_future().share();
+    }
 }
 
 VLBlacklist::VLBlacklist() : VLBlacklist(builtInList()) {}

@@ -7,6 +7,9 @@
 #include <QString>
 #include <QStringList>
 
+#include <atomic>
+#include <future>
+#include <memory>
 #include <optional>
 
 class BundleReader;
@@ -21,8 +24,14 @@ public:
 
     // The service's list: its text split at "\n", empty pieces left out, duplicates and carriage returns kept.
     static QStringList splitServerList(const QString &text);
-    // GET baseUrl + "/vld6blacklist", blocking; nullopt when nothing could be read.
-    static std::optional<QString> fetchServerText(const QString &baseUrl);
+    // GET baseUrl + "/vld6blacklist", blocking; nullopt when nothing could be read. Gives up soon after cancel turns
+    // true.
+    static std::optional<QString> fetchServerText(const QString &baseUrl, const std::atomic<bool> *cancel = nullptr);
+    // The same on a thread of its own, split into names (none when nothing could be read): whoever needs the names
+    // waits for them, and nobody else does. The last holder of the future waits for the thread, so set cancel first
+    // when the names are no longer wanted.
+    static std::shared_future<QStringList> fetchServerList(const QString &baseUrl,
+                                                           std::shared_ptr<const std::atomic<bool>> cancel);
 
     VLBlacklist();
     explicit VLBlacklist(const QStringList &names);

@@ -1,6 +1,7 @@
 #include "ServiceClient.h"
 
 #include "model/PropertyList.h"
+#include "platform/RAZipper.h"
 
 #include <QJsonDocument>
 #include <QTcpSocket>
@@ -10,7 +11,6 @@
 #include <poll.h>
 #include <sys/socket.h>
 #include <unistd.h>
-#include <zlib.h>
 
 QByteArray HttpAnswer::header(const char *name) const
 {
@@ -108,27 +108,12 @@ QByteArray ServiceClient::exchange(const QByteArray &head, const QByteArray &fil
 QJsonObject ServiceClient::automatch(const QByteArray &body)
 {
     const HttpAnswer reply = post("/vld603scan/automatch", body);
-    return reply.status == 200 ? QJsonDocument::fromJson(Replies::inflate(reply.body)).object() : QJsonObject();
+    return reply.status == 200
+               ? QJsonDocument::fromJson(RAZipper::dataForCompressedData(reply.body).value_or(QByteArray())).object()
+               : QJsonObject();
 }
 
 namespace Replies {
-
-QByteArray inflate(const QByteArray &zlibStream)
-{
-    // As the program does: start at twice the size and double while zlib says the buffer is too small.
-    uLongf capacity = uLongf(std::max<qsizetype>(64, zlibStream.size() * 2));
-    for (;;) {
-        QByteArray out(qsizetype(capacity), Qt::Uninitialized);
-        uLongf length = capacity;
-        const int rc = uncompress(reinterpret_cast<Bytef *>(out.data()), &length,
-                                  reinterpret_cast<const Bytef *>(zlibStream.constData()), uLong(zlibStream.size()));
-        if (rc == Z_OK)
-            return out.left(qsizetype(length));
-        if (rc != Z_BUF_ERROR)
-            return {};
-        capacity *= 2;
-    }
-}
 
 QList<QVariantMap> plistEntries(const QByteArray &xml)
 {

@@ -46,7 +46,6 @@ private:
 };
 
 namespace Replies {
-QByteArray inflate(const QByteArray &zlibStream);
 // The "entries" of an XML property-list reply, each a dictionary.
 QList<QVariantMap> plistEntries(const QByteArray &xml);
 } // namespace Replies

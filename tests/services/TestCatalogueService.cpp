@@ -12,7 +12,6 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QRegularExpression>
 #include <QTcpServer>
 #include <QThread>
 
@@ -98,29 +97,6 @@ private slots:
         const WebResult hop = sendWebRequest(manual);
         QCOMPARE(hop.status, 302);
         QCOMPARE(QString::fromUtf8(hop.header("location")), target);
-    }
-
-    void failuresAreLoggedByName()
-    {
-        QTest::ignoreMessage(QtInfoMsg, QRegularExpression(QStringLiteral("^Probe Connection failed! Error - .+")));
-        const WebResult refused = sendWebRequest(
-            WebRequest::get(QUrl(QStringLiteral("http://127.0.0.1:%1/x").arg(closedPort())), QStringLiteral("Probe")));
-        QCOMPARE(refused.status, 0);
-        QVERIFY(!refused.replied());
-        QVERIFY(!refused.timedOut);
-        QVERIFY(!refused.errorText.isEmpty());
-
-        // A peer that takes the connection and never answers.
-        QTcpServer silent;
-        QVERIFY(silent.listen(QHostAddress::LocalHost));
-        WebRequest request = WebRequest::get(QUrl(QStringLiteral("http://127.0.0.1:%1/x").arg(silent.serverPort())),
-                                             QStringLiteral("Silent"));
-        request.timeoutMs = 300;
-        QTest::ignoreMessage(QtInfoMsg, "Silent Connection failed! Error - The request timed out.");
-        const WebResult timedOut = sendWebRequest(request);
-        QVERIFY(timedOut.timedOut);
-        QCOMPARE(timedOut.status, 0);
-        QVERIFY(timedOut.body.isEmpty());
     }
 
     void updateWithServerInfo()

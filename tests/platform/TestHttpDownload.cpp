@@ -1,0 +1,161 @@
+// Downloads to disk on a worker thread, as an update makes them, with the record's progress fields written there while
+// this thread copies the record: whole and resumed files from the real service, and from scripted hosts what it
+// cannot show (a host that ignores Range or sends another piece, a cancel, a stall).
+
+#include "model/VLApp.h"
+#include "platform/HttpDownload.h"
+#include "support/ScriptedHost.h"
+#include "support/ServiceProcess.h"
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+
+#include <thread>
+
+namespace {
+
+const QByteArray kBody = QByteArray("0123456789abcdef").repeated(4096);
+
+QByteArray contents(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(missing)");
+}
+
+// Runs the download on a worker thread that keeps app's progress fields, while this thread copies app (as the rows
+// do) and, when asked, cancels through app.didCancel once half has arrived. A part is written first when given.
+DownloadResult download(DownloadRequest request, VLApp &app, const QByteArray &part = {}, bool cancelAtHalf = false)
+{
+    if (!part.isEmpty()) {
+        QFile file(QDir(request.folder).filePath(request.fileName));
+        file.open(QIODevice::WriteOnly);
+        file.write(part);
+    }
+    request.cancel = &app.didCancel;
+    DownloadResult result;
+    std::atomic<bool> done{false};
+    std::thread worker([&] {
+        HttpDownload download(request);
+        QObject::connect(&download, &HttpDownload::progress, &download, [&app](qint64 received, qint64 expected) {
+            app.receivedContentLength = received;
+            app.expectedContentLength = expected;
+            app.percentDownloaded = double(received) / double(expected);
+        });
+        result = download.run();
+        done = true;
+    });
+    static_cast<void>(QTest::qWaitFor(
+        [&] {
+            const VLApp seen = app;
+            if (cancelAtHalf && seen.percentDownloaded >= 0.5) {
+                app.didCancel = true;
+            }
+            return done.load();
+        },
+        60000));
+    worker.join();
+    return result;
+}
+
+} // namespace
+
+Q_DECLARE_METATYPE(DownloadResult::Outcome)
+
+class TestHttpDownload : public QObject
+{
+    Q_OBJECT
+
+    ServiceProcess m_service;
+
+private slots:
+    void initTestCase() { QVERIFY(m_service.start()); }
+
+    void fromService_data()
+    {
+        QTest::addColumn<QString>("file");
+        QTest::addColumn<int>("partBytes"); // -1: no part, and the name comes from the address
+        QTest::addColumn<int>("status");
+        QTest::newRow("whole") << "VelmoraNotes-2.0.zip" << -1 << 200;
+        QTest::newRow("resumed") << "VelmoraNotes-2.0.zip" << 100 << 206;
+        QTest::newRow("missing: no file") << "Nothing-1.0.zip" << -1 << 404;
+    }
+
+    void fromService()
+    {
+        QFETCH(QString, file);
+        QFETCH(int, partBytes);
+        QFETCH(int, status);
+        const QByteArray served =
+            status == 200 || status == 206 ? contents(ServiceProcess::filesDir() + u'/' + file) : QByteArray();
+        QVERIFY(served.size() > partBytes);
+        QTemporaryDir folder;
+        DownloadRequest request{QUrl(m_service.baseUrl() + QStringLiteral("/files/") + file), {}, folder.path()};
+        request.fileName = partBytes < 0 ? QString() : file;
+        VLApp app;
+        const DownloadResult result = download(request, app, served.left(partBytes));
+        QCOMPARE(result.status, status);
+        QCOMPARE(result.resumed, partBytes > 0);
+        QCOMPARE(result.finished(), !served.isEmpty());
+        QCOMPARE(QDir(folder.path()).entryList(QDir::Files), served.isEmpty() ? QStringList() : QStringList{file});
+        QCOMPARE(contents(folder.filePath(file)), served.isEmpty() ? QByteArray("(missing)") : served);
+        QCOMPARE(app.receivedContentLength.load(), served.size());
+        QCOMPARE(app.expectedContentLength.load(), served.size());
+    }
+
+    void fromScriptedHost_data()
+    {
+        QTest::addColumn<ScriptedHost::Script>("script");
+        QTest::addColumn<QByteArray>("part");
+        QTest::addColumn<bool>("cancelAtHalf");
+        QTest::addColumn<int>("idleMs");
+        QTest::addColumn<DownloadResult::Outcome>("outcome");
+        QTest::addColumn<QByteArray>("file");
+        QTest::addColumn<int>("requests");
+        const ScriptedHost::Script ignoresRange = [](QTcpSocket *s, const HostRequest &) {
+            ScriptedHost::answer(s, 200, {}, kBody);
+        };
+        const ScriptedHost::Script sendsAnotherPiece = [](QTcpSocket *s, const HostRequest &request) {
+            const bool ranged = !request.header("Range").isNull();
+            ScriptedHost::answer(s, ranged ? 206 : 200, ranged ? "Content-Range: bytes 0-65535/65536\r\n" : "", kBody);
+        };
+        const ScriptedHost::Script stallsAtHalf = [](QTcpSocket *s, const HostRequest &) {
+            ScriptedHost::dribble(s, "HTTP/1.1 200 OK\r\nContent-Length: 65536\r\n\r\n", kBody, 4096, 10, 32768);
+        };
+        using O = DownloadResult::Outcome;
+        const QByteArray half = kBody.left(32768);
+        QTest::newRow("200 to a Range: the whole file")
+            << ignoresRange << QByteArray("stale") << false << 30000 << O::Finished << kBody << 1;
+        QTest::newRow("another piece: asked again, whole")
+            << sendsAnotherPiece << QByteArray("stale") << false << 30000 << O::Finished << kBody << 2;
+        QTest::newRow("cancelled: part kept")
+            << stallsAtHalf << QByteArray() << true << 30000 << O::Canceled << half << 1;
+        QTest::newRow("stalled: part kept") << stallsAtHalf << QByteArray() << false << 500 << O::Failed << half << 1;
+    }
+
+    void fromScriptedHost()
+    {
+        QFETCH(ScriptedHost::Script, script);
+        QFETCH(QByteArray, part);
+        QFETCH(bool, cancelAtHalf);
+        QFETCH(int, idleMs);
+        ScriptedHost host(script);
+        QTemporaryDir folder;
+        DownloadRequest request{host.url("/update.zip"), {}, folder.path(), QStringLiteral("update.zip")};
+        request.timeoutMs = idleMs;
+        VLApp app;
+        const DownloadResult result = download(request, app, part, cancelAtHalf);
+        QTEST(result.outcome, "outcome");
+        QCOMPARE(result.timedOut, idleMs < 1000);
+        QTEST(contents(folder.filePath(request.fileName)), "file");
+        QTEST(int(host.requests().size()), "requests");
+        QCOMPARE(host.requests().constFirst().header("Accept-Encoding"), QByteArray("identity"));
+        QCOMPARE(host.requests().constFirst().header("Range"),
+                 part.isEmpty() ? QByteArray() : "bytes=" + QByteArray::number(part.size()) + '-');
+    }
+};
+
+VELMORA_TEST_MAIN(TestHttpDownload)
+#include "TestHttpDownload.moc"
