@@ -1,5 +1,6 @@
 #include "scan/VLAppDelegate.h"
 
+#include "platform/HttpCookieJar.h"
 #include "platform/Log.h"
 #include "platform/LoginItem.h"
 #include "platform/MachineIdentity.h"
@@ -7,6 +8,8 @@
 #include "platform/VLSettingsNotifier.h"
 #include "scan/VLMainWindowController.h"
 
+#include <QNetworkCookie>
+#include <QUrl>
 #include <QUuid>
 
 VLAppDelegate::VLAppDelegate(VLMainWindowController &driver, const QStringList &loginItemCommand, QObject *parent)
@@ -38,6 +41,17 @@ void VLAppDelegate::applicationDidFinishLaunching(bool appLaunchedFromLoginItem)
     startTimer(m_watchLists, kWatchListSeconds, &VLAppDelegate::updateWatchListBackground);
     startTimer(m_promos, kPromosSeconds, &VLAppDelegate::updatePromosBackground);
     startTimer(m_masCheck, kMASCheckSeconds, &VLAppDelegate::checkMASApps);
+    storeSiteCookie();
+}
+
+void VLAppDelegate::storeSiteCookie()
+{
+    // The site tells a visitor with the program from others by this cookie; it lasts an average month.
+    QNetworkCookie cookie(QByteArrayLiteral("m604"), QByteArrayLiteral("1"));
+    cookie.setDomain(QUrl(VLSettings().hostURL(SettingKey::siteHost)).host());
+    cookie.setPath(QStringLiteral("/"));
+    cookie.setExpirationDate(QDateTime::currentDateTimeUtc().addSecs(kSiteCookieSeconds));
+    HttpCookieJar::shared().insertCookie(cookie);
 }
 
 void VLAppDelegate::startTimer(QTimer &timer, int seconds, void (VLAppDelegate::*tick)())

@@ -20,6 +20,7 @@ public:
     static constexpr int kPromosSeconds = 3600;
     static constexpr int kMASCheckSeconds = 500;
     static constexpr int kPreviousAgentDelaySeconds = 25;
+    static constexpr int kSiteCookieSeconds = 2629743;
 
     // loginItemCommand: what the login item runs ("velmora --login-item", or the daemon where there is no desktop
     // program).
@@ -40,6 +41,7 @@ signals:
 
 private:
     void startTimer(QTimer &timer, int seconds, void (VLAppDelegate::*tick)());
+    void storeSiteCookie();
     void checkFast();
     void checkMASApps();
 

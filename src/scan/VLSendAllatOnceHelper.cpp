@@ -22,7 +22,8 @@ void VLSendAllatOnceHelper::getMatches(const QString &post)
 {
     const QUrl url(VLSettings().hostURL(SettingKey::serviceHost, QStringLiteral("https")) +
                    QStringLiteral("/vld603scan/automatch"));
-    WebRequest request = WebRequest::postForm(url, post.toUtf8(), QStringLiteral("Automatch"));
+    WebRequest request =
+        WebRequest::postForm(url, post.toUtf8(), QStringLiteral("Automatch"), WebRequest::Kind::MatchReply);
     request.timeoutMs = kTimeoutMs;
     const WebResult result = sendWebRequest(request);
     if (result.replied()) {
