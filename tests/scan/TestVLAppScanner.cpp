@@ -5,6 +5,7 @@
 #include "platform/VLNotificationCenter.h"
 #include "platform/VLSettings.h"
 #include "support/BundleTree.h"
+#include "support/PlistFiles.h"
 
 #include <QDir>
 #include <QSignalSpy>
@@ -97,6 +98,7 @@ private slots:
     void nestedBundlesAndLinks();
     void unreadableFolder();
     void recordsAndBlacklist();
+    void hostileListsPassedOver();
     void notifications();
     void manyBundlesOnAllCores();
 
@@ -263,6 +265,26 @@ void TestVLAppScanner::recordsAndBlacklist()
     QCOMPARE(editor.bundleID, QStringLiteral("com.example.editor"));
     QCOMPARE(editor.localVersion, QStringLiteral("2.5.1"));
     QCOMPARE(editor.vlVersion, QStringLiteral("-"));
+}
+
+void TestVLAppScanner::hostileListsPassedOver()
+{
+    // Lists a naive reader would crash on, or take hours and gigabytes over: each bundle is read without them, and
+    // the scan goes on with the next.
+    BundleTree tree(m_volume + QStringLiteral("/Applications"));
+    QStringList expected = {tree.addBundle(QStringLiteral("Good.app"), PlistFiles::info({}, QStringLiteral("1.5")))};
+    for (const PlistFiles::HostileList &list : PlistFiles::hostileLists()) {
+        const QString bundle = tree.path(QStringLiteral("Hostile %1.app").arg(expected.size()));
+        tree.addFile(bundle.mid(tree.root().size() + 1) + QStringLiteral("/Contents/Info.plist"), list.bytes);
+        expected.append(bundle);
+    }
+    VLAppScanner scanner{VLBlacklist()};
+    const Posted posted = scanAndWait(scanner);
+    QVERIFY(posted.apps);
+    QCOMPARE(pathsOf(*posted.apps), expected);
+    for (const AppRef &app : *posted.apps) {
+        QCOMPARE(app->localVersion, app == posted.apps->first() ? QStringLiteral("1.5") : QStringLiteral("-"));
+    }
 }
 
 void TestVLAppScanner::notifications()
