@@ -4,17 +4,47 @@
 #include "model/AppJson.h"
 #include "model/BundleReader.h"
 #include "model/VLApp.h"
+#include "model/VLMdItem.h"
+#include "platform/FileStatus.h"
+#include "platform/FolderReader.h"
+#include "platform/NativePath.h"
 
 #include <QDir>
-#include <QFileInfo>
 #include <QJsonDocument>
 
-#include <cerrno>
-#include <cstring>
-
-#include <sys/stat.h>
-
 namespace {
+
+// The path an argument names, in NativePath's form. A name that is not UTF-8 reaches the program with U+FFFD in
+// place of its stray bytes; each such part of the path is matched with the folder's entries decoded the same way,
+// and the one entry that fits gives its own bytes. With none or several, the argument stays as it came.
+QString systemPath(const QString &argument)
+{
+    if (!argument.contains(QChar::ReplacementCharacter)) {
+        return argument;
+    }
+    QByteArray path;
+    const QStringList parts = argument.split(QLatin1Char('/'));
+    for (qsizetype i = 0; i < parts.size(); ++i) {
+        if (i > 0) {
+            path += '/';
+        }
+        if (!parts.at(i).contains(QChar::ReplacementCharacter)) {
+            path += QFile::encodeName(parts.at(i));
+            continue;
+        }
+        QByteArrayList fits;
+        for (const FolderReader::Entry &entry : FolderReader(path.isEmpty() ? QByteArray(".") : path).entries()) {
+            if (QFile::decodeName(entry.name) == parts.at(i)) {
+                fits.append(entry.name);
+            }
+        }
+        if (fits.size() != 1) {
+            return argument;
+        }
+        path += fits.first();
+    }
+    return NativePath::decode(path);
+}
 
 // What a reader of the bundle would stumble over: no information dictionary, or files it could not parse.
 QStringList bundleWarnings(const QString &path)
@@ -78,15 +108,17 @@ int InspectCommand::execute(const QStringList &arguments, CommandContext &ctx)
     int exitCode = ExitSuccess;
     QList<VLApp> apps;
     for (const QString &argument : std::as_const(paths)) {
-        const QFileInfo file(argument);
+        const QString named = systemPath(argument);
         // The system's own words: a folder that may not be entered is not a missing file.
-        struct stat info = {};
-        if (lstat(QFile::encodeName(argument).constData(), &info) != 0) {
-            ctx.err << "error: " << argument << ": " << QString::fromLocal8Bit(std::strerror(errno)) << '\n';
+        const FileStatus status = FileStatus::of(named, FileStatus::Links::Own);
+        if (!status.reached()) {
+            ctx.err << "error: " << argument << ": " << status.failure << '\n';
             exitCode = ExitFailure;
             continue;
         }
-        const QString path = QDir::cleanPath(file.absoluteFilePath());
+        // Text operations only: QFileInfo would pass the name through QFile::encodeName.
+        const QString path =
+            QDir::cleanPath(QDir::isAbsolutePath(named) ? named : QDir::currentPath() + QLatin1Char('/') + named);
         for (const QString &warning : bundleWarnings(path)) {
             ctx.err << "warning: " << warning << '\n';
         }

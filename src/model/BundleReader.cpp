@@ -1,6 +1,7 @@
 #include "model/BundleReader.h"
 
 #include "model/PropertyList.h"
+#include "platform/Log.h"
 
 BundleReader::BundleReader(const QString &bundlePath) : m_path(bundlePath) {}
 
@@ -13,7 +14,9 @@ const BundleReader::File &BundleReader::load(const QString &relativePath, bool s
     const QString path = m_path + relativePath;
     PropertyList::ReadResult result =
         stringsFile ? PropertyList::readStringsFile(path) : PropertyList::readDictionaryFile(path);
+    // A list that cannot be read is passed over, once per bundle; the readers go on with the other files.
     if (!result.problem.isEmpty()) {
+        vlLog(QStringLiteral("exception 2 checking %1 %2").arg(m_path, result.problem));
         m_problems.append(result.problem);
     }
     return m_files.emplace(relativePath, File{std::move(result.dictionary), result.exists}).first->second;

@@ -1,6 +1,11 @@
 #include "model/OldStylePlistParser.h"
 
+#include "model/PlistBudget.h"
+
 #include <QStringDecoder>
+
+#include <algorithm>
+#include <cctype>
 
 namespace {
 
@@ -12,6 +17,10 @@ public:
     std::optional<QVariantMap> parseTopLevel()
     {
         skipSpaceAndComments();
+        const PlistBudget::Level level(m_budget);
+        if (!m_budget.spend()) {
+            return fail(PlistBudget::tooManyObjects());
+        }
         // A file may hold a braced dictionary or, as .strings files do, bare pairs.
         if (peek() == u'{') {
             ++m_pos;
@@ -46,12 +55,13 @@ private:
     {
         while (!atEnd()) {
             const QChar c = peek();
+            const QStringView rest = QStringView(m_text).mid(m_pos);
             if (c.isSpace() || c == QChar(0xFEFF)) {
                 ++m_pos;
-            } else if (m_text.mid(m_pos, 2) == QLatin1String("//")) {
+            } else if (rest.startsWith(u"//")) {
                 const qsizetype end = m_text.indexOf(QLatin1Char('\n'), m_pos);
                 m_pos = end < 0 ? m_text.size() : end + 1;
-            } else if (m_text.mid(m_pos, 2) == QLatin1String("/*")) {
+            } else if (rest.startsWith(u"/*")) {
                 const qsizetype end = m_text.indexOf(QLatin1String("*/"), m_pos + 2);
                 m_pos = end < 0 ? m_text.size() : end + 2;
             } else {
@@ -79,6 +89,9 @@ private:
             if (!key) {
                 return std::nullopt;
             }
+            if (!m_budget.spend()) {
+                return fail(PlistBudget::tooManyObjects());
+            }
             skipSpaceAndComments();
             QVariant value = *key; // a lone key stands for itself, as in "key";
             if (peek() == u'=') {
@@ -101,26 +114,45 @@ private:
 
     std::optional<QVariant> parseValue()
     {
-        if (m_depth > 64) {
-            return fail(QStringLiteral("nested too deeply"));
+        if (!m_budget.spend()) {
+            return fail(PlistBudget::tooManyObjects());
         }
         const QChar c = peek();
+        if (c == u'<') {
+            return parseData();
+        }
+        if (c != u'{' && c != u'(') {
+            auto text = parseString();
+            return text ? std::optional<QVariant>(*text) : std::nullopt;
+        }
+        const PlistBudget::Level level(m_budget);
+        if (!level.ok()) {
+            return fail(PlistBudget::tooDeep());
+        }
+        ++m_pos;
         if (c == u'{') {
-            ++m_pos;
-            ++m_depth;
             auto dict = parsePairs(u'}');
-            --m_depth;
             return dict ? std::optional<QVariant>(*dict) : std::nullopt;
         }
-        if (c == u'(') {
-            ++m_pos;
-            ++m_depth;
-            auto list = parseArray();
-            --m_depth;
-            return list ? std::optional<QVariant>(*list) : std::nullopt;
+        auto list = parseArray();
+        return list ? std::optional<QVariant>(*list) : std::nullopt;
+    }
+
+    // <0fbd 7788>: bytes in hexadecimal, blanks between them allowed.
+    std::optional<QVariant> parseData()
+    {
+        const qsizetype end = m_text.indexOf(QLatin1Char('>'), m_pos);
+        if (end < 0) {
+            return fail(QStringLiteral("unterminated data"));
         }
-        auto text = parseString();
-        return text ? std::optional<QVariant>(*text) : std::nullopt;
+        QByteArray hex = QStringView(m_text).mid(m_pos + 1, end - m_pos - 1).toLatin1();
+        hex.removeIf([](char c) { return std::isspace(uchar(c)); });
+        const auto isHex = [](char c) { return std::isxdigit(uchar(c)); };
+        if (hex.size() % 2 != 0 || !std::all_of(hex.cbegin(), hex.cend(), isHex)) {
+            return fail(QStringLiteral("bad data"));
+        }
+        m_pos = end + 1;
+        return QByteArray::fromHex(hex);
     }
 
     std::optional<QVariantList> parseArray()
@@ -166,7 +198,7 @@ private:
     std::optional<QString> parseQuoted(QChar quote)
     {
         ++m_pos;
-        QString out;
+        QString out = QStringLiteral(""); // empty, not null: an empty value is present
         while (!atEnd()) {
             const QChar c = m_text.at(m_pos++);
             if (c == quote) {
@@ -230,7 +262,7 @@ private:
 
     const QString &m_text;
     qsizetype m_pos = 0;
-    int m_depth = 0;
+    PlistBudget m_budget;
     QString m_problem;
 };
 
@@ -259,9 +291,8 @@ QString decodeStringsText(const QByteArray &bytes)
     return QString::fromUtf8(bytes);
 }
 
-std::optional<QVariantMap> parseOldStylePlist(const QByteArray &bytes, QString *problem)
+std::optional<QVariantMap> parseOldStylePlist(const QString &text, QString *problem)
 {
-    const QString text = decodeStringsText(bytes);
     Parser parser(text);
     auto result = parser.parseTopLevel();
     if (!result && problem) {

@@ -1,7 +1,8 @@
 #pragma once
 
-// The old-style text property list that .strings files use: "key" = "value"; pairs, comments, escapes,
-// nested ( arrays ) and { dictionaries }. The bytes may be UTF-16 (with or without a byte-order mark) or UTF-8.
+// The old-style text property list: "key" = "value"; pairs as .strings files hold them, or one { dictionary } as
+// some Info.plist files do, with comments, escapes, nested ( arrays ), { dictionaries } and <hex data>, within the
+// bounds of PlistBudget. The text comes from decodeStringsText.
 
 #include <QByteArray>
 #include <QString>
@@ -9,7 +10,7 @@
 
 #include <optional>
 
-std::optional<QVariantMap> parseOldStylePlist(const QByteArray &bytes, QString *problem = nullptr);
+std::optional<QVariantMap> parseOldStylePlist(const QString &text, QString *problem = nullptr);
 
-// The text of a .strings file, its encoding found from the byte-order mark or the zero bytes of UTF-16.
+// The text of a .strings file, its encoding found from the byte-order mark or the zero bytes of UTF-16, else UTF-8.
 QString decodeStringsText(const QByteArray &bytes);

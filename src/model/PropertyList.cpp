@@ -1,160 +1,58 @@
 #include "model/PropertyList.h"
 
-#include "platform/FileBytes.h"
+#include "model/BinaryPlistReader.h"
 #include "model/OldStylePlistParser.h"
-#include "model/PlistNesting.h"
+#include "model/XmlPlistReader.h"
+#include "platform/FileBytes.h"
 
 #include <QDateTime>
-#include <QStringDecoder>
 
 #include <plist/plist.h>
 
-#include <cstdlib>
+#include <algorithm>
 #include <memory>
 
 namespace PropertyList {
 namespace {
 
-// Larger than any real property list; also what bounds the memory a bogus file can take.
+// Larger than any real property list; with the bounds of the readers, what bounds the memory a bogus file can take.
 constexpr qint64 kLargestPlist = 64 * 1024 * 1024;
 
-// Deeper than any real property list, and far shallower than what would exhaust a reading thread's stack.
-constexpr int kDeepestPlist = 512;
-
-// Seconds between 1970-01-01 and the property-list epoch, 2001-01-01.
-constexpr qint64 kPlistEpochOffset = 978307200;
-
-struct NodeDeleter
+bool isSpace(char16_t c)
 {
-    void operator()(void *node) const { plist_free(static_cast<plist_t>(node)); }
-};
-using NodePtr = std::unique_ptr<void, NodeDeleter>;
-
-QVariant fromNode(plist_t node)
-{
-    switch (plist_get_node_type(node)) {
-    case PLIST_BOOLEAN: {
-        uint8_t value = 0;
-        plist_get_bool_val(node, &value);
-        return bool(value);
-    }
-    case PLIST_UINT: {
-        uint64_t value = 0;
-        plist_get_uint_val(node, &value);
-        return qint64(value);
-    }
-    case PLIST_REAL: {
-        double value = 0;
-        plist_get_real_val(node, &value);
-        return value;
-    }
-    case PLIST_STRING: {
-        uint64_t length = 0;
-        const char *value = plist_get_string_ptr(node, &length);
-        return QString::fromUtf8(value, qsizetype(length));
-    }
-    case PLIST_DATA: {
-        uint64_t length = 0;
-        const char *value = plist_get_data_ptr(node, &length);
-        return QByteArray(value, qsizetype(length));
-    }
-    case PLIST_DATE: {
-        int32_t seconds = 0;
-        int32_t microseconds = 0;
-        plist_get_date_val(node, &seconds, &microseconds);
-        return QDateTime::fromMSecsSinceEpoch((kPlistEpochOffset + seconds) * 1000 + microseconds / 1000, Qt::UTC);
-    }
-    case PLIST_ARRAY: {
-        QVariantList list;
-        const uint32_t size = plist_array_get_size(node);
-        for (uint32_t i = 0; i < size; ++i) {
-            list.append(fromNode(plist_array_get_item(node, i)));
-        }
-        return list;
-    }
-    case PLIST_DICT: {
-        QVariantMap map;
-        plist_dict_iter iter = nullptr;
-        plist_dict_new_iter(node, &iter);
-        for (;;) {
-            char *key = nullptr;
-            plist_t value = nullptr;
-            plist_dict_next_item(node, iter, &key, &value);
-            if (!key) {
-                break;
-            }
-            map.insert(QString::fromUtf8(key), fromNode(value));
-            free(key);
-        }
-        free(iter);
-        return map;
-    }
-    default:
-        return {};
-    }
+    return c == u' ' || c == u'\t' || c == u'\r' || c == u'\n' || c == 0xFEFF;
 }
 
-plist_t toNode(const QVariant &value)
+// Whether the text, past a byte-order mark and white space, begins with a tag: XML rather than old-style text.
+bool startsWithTag(const QByteArray &bytes)
 {
-    switch (value.typeId()) {
-    case QMetaType::Bool:
-        return plist_new_bool(value.toBool());
-    case QMetaType::Int:
-    case QMetaType::LongLong:
-    case QMetaType::UInt:
-    case QMetaType::ULongLong:
-        return plist_new_uint(value.toULongLong());
-    case QMetaType::Double:
-    case QMetaType::Float:
-        return plist_new_real(value.toDouble());
-    case QMetaType::QByteArray: {
-        const QByteArray bytes = value.toByteArray();
-        return plist_new_data(bytes.constData(), uint64_t(bytes.size()));
-    }
-    case QMetaType::QDateTime: {
-        const qint64 msecs = value.toDateTime().toMSecsSinceEpoch() - kPlistEpochOffset * 1000;
-        return plist_new_date(int32_t(msecs / 1000), int32_t((msecs % 1000) * 1000));
-    }
-    case QMetaType::QVariantList:
-    case QMetaType::QStringList: {
-        plist_t array = plist_new_array();
-        for (const QVariant &item : value.toList()) {
-            plist_array_append_item(array, toNode(item));
-        }
-        return array;
-    }
-    case QMetaType::QVariantMap: {
-        plist_t dict = plist_new_dict();
-        const QVariantMap map = value.toMap();
-        for (auto it = map.cbegin(); it != map.cend(); ++it) {
-            plist_dict_set_item(dict, it.key().toUtf8().constData(), toNode(it.value()));
-        }
-        return dict;
-    }
-    default:
-        return plist_new_string(value.toString().toUtf8().constData());
-    }
+    const qsizetype start = bytes.startsWith("\xEF\xBB\xBF") ? 3 : 0;
+    const auto tag = std::find_if(bytes.cbegin() + start, bytes.cend(), [](char c) { return !isSpace(uchar(c)); });
+    return tag != bytes.cend() && *tag == '<';
 }
 
-bool looksLikePlist(const QByteArray &bytes)
+bool startsWithTag(const QString &text)
+{
+    const auto tag = std::find_if(text.cbegin(), text.cend(), [](QChar c) { return !isSpace(c.unicode()); });
+    return tag != text.cend() && *tag == u'<';
+}
+
+// The top value of a list in any of its three forms. XML in UTF-8, or in an 8-bit encoding that its declaration
+// names, goes to the XML reader as bytes; text in UTF-16 is decoded first.
+std::optional<QVariant> parseValue(const QByteArray &bytes, QString *problem)
 {
     if (bytes.startsWith("bplist")) {
-        return true;
+        return BinaryPlistReader::read(bytes, problem);
     }
-    const QByteArray head = bytes.left(256).trimmed();
-    return head.startsWith("<?xml") || head.startsWith("<!DOCTYPE") || head.startsWith("<plist");
-}
-
-// Some older bundles keep their XML in UTF-16, which the parser does not read; it gets the same text in UTF-8.
-QByteArray utf8Xml(const QByteArray &bytes)
-{
-    const std::optional<QStringConverter::Encoding> encoding = QStringConverter::encodingForData(bytes, u'<');
-    if (encoding != QStringConverter::Utf16LE && encoding != QStringConverter::Utf16BE) {
-        return bytes;
+    if (startsWithTag(bytes)) {
+        return XmlPlistReader::read(bytes, problem);
     }
-    QStringDecoder decoder(*encoding);
-    const QString text = decoder(bytes);
-    return decoder.hasError() ? bytes : text.toUtf8();
+    const QString text = decodeStringsText(bytes);
+    if (startsWithTag(text)) {
+        return XmlPlistReader::read(text, problem);
+    }
+    const std::optional<QVariantMap> dictionary = parseOldStylePlist(text, problem);
+    return dictionary ? std::optional<QVariant>(*dictionary) : std::nullopt;
 }
 
 ReadResult readFile(const QString &path, std::optional<QVariantMap> (*parse)(const QByteArray &, QString *))
@@ -185,48 +83,28 @@ ReadResult readFile(const QString &path, std::optional<QVariantMap> (*parse)(con
 
 } // namespace
 
-std::optional<QVariantMap> parseDictionary(const QByteArray &data, QString *problem)
+std::optional<QVariantMap> parseDictionary(const QByteArray &bytes, QString *problem)
 {
-    const QByteArray bytes = utf8Xml(data);
-    if (bytes.isEmpty() || bytes.size() > kLargestPlist) {
-        if (problem) {
-            *problem =
-                bytes.isEmpty() ? QStringLiteral("empty property list") : QStringLiteral("property list too large");
-        }
-        return std::nullopt;
+    QString why;
+    std::optional<QVariant> value;
+    if (bytes.isEmpty()) {
+        why = QStringLiteral("empty property list");
+    } else if (bytes.size() > kLargestPlist) {
+        why = QStringLiteral("property list too large");
+    } else if ((value = parseValue(bytes, &why)) && value->typeId() != QMetaType::QVariantMap) {
+        why = QStringLiteral("property list is not a dictionary");
+        value.reset();
     }
-    if (!looksLikePlist(bytes)) {
-        if (problem) {
-            *problem = QStringLiteral("not an XML or binary property list");
-        }
-        return std::nullopt;
+    if (!value && problem) {
+        *problem = why;
     }
-    if (PlistNesting::nestsDeeperThan(bytes, kDeepestPlist)) {
-        if (problem) {
-            *problem = QStringLiteral("property list nested too deeply");
-        }
-        return std::nullopt;
-    }
-    plist_t root = nullptr;
-    plist_from_memory(bytes.constData(), uint32_t(bytes.size()), &root);
-    const NodePtr owner(root);
-    if (!root || plist_get_node_type(root) != PLIST_DICT) {
-        if (problem) {
-            *problem =
-                root ? QStringLiteral("property list is not a dictionary") : QStringLiteral("malformed property list");
-        }
-        return std::nullopt;
-    }
-    return fromNode(root).toMap();
+    return value ? std::optional<QVariantMap>(value->toMap()) : std::nullopt;
 }
 
 std::optional<QVariantMap> parseStrings(const QByteArray &bytes, QString *problem)
 {
-    const QByteArray xml = utf8Xml(bytes);
-    if (looksLikePlist(xml)) {
-        return parseDictionary(xml, problem);
-    }
-    return parseOldStylePlist(bytes, problem);
+    // A strings file with nothing in it holds no strings.
+    return bytes.isEmpty() ? QVariantMap() : parseDictionary(bytes, problem);
 }
 
 ReadResult readDictionaryFile(const QString &path)
@@ -240,6 +118,54 @@ ReadResult readStringsFile(const QString &path)
 }
 
 namespace {
+
+struct NodeDeleter
+{
+    void operator()(void *node) const { plist_free(static_cast<plist_t>(node)); }
+};
+using NodePtr = std::unique_ptr<void, NodeDeleter>;
+
+plist_t toNode(const QVariant &value)
+{
+    switch (value.typeId()) {
+    case QMetaType::Bool:
+        return plist_new_bool(value.toBool());
+    case QMetaType::Int:
+    case QMetaType::LongLong:
+    case QMetaType::UInt:
+    case QMetaType::ULongLong:
+        return plist_new_uint(value.toULongLong());
+    case QMetaType::Double:
+    case QMetaType::Float:
+        return plist_new_real(value.toDouble());
+    case QMetaType::QByteArray: {
+        const QByteArray bytes = value.toByteArray();
+        return plist_new_data(bytes.constData(), uint64_t(bytes.size()));
+    }
+    case QMetaType::QDateTime: {
+        const qint64 msecs = value.toDateTime().toMSecsSinceEpoch() - BinaryPlistReader::kEpochOffset * 1000;
+        return plist_new_date(int32_t(msecs / 1000), int32_t((msecs % 1000) * 1000));
+    }
+    case QMetaType::QVariantList:
+    case QMetaType::QStringList: {
+        plist_t array = plist_new_array();
+        for (const QVariant &item : value.toList()) {
+            plist_array_append_item(array, toNode(item));
+        }
+        return array;
+    }
+    case QMetaType::QVariantMap: {
+        plist_t dict = plist_new_dict();
+        const QVariantMap map = value.toMap();
+        for (auto it = map.cbegin(); it != map.cend(); ++it) {
+            plist_dict_set_item(dict, it.key().toUtf8().constData(), toNode(it.value()));
+        }
+        return dict;
+    }
+    default:
+        return plist_new_string(value.toString().toUtf8().constData());
+    }
+}
 
 QByteArray serialize(const QVariantMap &dictionary, void (*write)(plist_t, char **, uint32_t *),
                      void (*release)(char *))

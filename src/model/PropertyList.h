@@ -1,7 +1,8 @@
 #pragma once
 
-// Property lists as bundles ship them: XML and binary (through libplist), and the old-style text form of
-// .strings files (UTF-16 with a byte-order mark, or UTF-8), read by our own small parser.
+// Property lists as bundles ship them, in any form the platform's reader takes: XML (in any encoding it declares),
+// binary, and old-style text (.strings files, a few Info.plist files; UTF-16 or UTF-8). The readers are our own, so
+// that every list is read within the same bounds (PlistBudget) in time that grows with its size; libplist writes.
 
 #include <QByteArray>
 #include <QString>
@@ -18,15 +19,16 @@ struct ReadResult
     bool exists = true;                    // false: nothing at the path (or a folder on the way is missing)
 };
 
-// An XML or binary property list whose root is a dictionary.
+// A property list whose root is a dictionary.
 ReadResult readDictionaryFile(const QString &path);
-// A .strings file: old-style text ("key" = "value";), or an XML or binary property list.
+// The same for a .strings file, where an empty file is an empty dictionary.
 ReadResult readStringsFile(const QString &path);
 
 std::optional<QVariantMap> parseDictionary(const QByteArray &bytes, QString *problem = nullptr);
 std::optional<QVariantMap> parseStrings(const QByteArray &bytes, QString *problem = nullptr);
 
-// Property-list values become QString, qint64, double, bool, QDateTime (UTC), QByteArray, QVariantList, QVariantMap.
+// Property-list values become QString, qint64 (PlistWideInteger when it does not fit), double, bool, QDateTime
+// (UTC), QByteArray, QVariantList, QVariantMap; an empty text value is an empty, not a null, QString.
 QByteArray toXml(const QVariantMap &dictionary);
 QByteArray toBinary(const QVariantMap &dictionary);
 

@@ -1,6 +1,7 @@
 // Reading the installed facts of a record from its bundle on disk.
 
 #include "model/BundleReader.h"
+#include "model/PlistWideInteger.h"
 #include "model/StringUtils.h"
 #include "model/VLApp.h"
 #include "model/VersionRules.h"
@@ -14,7 +15,8 @@ namespace {
 const QString &kDash = RecordText::unknown;
 
 // A property-list value as text. Strings and numbers have a text form; anything else (an array where a
-// version should be) is a broken bundle, reported through failure.
+// version should be), a negative number or text holding a NUL is a broken bundle, reported through failure. An
+// integer too wide for 64 bits keeps the digits it was written with.
 QString textOf(const std::optional<QVariantMap> &dict, const QString &key, QString *failure)
 {
     if (!dict) {
@@ -24,18 +26,29 @@ QString textOf(const std::optional<QVariantMap> &dict, const QString &key, QStri
     if (it == dict->cend()) {
         return {};
     }
-    switch (it->typeId()) {
-    case QMetaType::QString:
-        return it->toString();
-    case QMetaType::Bool:
-        return it->toBool() ? QStringLiteral("1") : QStringLiteral("0");
-    case QMetaType::LongLong:
-    case QMetaType::Double:
-        return it->toString();
-    default:
-        *failure = QStringLiteral("%1 is a %2, not text").arg(key, QString::fromLatin1(it->typeName()));
+    const QVariant &value = *it;
+    if (value.typeId() == QMetaType::Bool) {
+        return value.toBool() ? QStringLiteral("1") : QStringLiteral("0");
+    }
+    const bool isText = value.typeId() == QMetaType::QString;
+    QString text;
+    if (isText || value.typeId() == QMetaType::LongLong || value.typeId() == QMetaType::Double) {
+        text = value.toString();
+    } else if (value.typeId() == qMetaTypeId<PlistWideInteger>()) {
+        text = value.value<PlistWideInteger>().digits;
+    } else {
+        *failure = QStringLiteral("%1 is a %2, not text").arg(key, QString::fromLatin1(value.typeName()));
         return {};
     }
+    if (!isText && text.startsWith(QLatin1Char('-'))) {
+        *failure = QStringLiteral("%1 is a negative number, not a version").arg(key);
+        return {};
+    }
+    if (text.contains(QChar(0))) {
+        *failure = QStringLiteral("%1 holds a NUL character").arg(key);
+        return {};
+    }
+    return text;
 }
 
 // One malformed version text seen in the wild carries "0xED"; drop it so the version compares.

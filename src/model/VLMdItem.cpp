@@ -2,16 +2,13 @@
 
 #include "model/BundleReader.h"
 #include "model/PathNames.h"
-
-#include <QFile>
-
-#include <sys/stat.h>
+#include "platform/FileStatus.h"
 
 namespace {
 
-std::optional<QDateTime> statTime(const struct timespec &ts)
+QDateTime dateOf(qint64 nsecs)
 {
-    return QDateTime::fromMSecsSinceEpoch(qint64(ts.tv_sec) * 1000 + ts.tv_nsec / 1000000, Qt::UTC);
+    return QDateTime::fromMSecsSinceEpoch(nsecs / 1000000, Qt::UTC);
 }
 
 // The last use of a bundle is the last read of its main executable, when that came after the executable last changed.
@@ -23,26 +20,19 @@ std::optional<QDateTime> executableLastUse(BundleReader &bundle)
     if (executable.isEmpty() || executable.contains(QLatin1Char('/'))) {
         return std::nullopt;
     }
-    struct stat info = {};
-    const QByteArray path = QFile::encodeName(bundle.path() + QStringLiteral("/Contents/MacOS/") + executable);
-    if (stat(path.constData(), &info) != 0) {
+    const FileStatus status = FileStatus::of(bundle.path() + QStringLiteral("/Contents/MacOS/") + executable);
+    if (!status.reached() || status.accessedNsecs <= status.modifiedNsecs) {
         return std::nullopt;
     }
-    const bool readAfterChange =
-        info.st_atim.tv_sec > info.st_mtim.tv_sec ||
-        (info.st_atim.tv_sec == info.st_mtim.tv_sec && info.st_atim.tv_nsec > info.st_mtim.tv_nsec);
-    return readAfterChange ? statTime(info.st_atim) : std::nullopt;
+    return dateOf(status.accessedNsecs);
 }
 
 } // namespace
 
 std::optional<QDateTime> VLMdItem::modificationDate(const QString &path)
 {
-    struct stat info = {};
-    if (stat(QFile::encodeName(path).constData(), &info) != 0) {
-        return std::nullopt;
-    }
-    return statTime(info.st_mtim);
+    const FileStatus status = FileStatus::of(path);
+    return status.reached() ? std::optional<QDateTime>(dateOf(status.modifiedNsecs)) : std::nullopt;
 }
 
 VLMdItem VLMdItem::fromPath(const QString &path)
@@ -65,10 +55,10 @@ VLMdItem VLMdItem::fromBundle(BundleReader &bundle)
     item.displayName = stringByDeletingPathExtension(fsName);
     item.kind = pathExtension(fsName);
     // A bundle reported through a link changes when its target does.
-    struct stat info = {};
-    if (stat(QFile::encodeName(path).constData(), &info) == 0) {
-        item.contentModificationDate = statTime(info.st_mtim);
-        item.size = qint64(info.st_size);
+    const FileStatus status = FileStatus::of(path);
+    if (status.reached()) {
+        item.contentModificationDate = dateOf(status.modifiedNsecs);
+        item.size = status.size;
     }
     item.lastUsedDate = executableLastUse(bundle);
     return item;

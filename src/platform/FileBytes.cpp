@@ -1,6 +1,6 @@
 #include "platform/FileBytes.h"
 
-#include <QFile>
+#include "platform/NativePath.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -28,7 +28,7 @@ Result failed(Failure failure, int error = 0, const FileStamp &stamp = {})
 
 Result read(const QString &path, qint64 limit)
 {
-    const int fd = open(QFile::encodeName(path).constData(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
+    const int fd = open(NativePath::encode(path).constData(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK);
     if (fd < 0) {
         return errno == ENOENT || errno == ENOTDIR ? failed(Failure::Missing) : failed(Failure::Unreadable, errno);
     }

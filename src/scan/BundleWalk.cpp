@@ -1,55 +1,35 @@
 #include "scan/BundleWalk.h"
 
+#include "platform/FolderReader.h"
 #include "platform/Log.h"
 
+#include <QByteArrayView>
 #include <QFile>
 #include <QHash>
 
 #include <algorithm>
-#include <cstring>
 #include <vector>
-
-#include <dirent.h>
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 namespace {
 
-struct FileId
-{
-    dev_t device;
-    ino_t inode;
-    bool operator==(const FileId &other) const { return device == other.device && inode == other.inode; }
-};
-
-size_t qHash(const FileId &id, size_t seed = 0)
-{
-    return qHashMulti(seed, quint64(id.device), quint64(id.inode));
-}
-
 const char *const kFolderExtensions[] = {"app", "prefPane", "saver", "webplugin", "plugin", "wdgt"};
 
-bool isReported(const char *name, size_t length, bool isFolder)
+bool isReported(QByteArrayView name, bool isFolder)
 {
-    const char *dot = static_cast<const char *>(memrchr(name, '.', length));
-    if (isFolder && length == 21 && std::memcmp(name, "Safari Cookies.bundle", 21) == 0) {
+    if (isFolder && name == "Safari Cookies.bundle") {
         return true;
     }
-    if (!dot || dot == name) {
+    const qsizetype dot = name.lastIndexOf('.');
+    if (dot <= 0) {
         return false;
     }
-    const char *extension = dot + 1;
-    const size_t extensionLength = length - size_t(extension - name);
+    const QByteArrayView extension = name.sliced(dot + 1);
     if (!isFolder) {
-        return extensionLength == 3 && qstrnicmp(extension, "qtz", 3) == 0;
+        return extension.compare("qtz", Qt::CaseInsensitive) == 0;
     }
-    for (const char *candidate : kFolderExtensions) {
-        if (std::strlen(candidate) == extensionLength && qstrnicmp(extension, candidate, extensionLength) == 0) {
-            return true;
-        }
-    }
-    return false;
+    return std::any_of(std::begin(kFolderExtensions), std::end(kFolderExtensions), [&extension](const char *candidate) {
+        return extension.compare(candidate, Qt::CaseInsensitive) == 0;
+    });
 }
 
 // A folder or bundle, and whether its path goes through a link below the scope.
@@ -94,85 +74,50 @@ public:
 private:
     bool cancelled() const { return m_cancel && m_cancel->load(std::memory_order_relaxed); }
 
-    // Reports the bundles in folder and returns the folders to walk next.
+    // Reports the bundles in folder and returns the folders to walk next. What cannot be reached is passed over
+    // with a log line, but for a folder that is not there at all (a scope may be missing).
     std::vector<Entry> readFolder(const Entry &folder)
     {
         std::vector<Entry> subfolders;
-        const int fd = open(folder.path.constData(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (fd < 0) {
-            return subfolders;
-        }
-        struct stat info = {};
-        if (fstat(fd, &info) != 0) {
-            close(fd);
+        FolderReader reader(folder.path);
+        if (!reader.failure().isEmpty()) {
+            if (!reader.missing()) {
+                vlLog(QStringLiteral("skipping %1: %2").arg(QFile::decodeName(folder.path), reader.failure()));
+            }
             return subfolders;
         }
         // A folder first reached through a link is walked once more when reached without one, so that what it holds
         // is known by where it lies; a link loop still ends, as every folder is walked at most twice.
-        const auto visited = m_visited.constFind({info.st_dev, info.st_ino});
+        const auto visited = m_visited.constFind(reader.identity());
         if (visited != m_visited.cend() && (folder.throughLink || !*visited)) {
-            close(fd);
             return subfolders;
         }
-        m_visited.insert({info.st_dev, info.st_ino}, folder.throughLink);
-        DIR *dir = fdopendir(fd);
-        if (!dir) {
-            close(fd);
-            return subfolders;
-        }
-        std::vector<std::pair<QByteArray, unsigned char>> entries;
-        while (const dirent *entry = readdir(dir)) {
-            const char *name = entry->d_name;
-            if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0'))) {
+        m_visited.insert(reader.identity(), folder.throughLink);
+        const QByteArray prefix = folder.path.endsWith('/') ? folder.path : folder.path + '/';
+        for (const FolderReader::Entry &entry : reader.entries()) {
+            const bool isFolder = entry.kind == FolderReader::Kind::Folder;
+            if (!isFolder && entry.kind != FolderReader::Kind::File) {
                 continue;
             }
-            entries.emplace_back(QByteArray(name), entry->d_type);
-        }
-        std::sort(entries.begin(), entries.end());
-        const int folderFd = dirfd(dir);
-        for (const auto &[name, type] : entries) {
-            bool isFolder = type == DT_DIR;
-            bool isFile = type == DT_REG;
-            bool isLink = type == DT_LNK;
-            struct stat target = {};
-            bool haveTarget = false;
-            if (type == DT_UNKNOWN) {
-                if (fstatat(folderFd, name.constData(), &target, AT_SYMLINK_NOFOLLOW) != 0) {
-                    continue;
+            const Entry found{prefix + entry.name, folder.throughLink || entry.isLink};
+            if (!isReported(entry.name, isFolder)) {
+                if (isFolder) {
+                    subfolders.push_back(found);
                 }
-                isLink = S_ISLNK(target.st_mode);
-                haveTarget = !isLink;
-            }
-            if (isLink && fstatat(folderFd, name.constData(), &target, 0) != 0) {
-                continue; // a dangling link
-            }
-            if (isLink || haveTarget) {
-                haveTarget = true;
-                isFolder = S_ISDIR(target.st_mode);
-                isFile = S_ISREG(target.st_mode);
-            }
-            if (!isFolder && !isFile) {
                 continue;
             }
-            const QByteArray path =
-                folder.path.endsWith('/') ? QByteArray(folder.path + name) : QByteArray(folder.path + '/' + name);
-            const bool throughLink = folder.throughLink || isLink;
-            if (isReported(name.constData(), size_t(name.size()), isFolder)) {
-                if (!haveTarget && fstatat(folderFd, name.constData(), &target, 0) != 0) {
-                    continue;
-                }
-                report({target.st_dev, target.st_ino}, {path, throughLink});
-            } else if (isFolder) {
-                subfolders.push_back({path, throughLink});
+            if (found.path.size() > FolderReader::longestPath()) {
+                vlLog(QStringLiteral("skipping %1: its path is too long").arg(QFile::decodeName(found.path)));
+            } else if (const std::optional<FileIdentity> id = reader.identityOf(entry.name)) {
+                report(*id, found); // else it has just gone
             }
         }
-        closedir(dir);
         return subfolders;
     }
 
     // One bundle is reported once; the index knows it by where it lies, so a path without links replaces one
     // through a link.
-    void report(const FileId &id, Entry hit)
+    void report(const FileIdentity &id, Entry hit)
     {
         const auto known = m_reported.find(id);
         if (known == m_reported.end()) {
@@ -187,8 +132,8 @@ private:
     }
 
     const std::atomic<bool> *m_cancel;
-    QHash<FileId, bool> m_visited;    // walked only through a link so far
-    QHash<FileId, size_t> m_reported; // index into m_hits
+    QHash<FileIdentity, bool> m_visited;    // walked only through a link so far
+    QHash<FileIdentity, size_t> m_reported; // index into m_hits
     std::vector<Entry> m_hits;
 };
 
@@ -198,8 +143,7 @@ namespace BundleWalk {
 
 bool isReportedBundle(const QString &fileName, bool isFolder)
 {
-    const QByteArray name = QFile::encodeName(fileName);
-    return isReported(name.constData(), size_t(name.size()), isFolder);
+    return isReported(QFile::encodeName(fileName), isFolder);
 }
 
 QStringList findBundles(const QStringList &scopes, const std::atomic<bool> *cancel)

@@ -1,5 +1,6 @@
 // Reading the installed version from bundles built on disk, through every reader and override code.
 
+#include "model/PlistBudget.h"
 #include "model/VLApp.h"
 #include "model/VLMdItem.h"
 #include "support/PlistFiles.h"
@@ -152,6 +153,73 @@ private slots:
         }
         app.getLocalVersionTakingIntoAccountVersionOverride();
         QCOMPARE(app.localVersion, expected);
+    }
+
+    // Lists written by hand, in forms and with values no writer of ours makes.
+    void listsAsWritten_data()
+    {
+        QTest::addColumn<QByteArray>("info");    // Contents/Info.plist
+        QTest::addColumn<QByteArray>("strings"); // InfoPlist.strings (absent when null)
+        QTest::addColumn<QString>("expected");
+        QTest::addColumn<QString>("logged"); // what the "exception 2 checking" line says, "" when nothing is logged
+
+        const auto xml = [](const QByteArray &value) -> QByteArray {
+            return "<plist><dict><key>CFBundleVersion</key>" + value + "</dict></plist>";
+        };
+        PlistFiles::BinaryPlist wide;
+        wide.dict({wide.string("CFBundleVersion")}, {wide.integer128(quint64(1) << 36, 0)}); // 2^100
+        PlistFiles::BinaryPlist nul;
+        nul.dict({nul.string("CFBundleVersion")}, {nul.string(QByteArray("1.0\0009", 5))});
+        const QByteArray copyright =
+            "<plist><dict><key>CFBundleShortVersionString</key><string>2.0 \xA9 2011 Foo</string>"
+            "</dict></plist>";
+
+        QTest::newRow("integer past 64 bits keeps its digits")
+            << xml("<integer>99999999999999999999999999999999</integer>") << QByteArray()
+            << "99999999999999999999999999999999"
+            << "";
+        QTest::newRow("128-bit integer keeps its digits")
+            << wide.bytes() << QByteArray() << "1267650600228229401496703205376"
+            << "";
+        QTest::newRow("negative integer") << xml("<integer>-5</integer>") << QByteArray() << "-"
+                                          << "CFBundleVersion is a negative number, not a version";
+        QTest::newRow("text holding NUL") << nul.bytes() << QByteArray() << "-"
+                                          << "CFBundleVersion holds a NUL character";
+        QTest::newRow("old-style Info.plist")
+            << QByteArray("{ CFBundleShortVersionString = \"2.0\"; }") << QByteArray() << "2.0"
+            << "";
+        QTest::newRow("ISO-8859-1 copyright sign cuts")
+            << "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" + copyright << QByteArray() << "2.0"
+            << "";
+        QTest::newRow("macintosh copyright sign cuts")
+            << "<?xml version=\"1.0\" encoding=\"macintosh\"?>" + copyright << QByteArray() << "2.0"
+            << "";
+        QTest::newRow("empty old-style strings value replaces the version")
+            << xml("<string>1.0</string>") << QByteArray("\"CFBundleShortVersionString\" = \"\";") << ""
+            << "";
+        QTest::newRow("list past a bound is passed over")
+            << PlistFiles::hostileLists().constLast().bytes << QByteArray() << "-" << PlistBudget::tooManyObjects();
+    }
+
+    void listsAsWritten()
+    {
+        QFETCH(QByteArray, info);
+        QFETCH(QByteArray, strings);
+        QFETCH(QString, expected);
+        QFETCH(QString, logged);
+        const QString path = freshBundlePath();
+        PlistFiles::writeFile(path + QStringLiteral("/Contents/Info.plist"), info);
+        if (!strings.isNull()) {
+            PlistFiles::writeFile(path + QStringLiteral("/Contents/Resources/English.lproj/InfoPlist.strings"),
+                                  strings);
+        }
+        if (!logged.isEmpty()) {
+            QTest::ignoreMessage(
+                QtInfoMsg,
+                QRegularExpression(
+                    QStringLiteral("^exception 2 checking %1 .*%2$").arg(QRegularExpression::escape(path), logged)));
+        }
+        QCOMPARE(VLApp::initWithBundleAt(path).localVersion, expected);
     }
 
     void recordFromBundle_data()

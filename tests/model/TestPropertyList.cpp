@@ -1,7 +1,9 @@
 // Property lists in the forms bundles ship: XML, binary, and old-style .strings text in several encodings.
 
 #include "model/OldStylePlistParser.h"
+#include "model/PlistBudget.h"
 #include "model/PropertyList.h"
+#include "support/PlistFiles.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -34,6 +36,8 @@ private slots:
                                      << "k" << QVariant(QVariantList{QStringLiteral("a"), QStringLiteral("b c")});
         QTest::newRow("lone key stands for itself") << "\"k\";"
                                                     << "k" << QVariant(QStringLiteral("k"));
+        QTest::newRow("data value") << "k = <0aFF 10>;"
+                                    << "k" << QVariant(QByteArray("\x0a\xff\x10"));
     }
 
     void oldStyleText()
@@ -41,57 +45,77 @@ private slots:
         QFETCH(QString, text);
         QFETCH(QString, key);
         QFETCH(QVariant, expected);
-        const auto dict = parseOldStylePlist(text.toUtf8());
+        const auto dict = parseOldStylePlist(text);
         QVERIFY(dict);
         QCOMPARE(dict->value(key), expected);
     }
 
     void malformedOldStyleText_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::newRow("missing semicolon") << QByteArray("k = \"v\"");
-        QTest::newRow("unterminated string") << QByteArray("k = \"v;");
-        QTest::newRow("missing closing brace") << QByteArray("{ k = v;");
-        QTest::newRow("bad escape") << QByteArray("k = \"\\Uzz\";");
-        QTest::newRow("stray equals") << QByteArray("= v;");
-        QTest::newRow("deep nesting") << QByteArray(200, '(');
+        QTest::addColumn<QString>("text");
+        QTest::newRow("missing semicolon") << "k = \"v\"";
+        QTest::newRow("unterminated string") << "k = \"v;";
+        QTest::newRow("missing closing brace") << "{ k = v;";
+        QTest::newRow("bad escape") << "k = \"\\Uzz\";";
+        QTest::newRow("stray equals") << "= v;";
+        QTest::newRow("odd data") << "k = <0a0>;";
     }
 
     void malformedOldStyleText()
     {
-        QFETCH(QByteArray, bytes);
+        QFETCH(QString, text);
         QString problem;
-        QVERIFY(!parseOldStylePlist(bytes, &problem));
+        QVERIFY(!parseOldStylePlist(text, &problem));
         QVERIFY(!problem.isEmpty());
     }
 
+    // Every form the platform's reader takes is a dictionary here too, with its text decoded as declared.
     void encodings_data()
     {
         QTest::addColumn<QByteArray>("bytes");
+        QTest::addColumn<QString>("expected");
         const QString value = QChar(0x65E5) + QStringLiteral("1.0");
         const QString text = QStringLiteral("k = \"") + value + QStringLiteral("\";");
-        QTest::newRow("utf-16le with mark")
-            << QByteArray("\xFF\xFE") + QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(text));
-        QTest::newRow("utf-16be with mark")
-            << QByteArray("\xFE\xFF") + QByteArray(QStringEncoder(QStringEncoder::Utf16BE)(text));
-        QTest::newRow("utf-16le without mark") << QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(text));
-        QTest::newRow("utf-8 with mark") << QByteArray("\xEF\xBB\xBF") + text.toUtf8();
-        QTest::newRow("utf-8") << text.toUtf8();
-        QTest::newRow("utf-16 xml") << QByteArray("\xFF\xFE") +
-                                           QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(
-                                               QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-16\"?><plist><dict>"
-                                                              "<key>k</key><string>") +
-                                               value + QStringLiteral("</string></dict></plist>")));
-        QTest::newRow("binary plist") << PropertyList::toBinary(
-            {{QStringLiteral("k"), QString(QChar(0x65E5) + QStringLiteral("1.0"))}});
+        const QString xml =
+            QStringLiteral("<plist><dict><key>k</key><string>") + value + QStringLiteral("</string></dict></plist>");
+        const auto utf16 = [](QStringConverter::Encoding encoding, const QString &text) {
+            return QByteArray(QStringEncoder(encoding, QStringConverter::Flag::WriteBom)(text));
+        };
+        QTest::newRow("utf-16le with mark") << utf16(QStringConverter::Utf16LE, text) << value;
+        QTest::newRow("utf-16be with mark") << utf16(QStringConverter::Utf16BE, text) << value;
+        QTest::newRow("utf-16le without mark") << QByteArray(QStringEncoder(QStringEncoder::Utf16LE)(text)) << value;
+        QTest::newRow("utf-8 with mark") << QByteArray("\xEF\xBB\xBF") + text.toUtf8() << value;
+        QTest::newRow("utf-8") << text.toUtf8() << value;
+        QTest::newRow("old-style braced dictionary") << "{ " + text.toUtf8() + " }" << value;
+        QTest::newRow("utf-16 xml") << utf16(QStringConverter::Utf16LE,
+                                             QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-16\"?>") + xml)
+                                    << value;
+        QTest::newRow("binary plist") << PropertyList::toBinary({{QStringLiteral("k"), value}}) << value;
+        QTest::newRow("xml with utf-8 mark")
+            << "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>" + xml.toUtf8() << value;
+        QTest::newRow("xml after a comment") << "<!-- made by hand -->\n" + xml.toUtf8() << value;
+        QTest::newRow("xml declaration after white space and a comment")
+            << "\n <!-- c --><?xml version=\"1.0\" encoding=\"UTF-8\"?>" + xml.toUtf8() << value;
+        QTest::newRow("xml references and character data")
+            << QByteArray("<plist><dict><key>k</key><string>&lt;&#xA9;&#233;&amp;<![CDATA[<b>&amp;]]><!-- c --></string>"
+                          "</dict></plist>")
+            << QStringLiteral("<\u00A9\u00E9&<b>&amp;");
+        const QByteArray copyright = "<plist><dict><key>k</key><string>\xA9 2.0</string></dict></plist>";
+        QTest::newRow("xml in ISO-8859-1")
+            << "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" + copyright << QStringLiteral("\u00A9 2.0");
+        QTest::newRow("xml in macintosh")
+            << "<?xml version=\"1.0\" encoding=\"macintosh\"?>" + QByteArray(copyright).replace("\xA9", "\xA9\x8E")
+            << QStringLiteral("\u00A9\u00E9 2.0");
     }
 
     void encodings()
     {
         QFETCH(QByteArray, bytes);
-        const auto dict = PropertyList::parseStrings(bytes);
-        QVERIFY(dict);
-        QCOMPARE(dict->value(QStringLiteral("k")).toString(), QString(QChar(0x65E5) + QStringLiteral("1.0")));
+        QFETCH(QString, expected);
+        QString problem;
+        const auto dict = PropertyList::parseDictionary(bytes, &problem);
+        QVERIFY2(dict, qPrintable(problem));
+        QCOMPARE(dict->value(QStringLiteral("k")).toString(), expected);
     }
 
     void xmlAndBinaryRoundTrip()
@@ -118,6 +142,13 @@ private slots:
         QTest::newRow("truncated binary")
             << PropertyList::toBinary({{QStringLiteral("k"), QStringLiteral("v")}}).left(20);
         QTest::newRow("array root") << QByteArray("<?xml version=\"1.0\"?><plist version=\"1.0\"><array/></plist>");
+        QTest::newRow("entity declared") << QByteArray("<!DOCTYPE plist [<!ENTITY v \"1.0\">]><plist><dict><key>k</key>"
+                                                       "<string>&v;</string></dict></plist>");
+        QTest::newRow("undeclared entity") << QByteArray("<!DOCTYPE plist SYSTEM \"x.dtd\"><plist><dict><key>k</key>"
+                                                         "<string>&v;</string></dict></plist>");
+        PlistFiles::BinaryPlist loop; // a dictionary whose value is the dictionary itself
+        loop.dict({loop.string("k")}, {1});
+        QTest::newRow("binary loop") << loop.bytes();
     }
 
     void rejectedDictionaries()
@@ -128,8 +159,9 @@ private slots:
         QVERIFY(!problem.isEmpty());
     }
 
-    // Lists nested deeper than any real one are refused before parsing: a deep enough one would exhaust the stack.
-    void nesting_data()
+    // Lists past a bound are refused, not parsed to the end: depth (the readers recurse once per level) and objects
+    // (a shared binary object counts once for each place that refers to it).
+    void bounds_data()
     {
         // A dictionary holding `arrays` arrays, one inside the other: arrays + 1 levels in all.
         const auto nested = [](int arrays) {
@@ -140,24 +172,29 @@ private slots:
             return QVariantMap{{QStringLiteral("k"), value}};
         };
         QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<bool>("accepted");
-        QTest::newRow("xml at the limit") << PropertyList::toXml(nested(511)) << true;
-        QTest::newRow("xml past the limit") << PropertyList::toXml(nested(512)) << false;
-        QTest::newRow("binary at the limit") << PropertyList::toBinary(nested(511)) << true;
-        QTest::newRow("binary past the limit") << PropertyList::toBinary(nested(512)) << false;
+        QTest::addColumn<QString>("problem"); // "" when accepted
+        QTest::newRow("xml at the limit") << PropertyList::toXml(nested(511)) << "";
+        QTest::newRow("xml past the limit") << PropertyList::toXml(nested(512)) << PlistBudget::tooDeep();
+        QTest::newRow("binary at the limit") << PropertyList::toBinary(nested(511)) << "";
+        QTest::newRow("binary past the limit") << PropertyList::toBinary(nested(512)) << PlistBudget::tooDeep();
+        QTest::newRow("old-style past the limit") << "k = " + QByteArray(512, '(') + QByteArray(512, ')') + ";"
+                                                  << PlistBudget::tooDeep() + QStringLiteral(" at character 515");
         QTest::newRow("tags inside a comment")
             << "<?xml version=\"1.0\"?><plist><dict><!--" + QByteArray("<array>").repeated(600) +
                    "--><key>k</key><array/></dict></plist>"
-            << true;
+            << "";
+        for (const PlistFiles::HostileList &list : PlistFiles::hostileLists()) {
+            QTest::newRow(list.name) << list.bytes << list.problem;
+        }
     }
 
-    void nesting()
+    void bounds()
     {
         QFETCH(QByteArray, bytes);
-        QFETCH(bool, accepted);
-        QString problem;
-        QCOMPARE(PropertyList::parseDictionary(bytes, &problem).has_value(), accepted);
-        QCOMPARE(problem == QLatin1String("property list nested too deeply"), !accepted);
+        QFETCH(QString, problem);
+        QString why;
+        QCOMPARE(PropertyList::parseDictionary(bytes, &why).has_value(), problem.isEmpty());
+        QCOMPARE(why, problem);
     }
 
     // What a bundle may hold where its property list belongs: none of it may hang the scan or fill the memory.

@@ -5,11 +5,13 @@
 #include "platform/VLNotificationCenter.h"
 #include "platform/VLSettings.h"
 #include "support/BundleTree.h"
+#include "support/PlistFiles.h"
 
 #include <QDir>
 #include <QSignalSpy>
 #include <QTemporaryDir>
 
+#include <fcntl.h>
 #include <linux/capability.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
@@ -96,8 +98,9 @@ private slots:
     void reportedKinds();
     void scopesInOrderAndSorted();
     void nestedBundlesAndLinks();
-    void unreadableFolder();
+    void passedOverWithALogLine();
     void recordsAndBlacklist();
+    void hostileListsPassedOver();
     void notifications();
     void manyBundlesOnAllCores();
 
@@ -216,6 +219,8 @@ void TestVLAppScanner::nestedBundlesAndLinks()
     tree.addSymlink(QStringLiteral("Linked"), m_dir->path() + QStringLiteral("/elsewhere"));
     const QByteArray latin1Name = QFile::encodeName(tree.root()) + QByteArray("/Latin1 \xe9t\xe9.app");
     QCOMPARE(mkdir(latin1Name.constData(), 0755), 0); // not UTF-8: passed over
+    QTest::ignoreMessage(QtInfoMsg,
+                         QRegularExpression(QStringLiteral("^skipping .*/Latin1 .*: its name is not valid UTF-8$")));
 
     const QStringList found = BundleWalk::findBundles(
         {tree.root(), tree.root() + QStringLiteral("/Suite"), m_dir->path() + QStringLiteral("/elsewhere")});
@@ -226,13 +231,25 @@ void TestVLAppScanner::nestedBundlesAndLinks()
                                  tree.path(QStringLiteral("Outer.app")), tree.path(QStringLiteral("Suite/Tool.app"))}));
 }
 
-void TestVLAppScanner::unreadableFolder()
+void TestVLAppScanner::passedOverWithALogLine()
 {
     BundleTree tree(m_volume + QStringLiteral("/Applications"));
     tree.addBundle(QStringLiteral("Open.app"));
     const QString locked = tree.addFolder(QStringLiteral("Locked"));
     tree.addBundle(QStringLiteral("Locked/Secret.app"));
     QFile::setPermissions(locked, QFileDevice::Permissions());
+    // A bundle whose path is longer than the system opens, in a folder whose path is not.
+    QString deep = tree.addFolder(QString(200, QLatin1Char('d')));
+    while (deep.size() < 3890) {
+        deep = tree.addFolder(deep.mid(tree.root().size() + 1) + QLatin1Char('/') + QString(200, QLatin1Char('d')));
+    }
+    const QByteArray tooLong = QByteArray(4100 - deep.size(), 'x') + ".app";
+    const int deepFd = open(QFile::encodeName(deep).constData(), O_RDONLY | O_DIRECTORY);
+    QCOMPARE(mkdirat(deepFd, tooLong.constData(), 0755), 0);
+    QTest::ignoreMessage(QtInfoMsg, qPrintable(QStringLiteral("skipping %1: Permission denied").arg(locked)));
+    QTest::ignoreMessage(
+        QtInfoMsg,
+        qPrintable(QStringLiteral("skipping %1/%2: its path is too long").arg(deep, QString::fromLatin1(tooLong))));
     QStringList found;
     {
         ObeyFolderPermissions obey;
@@ -240,6 +257,8 @@ void TestVLAppScanner::unreadableFolder()
         found = BundleWalk::findBundles({tree.root()});
     }
     QFile::setPermissions(locked, QFileDevice::ReadOwner | QFileDevice::WriteOwner | QFileDevice::ExeOwner);
+    unlinkat(deepFd, tooLong.constData(), AT_REMOVEDIR); // Qt could not remove it with the tree
+    close(deepFd);
     QCOMPARE(found, QStringList{tree.path(QStringLiteral("Open.app"))});
 }
 
@@ -266,6 +285,26 @@ void TestVLAppScanner::recordsAndBlacklist()
     QCOMPARE(editor.bundleID, QStringLiteral("com.example.editor"));
     QCOMPARE(editor.localVersion, QStringLiteral("2.5.1"));
     QCOMPARE(editor.vlVersion, QStringLiteral("-"));
+}
+
+void TestVLAppScanner::hostileListsPassedOver()
+{
+    // Lists a naive reader would crash on, or take hours and gigabytes over: each bundle is read without them, and
+    // the scan goes on with the next.
+    BundleTree tree(m_volume + QStringLiteral("/Applications"));
+    QStringList expected = {tree.addBundle(QStringLiteral("Good.app"), PlistFiles::info({}, QStringLiteral("1.5")))};
+    for (const PlistFiles::HostileList &list : PlistFiles::hostileLists()) {
+        const QString bundle = tree.path(QStringLiteral("Hostile %1.app").arg(expected.size()));
+        tree.addFile(bundle.mid(tree.root().size() + 1) + QStringLiteral("/Contents/Info.plist"), list.bytes);
+        expected.append(bundle);
+    }
+    VLAppScanner scanner{VLBlacklist()};
+    const Posted posted = scanAndWait(scanner);
+    QVERIFY(posted.apps);
+    QCOMPARE(pathsOf(*posted.apps), expected);
+    for (const AppRef &app : *posted.apps) {
+        QCOMPARE(app->localVersion, app == posted.apps->first() ? QStringLiteral("1.5") : QStringLiteral("-"));
+    }
 }
 
 void TestVLAppScanner::notifications()
