@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # The main job on one machine: builds everything, starts velmora-service with its bundled sample catalogue,
-# installs the sample apps' old versions on a scratch "Mac volume", and has velmora-cli scan them
-# (with the service's blacklist) and check each installed version against the catalogue's.
+# installs the sample apps' old versions on a scratch "Mac volume", and has velmora-cli check them with the service
+# in one request: scan, match, keep the answers in the stored scan, list what is outdated.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
@@ -34,13 +34,9 @@ done
 
 echo "== Installed apps found by a scan of $volume"
 "$cli" scan
-echo "== The service's request log so far"
+echo "== A check with the service: the outdated apps (name, installed version, newest version)"
+"$cli" check
+echo "== The service's request log"
 cat "$work/service.log"
-echo "== Installed versions against the sample catalogue's, and the verdicts"
-for app in "$volume"/Applications/*.app; do
-    name=$(basename "$app" .app)
-    local_version=$("$cli" inspect --json "$app" | grep -oE '"localVersion": "[^"]*"' | cut -d'"' -f4)
-    remote=$(grep -A1 "\"name\": \"$name\"" "$root/service/sample/sample-catalogue.json" | grep -oE '"current_version": "[^"]*"' | cut -d'"' -f4)
-    printf '%-16s installed %-5s catalogue %-5s outdated: %s\n' "$name" "$local_version" "$remote" \
-        "$("$cli" version outdated "$local_version" "$remote")"
-done
+echo "== The stored scan after the check (name, installed, newest, path)"
+"$cli" list --installed
