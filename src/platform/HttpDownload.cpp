@@ -111,6 +111,7 @@ void HttpDownload::send(qint64 offset)
         m_reply.release()->deleteLater(); // a restart comes from within that reply's own signal
     }
     m_reply.reset(HttpSession::current().send(HttpSession::request(m_request.url, headers, true), "GET"));
+    m_reply->setReadBufferSize(HttpSession::kReadBufferBytes);
     connect(m_reply.get(), &QNetworkReply::readyRead, this, &HttpDownload::writeData);
     connect(m_reply.get(), &QNetworkReply::finished, this, &HttpDownload::replyFinished);
     m_idle.start();

@@ -24,6 +24,10 @@ public:
     HttpSession(const HttpSession &) = delete;
     HttpSession &operator=(const HttpSession &) = delete;
 
+    // What a reply may hold that its reader has not taken yet. Without a limit the network thread reads on while the
+    // reader is busy, and a fast host fills memory with what the reader will only refuse.
+    static constexpr qint64 kReadBufferBytes = 1024 * 1024;
+
     // The calling thread's session.
     static HttpSession &current();
 

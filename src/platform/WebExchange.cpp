@@ -35,6 +35,7 @@ void WebExchange::start()
     // The body cap counts the decoded bytes; Qt's own ratio check would also refuse a large list that compresses well.
     request.setDecompressedSafetyCheckThreshold(-1);
     m_reply.reset(HttpSession::current().send(request, m_request.method, m_request.body));
+    m_reply->setReadBufferSize(HttpSession::kReadBufferBytes);
     const auto moved = [this] { m_idle.start(); };
     connect(m_reply.get(), &QNetworkReply::readyRead, this, &WebExchange::readBody);
     connect(m_reply.get(), &QNetworkReply::uploadProgress, this, moved);
