@@ -1,17 +1,9 @@
 // The text helpers: each must keep absent (null) and empty ("") apart, and read only what it is meant to.
 
 #include "support/TestMain.h"
+#include "support/Utf8.h"
 
 #include "model/StringUtils.h"
-
-namespace {
-
-QString s(const char *text)
-{
-    return QString::fromUtf8(text);
-}
-
-} // namespace
 
 class TestStringUtils : public QObject
 {

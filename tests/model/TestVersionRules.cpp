@@ -1,4 +1,5 @@
 #include "support/TestMain.h"
+#include "support/Utf8.h"
 
 #include "model/VersionRules.h"
 
@@ -6,11 +7,6 @@ namespace {
 
 const QString forty = QStringLiteral("1234567890123456789012345678901234567890");
 const QString fortyPlusOne = QStringLiteral("1234567890123456789012345678901234567891");
-
-QString s(const char *text)
-{
-    return QString::fromUtf8(text);
-}
 
 } // namespace
 
