@@ -111,6 +111,23 @@ QJsonObject ServiceClient::automatch(const QByteArray &body)
     return reply.status == 200 ? QJsonDocument::fromJson(Replies::inflate(reply.body)).object() : QJsonObject();
 }
 
+QJsonObject ServiceClient::matchOne(const QByteArray &bundleId, const QByteArray &bundleName,
+                                    const QByteArray &displayName)
+{
+    return automatch("vld=6.0.4" + Requests::appFields(0, bundleName, "p0", displayName, "1.0", bundleId))
+        .value(QStringLiteral("0"))
+        .toObject();
+}
+
+QByteArray Requests::appFields(int index, const QByteArray &bundleName, const QByteArray &digest,
+                               const QByteArray &displayName, const QByteArray &version, const QByteArray &bundleId)
+{
+    const QByteArray i = QByteArray::number(index);
+    return "&app[" + i + "][t]=" + bundleName.toPercentEncoding() + "&app[" + i + "][p]=" + digest + "&app[" + i +
+           "][d]=" + displayName.toPercentEncoding() + "&app[" + i + "][v]=" + version + "&app[" + i +
+           "][b]=" + bundleId.toPercentEncoding() + "&app[" + i + "][m]=(null)";
+}
+
 namespace Replies {
 
 QByteArray inflate(const QByteArray &zlibStream)

@@ -39,11 +39,20 @@ public:
 
     // POSTs a matching request and returns the decompressed, parsed reply (empty on any failure).
     QJsonObject automatch(const QByteArray &body);
+    // Matches one app, sent as index 0, and returns the reply's record for it (empty when nothing matched).
+    QJsonObject matchOne(const QByteArray &bundleId, const QByteArray &bundleName = "x.app",
+                         const QByteArray &displayName = "x");
 
 private:
     quint16 m_port;
     httplib::Client m_client;
 };
+
+namespace Requests {
+// One app group of a matching request, encoded as the program encodes it.
+QByteArray appFields(int index, const QByteArray &bundleName, const QByteArray &digest, const QByteArray &displayName,
+                     const QByteArray &version, const QByteArray &bundleId);
+} // namespace Requests
 
 namespace Replies {
 QByteArray inflate(const QByteArray &zlibStream);

@@ -8,16 +8,6 @@
 
 namespace {
 
-// One app group of a matching request, encoded as the program encodes it.
-QByteArray appFields(int index, const QByteArray &bundleName, const QByteArray &digest, const QByteArray &displayName,
-                     const QByteArray &version, const QByteArray &bundleId)
-{
-    const QByteArray i = QByteArray::number(index);
-    return "&app[" + i + "][t]=" + bundleName.toPercentEncoding() + "&app[" + i + "][p]=" + digest + "&app[" + i +
-           "][d]=" + displayName.toPercentEncoding() + "&app[" + i + "][v]=" + version + "&app[" + i +
-           "][b]=" + bundleId.toPercentEncoding() + "&app[" + i + "][m]=(null)";
-}
-
 const QByteArray head = "vld=6.0.4&c=C02TEST&p=0&mid=0&uuid=5F0B6C1E-0000-4000-8000-000000000001&type=manual";
 
 } // namespace
@@ -40,11 +30,12 @@ private slots:
     void automatchReplyShape()
     {
         // Index 0 is skipped, as when the first app of a scan is not installed; index 2 matches nothing.
-        const QByteArray body = head +
-                                appFields(1, "Velmora Notes.app", "0123456789abcdef0123456789abcdef", "Velmora Notes",
-                                          "1.0 (12)+b", "com.velmora.sample.notes") +
-                                appFields(2, "Unknown.app", "ffff", "Unknown", "3", "org.example.unknown") +
-                                appFields(5, "Reader.app", "abab", "Reader", "1.0", "com.velmora.sample.reader");
+        const QByteArray body =
+            head +
+            Requests::appFields(1, "Velmora Notes.app", "0123456789abcdef0123456789abcdef", "Velmora Notes",
+                                "1.0 (12)+b", "com.velmora.sample.notes") +
+            Requests::appFields(2, "Unknown.app", "ffff", "Unknown", "3", "org.example.unknown") +
+            Requests::appFields(5, "Reader.app", "abab", "Reader", "1.0", "com.velmora.sample.reader");
         const QJsonObject reply = m_client->automatch(body);
         QCOMPARE(reply.keys(), (QStringList{QStringLiteral("1"), QStringLiteral("5")}));
         const QJsonObject notes = reply.value(QStringLiteral("1")).toObject();
@@ -96,9 +87,7 @@ private slots:
         QFETCH(QByteArray, bundleName);
         QFETCH(QByteArray, displayName);
         QFETCH(QString, expected);
-        const QJsonObject reply =
-            m_client->automatch(head + appFields(7, bundleName, "aa", displayName, "1", bundleId));
-        QCOMPARE(reply.value(QStringLiteral("7")).toObject().value(QStringLiteral("m")).toString(), expected);
+        QCOMPARE(m_client->matchOne(bundleId, bundleName, displayName).value(QStringLiteral("m")).toString(), expected);
     }
 
     void appInfo()

@@ -13,14 +13,6 @@ namespace {
 
 const QString realCatalogue = QStringLiteral(VELMORA_REAL_CATALOGUE);
 
-QByteArray oneApp(int index, const QByteArray &bundleName, const QByteArray &displayName, const QByteArray &bundleId)
-{
-    const QByteArray i = QByteArray::number(index);
-    return "&app[" + i + "][t]=" + bundleName.toPercentEncoding() + "&app[" + i + "][p]=p" + i + "&app[" + i +
-           "][d]=" + displayName.toPercentEncoding() + "&app[" + i + "][v]=1.0&app[" + i +
-           "][b]=" + bundleId.toPercentEncoding() + "&app[" + i + "][m]=(null)";
-}
-
 } // namespace
 
 class TestServiceImport : public QObject
@@ -42,13 +34,11 @@ private slots:
 
     void importingAgainChangesNothing()
     {
-        const QJsonObject before =
-            m_client->automatch("vld=6.0.4" + oneApp(0, "iTerm.app", "iTerm", "com.googlecode.iterm2"));
+        const QJsonObject before = m_client->matchOne("com.googlecode.iterm2", "iTerm.app", "iTerm");
         QByteArray output;
         QCOMPARE(m_service.runCommand({QStringLiteral("import"), realCatalogue}, &output), 0);
         QVERIFY2(output.contains(": 0 added, 0 changed, 4979 unchanged"), output.constData());
-        const QJsonObject after =
-            m_client->automatch("vld=6.0.4" + oneApp(0, "iTerm.app", "iTerm", "com.googlecode.iterm2"));
+        const QJsonObject after = m_client->matchOne("com.googlecode.iterm2", "iTerm.app", "iTerm");
         QVERIFY(!before.isEmpty());
         QCOMPARE(after, before);
     }
@@ -80,9 +70,7 @@ private slots:
         QFETCH(QString, version);
         QFETCH(QString, minOs);
         QFETCH(QString, stability);
-        const QJsonObject record = m_client->automatch("vld=6.0.4" + oneApp(3, bundleName, displayName, bundleId))
-                                       .value(QStringLiteral("3"))
-                                       .toObject();
+        const QJsonObject record = m_client->matchOne(bundleId, bundleName, displayName);
         QCOMPARE(record.value(QStringLiteral("g")).toString(), name);
         QCOMPARE(record.value(QStringLiteral("j")).toString(), version);
         QCOMPARE(record.value(QStringLiteral("l")).toString(), minOs);
@@ -102,8 +90,10 @@ private slots:
         for (int i = 0; i < all.size() && sent < 500; i += 7, ++sent) {
             const QJsonObject app = all.at(i).toObject();
             const QJsonArray ids = app.value(QStringLiteral("bundle_ids")).toArray();
-            body += oneApp(2 * sent, "x.app", app.value(QStringLiteral("name")).toString().toUtf8(),
-                           ids.isEmpty() ? QByteArray() : ids.at(0).toString().toUtf8());
+            const QByteArray index = QByteArray::number(2 * sent);
+            body += Requests::appFields(2 * sent, "x.app", "p" + index,
+                                        app.value(QStringLiteral("name")).toString().toUtf8(), "1.0",
+                                        ids.isEmpty() ? QByteArray() : ids.at(0).toString().toUtf8());
         }
         const QJsonObject reply = m_client->automatch(body);
         QVERIFY2(reply.size() > 450, QByteArray::number(reply.size()).constData());
@@ -129,8 +119,8 @@ private slots:
         const QString path = m_files.filePath(QStringLiteral("bad.json"));
         QVERIFY(PlistFiles::writeFile(path, content));
         QCOMPARE(m_service.runCommand({QStringLiteral("import"), path}), 1);
-        QVERIFY(m_client->automatch("vld=6.0.4" + oneApp(0, "Alpha Tool.app", "Alpha Tool", "")).isEmpty());
-        QVERIFY(m_client->automatch("vld=6.0.4" + oneApp(0, "Eps.app", "Eps", "")).isEmpty());
+        QVERIFY(m_client->matchOne("", "Alpha Tool.app", "Alpha Tool").isEmpty());
+        QVERIFY(m_client->matchOne("", "Eps.app", "Eps").isEmpty());
     }
 
     void runningServiceSeesNewImport()
@@ -139,9 +129,7 @@ private slots:
         QVERIFY(PlistFiles::writeFile(path, R"([{"name":"Zeta Tool","key":"zeta",
             "current_version":"1.2","bundle_ids":["org.example.zeta"],"link":"/files/VelmoraNotes-2.0.zip"}])"));
         QCOMPARE(m_service.runCommand({QStringLiteral("import"), path}), 0);
-        const QJsonObject record = m_client->automatch("vld=6.0.4" + oneApp(0, "x.app", "x", "org.example.zeta"))
-                                       .value(QStringLiteral("0"))
-                                       .toObject();
+        const QJsonObject record = m_client->matchOne("org.example.zeta");
         QCOMPARE(record.value(QStringLiteral("j")).toString(), QStringLiteral("1.2"));
         // A link to a served file gets this service's address and the file's hash.
         QCOMPARE(record.value(QStringLiteral("e1")).toString(),
@@ -155,9 +143,7 @@ private slots:
         QByteArray output;
         QCOMPARE(m_service.runCommand({QStringLiteral("import"), path}, &output), 0);
         QVERIFY(output.contains("0 added, 1 changed"));
-        const QJsonObject updated = m_client->automatch("vld=6.0.4" + oneApp(0, "x.app", "x", "org.example.zeta"))
-                                        .value(QStringLiteral("0"))
-                                        .toObject();
+        const QJsonObject updated = m_client->matchOne("org.example.zeta");
         QCOMPARE(updated.value(QStringLiteral("m")).toString(), id);
         QCOMPARE(updated.value(QStringLiteral("j")).toString(), QStringLiteral("1.3"));
     }
