@@ -102,23 +102,6 @@ private slots:
         QVERIFY(!QFile::exists(VLScanData::pathForDataFile())); // a scan alone does not touch the store
     }
 
-    void scanUsage_data()
-    {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::newRow("scan with a word") << QStringList{s("scan"), s("now")};
-        QTest::newRow("list with a word") << QStringList{s("list"), s("everything")};
-        QTest::newRow("list with two filters") << QStringList{s("list"), s("--installed"), s("--all")};
-    }
-
-    void scanUsage()
-    {
-        QFETCH(QStringList, arguments);
-        const CliResult result = runCli(arguments);
-        QCOMPARE(result.exitCode, 2);
-        QVERIFY(result.out.isEmpty());
-        QVERIFY(result.err.startsWith("error: "));
-    }
-
     void listRoundTrip_data()
     {
         QTest::addColumn<QStringList>("arguments");

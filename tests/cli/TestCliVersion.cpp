@@ -1,4 +1,4 @@
-// velmora-cli's first commands as a terminal user meets them: version rules, inspect, help and usage errors.
+// velmora-cli as a terminal user first meets it: version rules, inspect, help and every command's usage errors.
 
 #include "support/CliRunner.h"
 #include "support/PlistFiles.h"
@@ -45,6 +45,9 @@ private slots:
         row("no command", "", 2, "");
         row("inspect with an unknown option", "inspect|--frob", 2, "");
         row("inspect with no path after --", "inspect|--", 2, "");
+        row("scan with a word", "scan|now", 2, "");
+        row("list with a word", "list|everything", 2, "");
+        row("list with two filters", "list|--installed|--all", 2, "");
     }
 
     void commands()
