@@ -32,7 +32,6 @@ private slots:
         row("defaults|read|showMAS", 0, "0\n");
         row("defaults|write|showMAS|-bool|maybe", 2, "");
         row("defaults|write|showMAS|-string|YES", 2, "");
-        row("defaults|write|showMAS|-int|1", 2, "");
         row("defaults|write|listSort|-string|name", 0, "");
         row("defaults|read|listSort", 0, "name\n");
         row("defaults|write|searchpaths|-array|/opt/apps|/srv/My Apps", 0, "");
