@@ -1,6 +1,7 @@
 // velmora-cli defaults: settings written, read back in their types, and removed again.
 
 #include "support/CliRunner.h"
+#include "support/DataTable.h"
 #include "support/TestMain.h"
 
 namespace {
@@ -18,9 +19,8 @@ private slots:
     // The rows run in order against one settings file: each may depend on the ones before it.
     void sequence_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("out"); // null: not compared
+        // A null out is not compared.
+        columns<QStringList, int, QString>("arguments", "exitCode", "out");
 
         const auto row = [](const char *line, int exitCode, const char *out) {
             QTest::newRow(line) << words(line) << exitCode << (out ? QString::fromUtf8(out) : QString());
@@ -56,9 +56,7 @@ private slots:
 
     void sequence()
     {
-        QFETCH(QStringList, arguments);
-        QFETCH(int, exitCode);
-        QFETCH(QString, out);
+        auto [arguments, exitCode, out] = fetch<QStringList, int, QString>("arguments", "exitCode", "out");
         const CliResult result = runCli(arguments);
         QCOMPARE(result.exitCode, exitCode);
         QCOMPARE(QString::fromUtf8(result.out), out);

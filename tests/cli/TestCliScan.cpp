@@ -5,6 +5,7 @@
 #include "scan/VLScanData.h"
 #include "support/BundleTree.h"
 #include "support/CliRunner.h"
+#include "support/DataTable.h"
 #include "support/PlistFiles.h"
 #include "support/TestMain.h"
 #include "support/Utf8.h"
@@ -104,8 +105,7 @@ private slots:
 
     void listRoundTrip_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<QStringList>("names");
+        columns<QStringList, QStringList>("arguments", "names");
 
         const QStringList all = {s("Notes"), s("Editor"), s("Gone"), s("Bought")};
         QTest::newRow("default") << QStringList{s("list")} << all;
@@ -116,8 +116,7 @@ private slots:
 
     void listRoundTrip()
     {
-        QFETCH(QStringList, arguments);
-        QFETCH(QStringList, names);
+        auto [arguments, names] = fetch<QStringList, QStringList>("arguments", "names");
         {
             // Stored order is not scan order; the records carry what a match gave them.
             VLScanData store;

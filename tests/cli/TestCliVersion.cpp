@@ -1,6 +1,7 @@
 // velmora-cli as a terminal user first meets it: version rules, inspect, help and every command's usage errors.
 
 #include "support/CliRunner.h"
+#include "support/DataTable.h"
 #include "support/PlistFiles.h"
 #include "support/TestMain.h"
 
@@ -19,9 +20,7 @@ class TestCliVersion : public QObject
 private slots:
     void commands_data()
     {
-        QTest::addColumn<QStringList>("arguments");
-        QTest::addColumn<int>("exitCode");
-        QTest::addColumn<QString>("out");
+        columns<QStringList, int, QString>("arguments", "exitCode", "out");
 
         // Arguments are written as one line split at "|"; an empty line is no argument at all.
         const auto row = [](const char *tag, const char *line, int exitCode, const char *out) {
@@ -52,9 +51,7 @@ private slots:
 
     void commands()
     {
-        QFETCH(QStringList, arguments);
-        QFETCH(int, exitCode);
-        QFETCH(QString, out);
+        auto [arguments, exitCode, out] = fetch<QStringList, int, QString>("arguments", "exitCode", "out");
         const CliResult result = runCli(arguments);
         QCOMPARE(result.exitCode, exitCode);
         QCOMPARE(QString::fromUtf8(result.out), out);

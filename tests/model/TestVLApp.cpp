@@ -1,6 +1,7 @@
 // The record's archive form, the repairs made while restoring, its verdicts and its small helpers.
 
 #include "model/VLApp.h"
+#include "support/DataTable.h"
 #include "support/PlistFiles.h"
 #include "support/TestMain.h"
 
@@ -70,9 +71,7 @@ private slots:
 
     void restoreRepairs_data()
     {
-        QTest::addColumn<QByteArray>("archive");
-        QTest::addColumn<QString>("field");
-        QTest::addColumn<QVariant>("expected");
+        columns<QByteArray, QString, QVariant>("archive", "field", "expected");
         const auto row = [](const char *tag, const char *archive, const char *field, const QVariant &expected) {
             QTest::newRow(tag) << QByteArray(archive) << QString::fromLatin1(field) << expected;
         };
@@ -101,9 +100,7 @@ private slots:
 
     void restoreRepairs()
     {
-        QFETCH(QByteArray, archive);
-        QFETCH(QString, field);
-        QFETCH(QVariant, expected);
+        auto [archive, field, expected] = fetch<QByteArray, QString, QVariant>("archive", "field", "expected");
         QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
         const QJsonObject restored = VLApp::initWithCoder(json(archive.constData())).encodeWithCoder();
         QCOMPARE(restored.value(field).toVariant(), expected);
@@ -145,8 +142,7 @@ private slots:
 
     void fileSizes_data()
     {
-        QTest::addColumn<QString>("kilobytes");
-        QTest::addColumn<QString>("expected");
+        columns<QString, QString>("kilobytes", "expected");
         const auto row = [](const char *tag, const char *kilobytes, const char *expected) {
             QTest::newRow(tag) << QString::fromLatin1(kilobytes) << QString::fromLatin1(expected);
         };
@@ -162,8 +158,7 @@ private slots:
     // Sizes read the same whatever the user's locale writes numbers like.
     void fileSizes()
     {
-        QFETCH(QString, kilobytes);
-        QFETCH(QString, expected);
+        auto [kilobytes, expected] = fetch<QString, QString>("kilobytes", "expected");
         QCOMPARE(VLApp::stringFromFileSizeString(kilobytes), expected);
 
         const QByteArray numeric = std::setlocale(LC_NUMERIC, nullptr);
@@ -189,15 +184,8 @@ private slots:
     // kept as it was otherwise.
     void verdicts_data()
     {
-        QTest::addColumn<QString>("local");
-        QTest::addColumn<QString>("remote");
-        QTest::addColumn<QString>("skipped");
-        QTest::addColumn<bool>("dontCheck");
-        QTest::addColumn<QString>("license");
-        QTest::addColumn<QString>("paidFlag");
-        QTest::addColumn<bool>("paidBefore");
-        QTest::addColumn<bool>("outdated");
-        QTest::addColumn<bool>("paid");
+        columns<QString, QString, QString, bool, QString, QString, bool, bool, bool>(
+            "local", "remote", "skipped", "dontCheck", "license", "paidFlag", "paidBefore", "outdated", "paid");
         const auto row = [](const char *tag, const char *local, const char *remote, const char *skipped, bool dontCheck,
                             const char *license, const char *paidFlag, bool paidBefore, bool outdated, bool paid) {
             QTest::newRow(tag) << QString::fromLatin1(local) << QString::fromLatin1(remote)
@@ -217,15 +205,9 @@ private slots:
 
     void verdicts()
     {
-        QFETCH(QString, local);
-        QFETCH(QString, remote);
-        QFETCH(QString, skipped);
-        QFETCH(bool, dontCheck);
-        QFETCH(QString, license);
-        QFETCH(QString, paidFlag);
-        QFETCH(bool, paidBefore);
-        QFETCH(bool, outdated);
-        QFETCH(bool, paid);
+        auto [local, remote, skipped, dontCheck, license, paidFlag, paidBefore, outdated, paid] =
+            fetch<QString, QString, QString, bool, QString, QString, bool, bool, bool>(
+                "local", "remote", "skipped", "dontCheck", "license", "paidFlag", "paidBefore", "outdated", "paid");
         VLApp app;
         app.localVersion = local;
         app.vlVersion = remote;

@@ -1,3 +1,4 @@
+#include "support/DataTable.h"
 #include "support/TestMain.h"
 #include "support/Utf8.h"
 
@@ -17,8 +18,7 @@ class TestVersionRules : public QObject
 private slots:
     void cleanVersionString_data()
     {
-        QTest::addColumn<QString>("input");
-        QTest::addColumn<QString>("expected");
+        columns<QString, QString>("input", "expected");
         // Texts as bundles write them.
         QTest::newRow("build in brackets") << s("Version 2.1.3 (Build 455)") << s("2.1.3");
         QTest::newRow("copyright") << s("5.0, © 2010") << s("5.0");
@@ -39,8 +39,7 @@ private slots:
     }
     void cleanVersionString()
     {
-        QFETCH(QString, input);
-        QFETCH(QString, expected);
+        auto [input, expected] = fetch<QString, QString>("input", "expected");
         const QString cleaned = ::cleanVersionString(input);
         QCOMPARE(cleaned, expected);
         QVERIFY(!cleaned.isNull());
@@ -48,9 +47,7 @@ private slots:
 
     void orderCompareString_data()
     {
-        QTest::addColumn<QString>("a");
-        QTest::addColumn<QString>("b");
-        QTest::addColumn<uint>("expected");
+        columns<QString, QString, uint>("a", "b", "expected");
         QTest::newRow("abc10 > abc9") << s("abc10") << s("abc9") << uint(VersionDescending);
         QTest::newRow("letters") << s("abc") << s("ABD") << uint(VersionAscending);
         QTest::newRow("leading zeros") << s("1.01") << s("1.1") << uint(VersionSame);
@@ -61,9 +58,7 @@ private slots:
     }
     void orderCompareString()
     {
-        QFETCH(QString, a);
-        QFETCH(QString, b);
-        QFETCH(uint, expected);
+        auto [a, b, expected] = fetch<QString, QString, uint>("a", "b", "expected");
         QCOMPARE(uint(::orderCompareString(a, b)), expected);
         const uint swapped = expected == VersionSame ? expected : 1 - expected;
         QCOMPARE(uint(::orderCompareString(b, a)), swapped);
@@ -71,9 +66,7 @@ private slots:
 
     void compareVersionString_data()
     {
-        QTest::addColumn<QString>("a");
-        QTest::addColumn<QString>("b");
-        QTest::addColumn<uint>("expected");
+        columns<QString, QString, uint>("a", "b", "expected");
         QTest::newRow("identical") << s("1.0") << s("1.0") << uint(VersionSame);
         QTest::newRow("no common prefix, numeric") << s("2.0") << s("10.0") << uint(VersionAscending);
         QTest::newRow("prefix case-insensitive") << s("1.0B") << s("1.0b") << uint(VersionSame);
@@ -91,17 +84,13 @@ private slots:
     }
     void compareVersionString()
     {
-        QFETCH(QString, a);
-        QFETCH(QString, b);
-        QFETCH(uint, expected);
+        auto [a, b, expected] = fetch<QString, QString, uint>("a", "b", "expected");
         QCOMPARE(uint(::compareVersionString(a, b)), expected);
     }
 
     void isLocalVersionOutdated_data()
     {
-        QTest::addColumn<QString>("local");
-        QTest::addColumn<QString>("remote");
-        QTest::addColumn<bool>("outdated");
+        columns<QString, QString, bool>("local", "remote", "outdated");
         QTest::newRow("1 absent remote") << s("1.0") << QString() << false;
         QTest::newRow("1 (null)") << s("") << s("(null)") << false;
         QTest::newRow("2 dash local") << s("-") << s("2.0") << false;
@@ -125,24 +114,20 @@ private slots:
     }
     void isLocalVersionOutdated()
     {
-        QFETCH(QString, local);
-        QFETCH(QString, remote);
-        QFETCH(bool, outdated);
+        auto [local, remote, outdated] = fetch<QString, QString, bool>("local", "remote", "outdated");
         QCOMPARE(isLocalVersionOutdatedByRemoteVersion(local, remote), outdated);
     }
 
     void cleanOSVersion_data()
     {
-        QTest::addColumn<QString>("input");
-        QTest::addColumn<QString>("expected");
+        columns<QString, QString>("input", "expected");
         QTest::newRow("system text") << s("Version 10.9.5 (Build 13F34)") << s("10.9.5");
         QTest::newRow("absent") << QString() << s("");
         QTest::newRow("no digit") << s("unknown") << s("");
     }
     void cleanOSVersion()
     {
-        QFETCH(QString, input);
-        QFETCH(QString, expected);
+        auto [input, expected] = fetch<QString, QString>("input", "expected");
         const QString cleaned = ::cleanOSVersion(input);
         QCOMPARE(cleaned, expected);
         QVERIFY(!cleaned.isNull());

@@ -1,3 +1,4 @@
+#include "support/DataTable.h"
 #include "support/TestMain.h"
 
 #include "scan/OutdatedFilter.h"
@@ -9,14 +10,9 @@ class TestOutdatedFilter : public QObject
 private slots:
     void filter_data()
     {
-        QTest::addColumn<QString>("localPath");
-        QTest::addColumn<bool>("outdated");
-        QTest::addColumn<bool>("appStore");
-        QTest::addColumn<QString>("beta");
-        QTest::addColumn<bool>("paid");
-        QTest::addColumn<bool>("newerOS");
-        QTest::addColumn<QString>("shown"); // the settings that are on: M(AS) B(eta) P(aid) O(S)
-        QTest::addColumn<bool>("listed");
+        // shown: the settings that are on, M(AS) B(eta) P(aid) O(S).
+        columns<QString, bool, bool, QString, bool, bool, QString, bool>("localPath", "outdated", "appStore", "beta",
+                                                                         "paid", "newerOS", "shown", "listed");
 
         QTest::newRow("plain update") << "/A.app" << true << false << "" << false << false << "P" << true;
         QTest::newRow("not outdated") << "/A.app" << false << false << "" << false << false << "MBPO" << false;
@@ -36,14 +32,9 @@ private slots:
 
     void filter()
     {
-        QFETCH(QString, localPath);
-        QFETCH(bool, outdated);
-        QFETCH(bool, appStore);
-        QFETCH(QString, beta);
-        QFETCH(bool, paid);
-        QFETCH(bool, newerOS);
-        QFETCH(QString, shown);
-        QFETCH(bool, listed);
+        auto [localPath, outdated, appStore, beta, paid, newerOS, shown, listed] =
+            fetch<QString, bool, bool, QString, bool, bool, QString, bool>("localPath", "outdated", "appStore", "beta",
+                                                                           "paid", "newerOS", "shown", "listed");
 
         auto app = std::make_shared<VLApp>();
         app->localPath = localPath;

@@ -1,3 +1,4 @@
+#include "support/DataTable.h"
 #include "support/TestMain.h"
 #include "support/Utf8.h"
 
@@ -48,9 +49,7 @@ class TestScanMerge : public QObject
 private slots:
     void merge_data()
     {
-        QTest::addColumn<QStringList>("stored");
-        QTest::addColumn<QStringList>("scan");
-        QTest::addColumn<QStringList>("expected");
+        columns<QStringList, QStringList, QStringList>("stored", "scan", "expected");
 
         QTest::newRow("unchanged") << L({"/a", "/b"}) << L({"/b", "/a"}) << L({"/a", "/b"});
         QTest::newRow("new apps follow in scan order") << L({"/m"}) << L({"/z", "/m", "/a"}) << L({"/m", "/z", "/a"});
@@ -70,9 +69,7 @@ private slots:
 
     void merge()
     {
-        QFETCH(QStringList, stored);
-        QFETCH(QStringList, scan);
-        QFETCH(QStringList, expected);
+        auto [stored, scan, expected] = fetch<QStringList, QStringList, QStringList>("stored", "scan", "expected");
         AppList apps = records(stored);
         ScanMerge::updateAppsUsingNewScan(apps, records(scan));
         QCOMPARE(paths(apps), expected);
@@ -106,9 +103,8 @@ private slots:
 
     void sanityCheck_data()
     {
-        QTest::addColumn<QString>("path"); // relative to a temporary folder, or a marker
-        QTest::addColumn<bool>("exists");
-        QTest::addColumn<QString>("expected"); // "kept", "-" or "removed"
+        // path: relative to a temporary folder, or a marker; expected: "kept", "-" or "removed".
+        columns<QString, bool, QString>("path", "exists", "expected");
 
         QTest::newRow("installed") << "Applications/A.app" << true << "kept";
         QTest::newRow("file gone") << "Applications/B.app" << false << "-";
@@ -120,9 +116,7 @@ private slots:
 
     void sanityCheck()
     {
-        QFETCH(QString, path);
-        QFETCH(bool, exists);
-        QFETCH(QString, expected);
+        auto [path, exists, expected] = fetch<QString, bool, QString>("path", "exists", "expected");
         QTemporaryDir dir;
         const bool marker = path.isEmpty() || path == QLatin1String("-");
         const QString full = marker ? path : dir.path() + QLatin1Char('/') + path;

@@ -1,3 +1,4 @@
+#include "support/DataTable.h"
 #include "support/TestMain.h"
 #include "support/Utf8.h"
 
@@ -32,8 +33,7 @@ private slots:
 
     void appIsOnBlackList_data()
     {
-        QTest::addColumn<QString>("path");
-        QTest::addColumn<bool>("listed");
+        columns<QString, bool>("path", "listed");
 
         QTest::newRow("plain app") << "/Applications/Foo.app" << false;
         QTest::newRow("exact name on the list") << "/Applications/Chess.app" << true;
@@ -63,17 +63,14 @@ private slots:
 
     void appIsOnBlackList()
     {
-        QFETCH(QString, path);
-        QFETCH(bool, listed);
+        auto [path, listed] = fetch<QString, bool>("path", "listed");
         const VLBlacklist blacklist;
         QCOMPARE(blacklist.appIsOnBlackList(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1), path), listed);
     }
 
     void virtualMachineApps_data()
     {
-        QTest::addColumn<QString>("identifier");
-        QTest::addColumn<bool>("binary");
-        QTest::addColumn<bool>("listed");
+        columns<QString, bool, bool>("identifier", "binary", "listed");
 
         QTest::newRow("ordinary app") << "com.example.foo" << false << false;
         QTest::newRow("Parallels Windows app") << "com.parallels.winapp.notepad" << false << true;
@@ -86,9 +83,7 @@ private slots:
 
     void virtualMachineApps()
     {
-        QFETCH(QString, identifier);
-        QFETCH(bool, binary);
-        QFETCH(bool, listed);
+        auto [identifier, binary, listed] = fetch<QString, bool, bool>("identifier", "binary", "listed");
         QTemporaryDir dir;
         const QString bundle = PlistFiles::makeBundle(
             dir.path() + QStringLiteral("/Notepad.app"), {{QStringLiteral("CFBundleIdentifier"), identifier}},
@@ -98,8 +93,7 @@ private slots:
 
     void serverList_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QStringList>("names");
+        columns<QString, QStringList>("text", "names");
 
         QTest::newRow("lines") << "Foo\nBar\n" << L({"Foo", "Bar"});
         QTest::newRow("empty lines left out") << "\n\nFoo\n\n" << L({"Foo"});
@@ -110,8 +104,7 @@ private slots:
 
     void serverList()
     {
-        QFETCH(QString, text);
-        QFETCH(QStringList, names);
+        auto [text, names] = fetch<QString, QStringList>("text", "names");
         QCOMPARE(VLBlacklist::splitServerList(text), names);
 
         VLBlacklist blacklist;

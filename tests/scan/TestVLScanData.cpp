@@ -1,3 +1,4 @@
+#include "support/DataTable.h"
 #include "support/PlistFiles.h"
 #include "support/SmallDisk.h"
 #include "support/TestMain.h"
@@ -11,7 +12,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
-#include <QThread>
+
+#include <thread>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -103,9 +105,8 @@ private slots:
 
     void damagedFileKeptAside_data()
     {
-        QTest::addColumn<QByteArray>("content");
-        QTest::addColumn<QString>("aside"); // "moved", "copied" or "none"
-        QTest::addColumn<int>("records");   // -1: absent
+        // aside: "moved", "copied" or "none"; records -1: absent.
+        columns<QByteArray, QString, int>("content", "aside", "records");
 
         QTest::newRow("not JSON") << QByteArray("\x00\x01garbage", 9) << "moved" << -1;
         QTest::newRow("cut short") << QByteArray("{\"apps\": [{\"localPath\": \"/a\"") << "moved" << -1;
@@ -118,9 +119,7 @@ private slots:
 
     void damagedFileKeptAside()
     {
-        QFETCH(QByteArray, content);
-        QFETCH(QString, aside);
-        QFETCH(int, records);
+        auto [content, aside, records] = fetch<QByteArray, QString, int>("content", "aside", "records");
         QVERIFY(PlistFiles::writeFile(m_file, content));
         const QString damaged = m_file + QStringLiteral(".damaged");
 
@@ -149,8 +148,7 @@ private slots:
 
     void refusedWithoutReading_data()
     {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<QString>("reason");
+        columns<QString, QString>("kind", "reason");
 
         // Reading any of these would block for ever, never end, or take gigabytes of memory.
         const QString notPlain = QStringLiteral("not a plain file");
@@ -161,8 +159,7 @@ private slots:
 
     void refusedWithoutReading()
     {
-        QFETCH(QString, kind);
-        QFETCH(QString, reason);
+        auto [kind, reason] = fetch<QString, QString>("kind", "reason");
         const QByteArray path = QFile::encodeName(m_file);
         if (kind == QLatin1String("pipe")) {
             QCOMPARE(mkfifo(path.constData(), 0600), 0);
@@ -215,11 +212,7 @@ private slots:
 
     void lookups_data()
     {
-        QTest::addColumn<QString>("vlID");
-        QTest::addColumn<bool>("hasApp");
-        QTest::addColumn<bool>("outdated");
-        QTest::addColumn<bool>("purchase");
-        QTest::addColumn<bool>("purchaseInstalled");
+        columns<QString, bool, bool, bool, bool>("vlID", "hasApp", "outdated", "purchase", "purchaseInstalled");
 
         QTest::newRow("unknown") << "1" << false << false << false << false;
         QTest::newRow("outdated installed") << "10" << true << true << false << false;
@@ -233,11 +226,8 @@ private slots:
 
     void lookups()
     {
-        QFETCH(QString, vlID);
-        QFETCH(bool, hasApp);
-        QFETCH(bool, outdated);
-        QFETCH(bool, purchase);
-        QFETCH(bool, purchaseInstalled);
+        auto [vlID, hasApp, outdated, purchase, purchaseInstalled] =
+            fetch<QString, bool, bool, bool, bool>("vlID", "hasApp", "outdated", "purchase", "purchaseInstalled");
 
         const auto make = [](const char *path, const char *id, auto adjust) {
             AppRef app = record(QString::fromUtf8(path), QString::fromUtf8(id));
@@ -280,10 +270,7 @@ private slots:
             // The other side cannot start a change while this one runs; it runs on its own thread as a second process
             // would.
             bool otherLocked = true;
-            QThread *other = QThread::create([&] { otherLocked = VLScanData::Change(cli, 200).isLocked(); });
-            other->start();
-            other->wait();
-            delete other;
+            std::thread([&] { otherLocked = VLScanData::Change(cli, 200).isLocked(); }).join();
             QVERIFY(!otherLocked);
             QVERIFY(desktop.saveDataToDisk());
         }
