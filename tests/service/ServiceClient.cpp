@@ -157,3 +157,16 @@ QList<QVariantMap> plistEntries(const QByteArray &xml)
 }
 
 } // namespace Replies
+
+QStringList Replies::texts(const QJsonObject &object, std::initializer_list<const char *> keys)
+{
+    return texts(object.toVariantMap(), keys);
+}
+
+QStringList Replies::texts(const QVariantMap &map, std::initializer_list<const char *> keys)
+{
+    QStringList values;
+    for (const char *key : keys)
+        values.append(map.value(QLatin1StringView(key)).toString());
+    return values;
+}

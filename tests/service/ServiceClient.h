@@ -58,4 +58,7 @@ namespace Replies {
 QByteArray inflate(const QByteArray &zlibStream);
 // The "entries" of an XML property-list reply, each a dictionary.
 QList<QVariantMap> plistEntries(const QByteArray &xml);
+// The values of keys as texts, in order, to compare several fields of a reply at once.
+QStringList texts(const QJsonObject &object, std::initializer_list<const char *> keys);
+QStringList texts(const QVariantMap &map, std::initializer_list<const char *> keys);
 } // namespace Replies

@@ -1,6 +1,7 @@
 // Importing catalogues: the real-world catalogue (idempotent, mapped, matchable) and refused files.
 
 #include "ServiceClient.h"
+#include "support/DataTable.h"
 #include "support/PlistFiles.h"
 #include "support/TestMain.h"
 
@@ -45,13 +46,8 @@ private slots:
 
     void realRecordsMatch_data()
     {
-        QTest::addColumn<QByteArray>("bundleId");
-        QTest::addColumn<QByteArray>("bundleName");
-        QTest::addColumn<QByteArray>("displayName");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("version");
-        QTest::addColumn<QString>("minOs");
-        QTest::addColumn<QString>("stability");
+        columns<QByteArray, QByteArray, QByteArray, QString, QString, QString, QString>(
+            "bundleId", "bundleName", "displayName", "name", "version", "minOs", "stability");
         // 1Password's bundle id is claimed by its beta and nightly channels too: the release wins.
         QTest::newRow("shared bundle id")
             << QByteArray("com.1password.1password") << QByteArray("x.app") << QByteArray("x")
@@ -63,18 +59,11 @@ private slots:
 
     void realRecordsMatch()
     {
-        QFETCH(QByteArray, bundleId);
-        QFETCH(QByteArray, bundleName);
-        QFETCH(QByteArray, displayName);
-        QFETCH(QString, name);
-        QFETCH(QString, version);
-        QFETCH(QString, minOs);
-        QFETCH(QString, stability);
+        auto [bundleId, bundleName, displayName, name, version, minOs, stability] =
+            fetch<QByteArray, QByteArray, QByteArray, QString, QString, QString, QString>(
+                "bundleId", "bundleName", "displayName", "name", "version", "minOs", "stability");
         const QJsonObject record = m_client->matchOne(bundleId, bundleName, displayName);
-        QCOMPARE(record.value(QStringLiteral("g")).toString(), name);
-        QCOMPARE(record.value(QStringLiteral("j")).toString(), version);
-        QCOMPARE(record.value(QStringLiteral("l")).toString(), minOs);
-        QCOMPARE(record.value(QStringLiteral("n")).toString(), stability);
+        QCOMPARE(Replies::texts(record, {"g", "j", "l", "n"}), (QStringList{name, version, minOs, stability}));
         QVERIFY(record.value(QStringLiteral("m")).toString().toLongLong() >= 100000);
         QVERIFY(record.value(QStringLiteral("e1")).toString().startsWith(QStringLiteral("https://")));
         QCOMPARE(record.value(QStringLiteral("filehash")).toString().size(), 64);
