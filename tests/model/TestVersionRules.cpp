@@ -16,31 +16,36 @@ class TestVersionRules : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanVersionString_data()
+    void cleanedVersions_data()
     {
-        columns<QString, QString>("input", "expected");
+        columns<bool, QString, QString>("os", "input", "expected");
         // Texts as bundles write them.
-        QTest::newRow("build in brackets") << s("Version 2.1.3 (Build 455)") << s("2.1.3");
-        QTest::newRow("copyright") << s("5.0, © 2010") << s("5.0");
-        QTest::newRow("glued build") << s("3.1build12") << s("3.1");
-        QTest::newRow("architecture") << s("2.4x86_64") << s("2.4");
+        QTest::newRow("build in brackets") << false << s("Version 2.1.3 (Build 455)") << s("2.1.3");
+        QTest::newRow("copyright") << false << s("5.0, © 2010") << s("5.0");
+        QTest::newRow("glued build") << false << s("3.1build12") << s("3.1");
+        QTest::newRow("architecture") << false << s("2.4x86_64") << s("2.4");
         // The odd stop texts are kept: installed versions have always been read this way.
-        QTest::newRow("G") << s("1.0G4") << s("1.0");
-        QTest::newRow("Int") << s("10.4Int") << s("10.4");
-        QTest::newRow(",6.0.4") << s("1.5,6.0.4") << s("1.5");
+        QTest::newRow("G") << false << s("1.0G4") << s("1.0");
+        QTest::newRow("Int") << false << s("10.4Int") << s("10.4");
+        QTest::newRow(",6.0.4") << false << s("1.5,6.0.4") << s("1.5");
         // Around the cuts.
-        QTest::newRow("absent") << QString() << s("-");
-        QTest::newRow("empty") << s("") << s("");
-        QTest::newRow("leading word") << s("v1.2.3") << s("1.2.3");
-        QTest::newRow("trailing comma") << s("1.2,") << s("1.2");
-        QTest::newRow("stops are case-sensitive") << s("2.6 BUILD 7") << s("2.6 BUILD 7");
-        QTest::newRow("beta kept") << s("1.0 beta 2") << s("1.0 beta 2");
-        QTest::newRow("earliest stop wins") << s("Version 1.0 for Mac by Acme, © 2010") << s("1.0");
+        QTest::newRow("absent") << false << QString() << s("-");
+        QTest::newRow("empty") << false << s("") << s("");
+        QTest::newRow("leading word") << false << s("v1.2.3") << s("1.2.3");
+        QTest::newRow("trailing comma") << false << s("1.2,") << s("1.2");
+        QTest::newRow("stops are case-sensitive") << false << s("2.6 BUILD 7") << s("2.6 BUILD 7");
+        QTest::newRow("beta kept") << false << s("1.0 beta 2") << s("1.0 beta 2");
+        QTest::newRow("earliest stop wins") << false << s("Version 1.0 for Mac by Acme, © 2010") << s("1.0");
+        // The system's own version text is cut to its numbers alone.
+        QTest::newRow("OS: system text") << true << s("Version 10.9.5 (Build 13F34)") << s("10.9.5");
+        QTest::newRow("OS: absent") << true << QString() << s("");
+        QTest::newRow("OS: no digit") << true << s("unknown") << s("");
     }
-    void cleanVersionString()
+
+    void cleanedVersions()
     {
-        auto [input, expected] = fetch<QString, QString>("input", "expected");
-        const QString cleaned = ::cleanVersionString(input);
+        auto [os, input, expected] = fetch<bool, QString, QString>("os", "input", "expected");
+        const QString cleaned = os ? ::cleanOSVersion(input) : ::cleanVersionString(input);
         QCOMPARE(cleaned, expected);
         QVERIFY(!cleaned.isNull());
     }
@@ -116,21 +121,6 @@ private slots:
     {
         auto [local, remote, outdated] = fetch<QString, QString, bool>("local", "remote", "outdated");
         QCOMPARE(isLocalVersionOutdatedByRemoteVersion(local, remote), outdated);
-    }
-
-    void cleanOSVersion_data()
-    {
-        columns<QString, QString>("input", "expected");
-        QTest::newRow("system text") << s("Version 10.9.5 (Build 13F34)") << s("10.9.5");
-        QTest::newRow("absent") << QString() << s("");
-        QTest::newRow("no digit") << s("unknown") << s("");
-    }
-    void cleanOSVersion()
-    {
-        auto [input, expected] = fetch<QString, QString>("input", "expected");
-        const QString cleaned = ::cleanOSVersion(input);
-        QCOMPARE(cleaned, expected);
-        QVERIFY(!cleaned.isNull());
     }
 };
 
