@@ -16,7 +16,7 @@ namespace {
 
 QByteArray md5(const QByteArray &text)
 {
-    return md5HexHash(text).toLatin1();
+    return md5HexHash(QString::fromUtf8(text)).toLatin1();
 }
 
 QByteArray passwordLoginPath(const QByteArray &email, const QByteArray &password)
