@@ -5,6 +5,7 @@
 #include "model/AppJson.h"
 #include "model/StringUtils.h"
 #include "model/VLApp.h"
+#include "support/DataTable.h"
 #include "support/PlistFiles.h"
 #include "support/TestMain.h"
 
@@ -81,11 +82,8 @@ private slots:
     // A record made from one item and, where a second kind is named, refreshed with a second item.
     void ingest_data()
     {
-        QTest::addColumn<QString>("createKind");
-        QTest::addColumn<QVariantMap>("first");
-        QTest::addColumn<QString>("updateKind");
-        QTest::addColumn<QVariantMap>("second");
-        QTest::addColumn<QJsonObject>("expected");
+        columns<QString, QVariantMap, QString, QVariantMap, QJsonObject>("createKind", "first", "updateKind", "second",
+                                                                         "expected");
         const auto update = [](const char *name, const char *createKind, const char *first, const char *updateKind,
                                const char *second, const char *expected) {
             QTest::newRow(name) << QString::fromLatin1(createKind) << item(first) << QString::fromLatin1(updateKind)
@@ -153,11 +151,9 @@ private slots:
 
     void ingest()
     {
-        QFETCH(QString, createKind);
-        QFETCH(QVariantMap, first);
-        QFETCH(QString, updateKind);
-        QFETCH(QVariantMap, second);
-        QFETCH(QJsonObject, expected);
+        auto [createKind, first, updateKind, second, expected] =
+            fetch<QString, QVariantMap, QString, QVariantMap, QJsonObject>("createKind", "first", "updateKind",
+                                                                           "second", "expected");
         VLApp app = make(createKind, first);
         if (!updateKind.isEmpty())
             apply(app, updateKind, second);
@@ -167,10 +163,7 @@ private slots:
     // An installed record takes the catalogue version and is judged against it, keeping the user's choices.
     void updateOfInstalledRecord_data()
     {
-        QTest::addColumn<QString>("skipped");
-        QTest::addColumn<bool>("setToCurrent");
-        QTest::addColumn<QString>("expectedLocal");
-        QTest::addColumn<bool>("expectedOutdated");
+        columns<QString, bool, QString, bool>("skipped", "setToCurrent", "expectedLocal", "expectedOutdated");
         QTest::newRow("newer catalogue version") << QStringLiteral("-") << false << QStringLiteral("1.0") << true;
         QTest::newRow("skipped that version") << QStringLiteral("2.0") << false << QStringLiteral("1.0") << false;
         QTest::newRow("skipped an older one") << QStringLiteral("1.5") << false << QStringLiteral("1.0") << true;
@@ -179,10 +172,8 @@ private slots:
 
     void updateOfInstalledRecord()
     {
-        QFETCH(QString, skipped);
-        QFETCH(bool, setToCurrent);
-        QFETCH(QString, expectedLocal);
-        QFETCH(bool, expectedOutdated);
+        auto [skipped, setToCurrent, expectedLocal, expectedOutdated] =
+            fetch<QString, bool, QString, bool>("skipped", "setToCurrent", "expectedLocal", "expectedOutdated");
         const QString path =
             PlistFiles::makeBundle(m_root.filePath(QStringLiteral("Installed.app")),
                                    PlistFiles::info(QStringLiteral("com.example.i"), QStringLiteral("1.0")));
@@ -206,8 +197,8 @@ private slots:
 
     void initWithLink_data()
     {
-        QTest::addColumn<QString>("link");
-        QTest::addColumn<QJsonObject>("expected"); // empty: no record
+        // An empty expected: no record.
+        columns<QString, QJsonObject>("link", "expected");
         QTest::newRow("app link") << QStringLiteral("velmora://app/5001/Velmora Notes/2.0%20b%C3%A9ta")
                                   << object("{'vlID':'5001','name':'Velmora Notes','displayName':'Velmora Notes',"
                                             "'vlVersion':'2.0 b\\u00e9ta','localPath':'-','localVersion':'-',"
@@ -221,8 +212,7 @@ private slots:
 
     void initWithLink()
     {
-        QFETCH(QString, link);
-        QFETCH(QJsonObject, expected);
+        auto [link, expected] = fetch<QString, QJsonObject>("link", "expected");
         const std::optional<VLApp> app = VLApp::initWithLink(link);
         QCOMPARE(app.has_value(), !expected.isEmpty());
         if (app) {

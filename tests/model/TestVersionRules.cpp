@@ -1,4 +1,6 @@
+#include "support/DataTable.h"
 #include "support/TestMain.h"
+#include "support/Utf8.h"
 
 #include "model/VersionRules.h"
 
@@ -7,11 +9,6 @@ namespace {
 const QString forty = QStringLiteral("1234567890123456789012345678901234567890");
 const QString fortyPlusOne = QStringLiteral("1234567890123456789012345678901234567891");
 
-QString s(const char *text)
-{
-    return QString::fromUtf8(text);
-}
-
 } // namespace
 
 class TestVersionRules : public QObject
@@ -19,42 +16,43 @@ class TestVersionRules : public QObject
     Q_OBJECT
 
 private slots:
-    void cleanVersionString_data()
+    void cleanedVersions_data()
     {
-        QTest::addColumn<QString>("input");
-        QTest::addColumn<QString>("expected");
+        columns<bool, QString, QString>("os", "input", "expected");
         // Texts as bundles write them.
-        QTest::newRow("build in brackets") << s("Version 2.1.3 (Build 455)") << s("2.1.3");
-        QTest::newRow("copyright") << s("5.0, © 2010") << s("5.0");
-        QTest::newRow("glued build") << s("3.1build12") << s("3.1");
-        QTest::newRow("architecture") << s("2.4x86_64") << s("2.4");
+        QTest::newRow("build in brackets") << false << s("Version 2.1.3 (Build 455)") << s("2.1.3");
+        QTest::newRow("copyright") << false << s("5.0, © 2010") << s("5.0");
+        QTest::newRow("glued build") << false << s("3.1build12") << s("3.1");
+        QTest::newRow("architecture") << false << s("2.4x86_64") << s("2.4");
         // The odd stop texts are kept: installed versions have always been read this way.
-        QTest::newRow("G") << s("1.0G4") << s("1.0");
-        QTest::newRow("Int") << s("10.4Int") << s("10.4");
-        QTest::newRow(",6.0.4") << s("1.5,6.0.4") << s("1.5");
+        QTest::newRow("G") << false << s("1.0G4") << s("1.0");
+        QTest::newRow("Int") << false << s("10.4Int") << s("10.4");
+        QTest::newRow(",6.0.4") << false << s("1.5,6.0.4") << s("1.5");
         // Around the cuts.
-        QTest::newRow("absent") << QString() << s("-");
-        QTest::newRow("empty") << s("") << s("");
-        QTest::newRow("leading word") << s("v1.2.3") << s("1.2.3");
-        QTest::newRow("trailing comma") << s("1.2,") << s("1.2");
-        QTest::newRow("stops are case-sensitive") << s("2.6 BUILD 7") << s("2.6 BUILD 7");
-        QTest::newRow("beta kept") << s("1.0 beta 2") << s("1.0 beta 2");
-        QTest::newRow("earliest stop wins") << s("Version 1.0 for Mac by Acme, © 2010") << s("1.0");
+        QTest::newRow("absent") << false << QString() << s("-");
+        QTest::newRow("empty") << false << s("") << s("");
+        QTest::newRow("leading word") << false << s("v1.2.3") << s("1.2.3");
+        QTest::newRow("trailing comma") << false << s("1.2,") << s("1.2");
+        QTest::newRow("stops are case-sensitive") << false << s("2.6 BUILD 7") << s("2.6 BUILD 7");
+        QTest::newRow("beta kept") << false << s("1.0 beta 2") << s("1.0 beta 2");
+        QTest::newRow("earliest stop wins") << false << s("Version 1.0 for Mac by Acme, © 2010") << s("1.0");
+        // The system's own version text is cut to its numbers alone.
+        QTest::newRow("OS: system text") << true << s("Version 10.9.5 (Build 13F34)") << s("10.9.5");
+        QTest::newRow("OS: absent") << true << QString() << s("");
+        QTest::newRow("OS: no digit") << true << s("unknown") << s("");
     }
-    void cleanVersionString()
+
+    void cleanedVersions()
     {
-        QFETCH(QString, input);
-        QFETCH(QString, expected);
-        const QString cleaned = ::cleanVersionString(input);
+        auto [os, input, expected] = fetch<bool, QString, QString>("os", "input", "expected");
+        const QString cleaned = os ? ::cleanOSVersion(input) : ::cleanVersionString(input);
         QCOMPARE(cleaned, expected);
         QVERIFY(!cleaned.isNull());
     }
 
     void orderCompareString_data()
     {
-        QTest::addColumn<QString>("a");
-        QTest::addColumn<QString>("b");
-        QTest::addColumn<uint>("expected");
+        columns<QString, QString, uint>("a", "b", "expected");
         QTest::newRow("abc10 > abc9") << s("abc10") << s("abc9") << uint(VersionDescending);
         QTest::newRow("letters") << s("abc") << s("ABD") << uint(VersionAscending);
         QTest::newRow("leading zeros") << s("1.01") << s("1.1") << uint(VersionSame);
@@ -65,9 +63,7 @@ private slots:
     }
     void orderCompareString()
     {
-        QFETCH(QString, a);
-        QFETCH(QString, b);
-        QFETCH(uint, expected);
+        auto [a, b, expected] = fetch<QString, QString, uint>("a", "b", "expected");
         QCOMPARE(uint(::orderCompareString(a, b)), expected);
         const uint swapped = expected == VersionSame ? expected : 1 - expected;
         QCOMPARE(uint(::orderCompareString(b, a)), swapped);
@@ -75,9 +71,7 @@ private slots:
 
     void compareVersionString_data()
     {
-        QTest::addColumn<QString>("a");
-        QTest::addColumn<QString>("b");
-        QTest::addColumn<uint>("expected");
+        columns<QString, QString, uint>("a", "b", "expected");
         QTest::newRow("identical") << s("1.0") << s("1.0") << uint(VersionSame);
         QTest::newRow("no common prefix, numeric") << s("2.0") << s("10.0") << uint(VersionAscending);
         QTest::newRow("prefix case-insensitive") << s("1.0B") << s("1.0b") << uint(VersionSame);
@@ -95,17 +89,13 @@ private slots:
     }
     void compareVersionString()
     {
-        QFETCH(QString, a);
-        QFETCH(QString, b);
-        QFETCH(uint, expected);
+        auto [a, b, expected] = fetch<QString, QString, uint>("a", "b", "expected");
         QCOMPARE(uint(::compareVersionString(a, b)), expected);
     }
 
     void isLocalVersionOutdated_data()
     {
-        QTest::addColumn<QString>("local");
-        QTest::addColumn<QString>("remote");
-        QTest::addColumn<bool>("outdated");
+        columns<QString, QString, bool>("local", "remote", "outdated");
         QTest::newRow("1 absent remote") << s("1.0") << QString() << false;
         QTest::newRow("1 (null)") << s("") << s("(null)") << false;
         QTest::newRow("2 dash local") << s("-") << s("2.0") << false;
@@ -129,27 +119,8 @@ private slots:
     }
     void isLocalVersionOutdated()
     {
-        QFETCH(QString, local);
-        QFETCH(QString, remote);
-        QFETCH(bool, outdated);
+        auto [local, remote, outdated] = fetch<QString, QString, bool>("local", "remote", "outdated");
         QCOMPARE(isLocalVersionOutdatedByRemoteVersion(local, remote), outdated);
-    }
-
-    void cleanOSVersion_data()
-    {
-        QTest::addColumn<QString>("input");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("system text") << s("Version 10.9.5 (Build 13F34)") << s("10.9.5");
-        QTest::newRow("absent") << QString() << s("");
-        QTest::newRow("no digit") << s("unknown") << s("");
-    }
-    void cleanOSVersion()
-    {
-        QFETCH(QString, input);
-        QFETCH(QString, expected);
-        const QString cleaned = ::cleanOSVersion(input);
-        QCOMPARE(cleaned, expected);
-        QVERIFY(!cleaned.isNull());
     }
 };
 

@@ -13,6 +13,7 @@
 #include "scan/VLMainWindowController.h"
 #include "scan/VLScanData.h"
 #include "scan/VLSendAllatOnceHelper.h"
+#include "support/DataTable.h"
 #include "support/PlistFiles.h"
 #include "support/ServiceProcess.h"
 #include "support/TestMain.h"
@@ -43,8 +44,7 @@ void pointHostsAt(const QString &base)
 class FixedReplyHost : public QTcpServer
 {
 public:
-    explicit FixedReplyHost(const QByteArray &body)
-        : m_body(body)
+    explicit FixedReplyHost(const QByteArray &body) : m_body(body)
     {
         listen(QHostAddress::LocalHost);
         connect(this, &QTcpServer::newConnection, this, [this] {
@@ -52,8 +52,11 @@ public:
             connect(socket, &QTcpSocket::readyRead, socket, [this, socket] {
                 m_request += socket->readAll();
                 const qsizetype end = m_request.indexOf("\r\n\r\n");
-                const qsizetype length = m_request.mid(m_request.toLower().indexOf("content-length:") + 15).trimmed()
-                                             .split('\r').first().toLongLong();
+                const qsizetype length = m_request.mid(m_request.toLower().indexOf("content-length:") + 15)
+                                             .trimmed()
+                                             .split('\r')
+                                             .first()
+                                             .toLongLong();
                 if (end < 0 || m_request.size() < end + 4 + length) {
                     return;
                 }
@@ -111,16 +114,6 @@ AppList storedApps()
     return VLScanData().apps().value_or(AppList());
 }
 
-AppRef storedApp(const QString &vlID)
-{
-    for (const AppRef &app : storedApps()) {
-        if (app->vlID == vlID) {
-            return app;
-        }
-    }
-    return nullptr;
-}
-
 QStringList outdatedNames()
 {
     VLMainWindowController driver;
@@ -168,11 +161,7 @@ private slots:
 
     void requestText_data()
     {
-        QTest::addColumn<QString>("localPath");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("version");
-        QTest::addColumn<QDateTime>("opened");
-        QTest::addColumn<QString>("fields");
+        columns<QString, QString, QString, QDateTime, QString>("localPath", "name", "version", "opened", "fields");
         const QString path = QStringLiteral("/Applications/A b.app");
         const QDateTime may4 = QDateTime(QDate(2013, 5, 4), QTime(12, 0), Qt::UTC);
         QTest::newRow("encoded and as is") << path << QStringLiteral("A b.app") << QStringLiteral("1.0 b&2") << may4
@@ -182,17 +171,14 @@ private slots:
         QTest::newRow("absent values") << path << QStringLiteral("Café.app") << QString() << QDateTime()
                                        << QStringLiteral("&app[3][t]=(null)&app[3][p]=DIGEST&app[3][d]=A%20b"
                                                          "&app[3][v]=(null)&app[3][b]=com.example.a&app[3][m]=(null)");
-        QTest::newRow("not installed: nothing, index used") << QStringLiteral("-") << QStringLiteral("A b.app")
-                                                            << QStringLiteral("1") << may4 << QString();
+        QTest::newRow("not installed: nothing, index used")
+            << QStringLiteral("-") << QStringLiteral("A b.app") << QStringLiteral("1") << may4 << QString();
     }
 
     void requestText()
     {
-        QFETCH(QString, localPath);
-        QFETCH(QString, name);
-        QFETCH(QString, version);
-        QFETCH(QDateTime, opened);
-        QFETCH(QString, fields);
+        auto [localPath, name, version, opened, fields] =
+            fetch<QString, QString, QString, QDateTime, QString>("localPath", "name", "version", "opened", "fields");
         VLApp app;
         app.localPath = localPath;
         app.name = name;
@@ -224,16 +210,12 @@ private slots:
         {
             VLScanData store;
             VLScanData::Change change(store);
-            for (const AppRef &app : store.apps().value_or(AppList())) {
-                if (app->vlID == QLatin1String("5001")) {
-                    app->skippedVersion = QStringLiteral("2.0");
-                }
-            }
+            store.appWithVLID(QStringLiteral("5001"))->skippedVersion = QStringLiteral("2.0");
             QVERIFY(store.saveDataToDisk());
         }
         QVERIFY(runCheck());
         QCOMPARE(outdatedNames(), QStringList{QStringLiteral("Velmora Paint")});
-        QCOMPARE(storedApp(QStringLiteral("5001"))->skippedVersion, QStringLiteral("2.0"));
+        QCOMPARE(VLScanData().appWithVLID(QStringLiteral("5001"))->skippedVersion, QStringLiteral("2.0"));
         // Nothing doubled by the second check.
         const AppList apps = storedApps();
         QSet<QString> digests;
@@ -245,25 +227,20 @@ private slots:
 
     void failedExchanges_data()
     {
-        QTest::addColumn<QByteArray>("reply");
-        QTest::addColumn<bool>("background");
-        QTest::addColumn<QStringList>("shown");
-        QTest::addColumn<bool>("diagnosticFile");
+        columns<QByteArray, bool, QStringList, bool>("reply", "background", "shown", "diagnosticFile");
         const QStringList receiving{QStringLiteral("alert: There was an error receiving updates.")};
         QTest::newRow("not zlib") << QByteArray("hello") << false << receiving << true;
         QTest::newRow("zlib, not JSON") << *RAZipper::compressedDataForData("[1, 2") << false << receiving << true;
         QTest::newRow("empty") << QByteArray() << false << receiving << true;
-        QTest::newRow("refused") << QByteArray("closed") << false << QStringList{QStringLiteral("alert: Connection error!")}
-                                 << false;
+        QTest::newRow("refused") << QByteArray("closed") << false
+                                 << QStringList{QStringLiteral("alert: Connection error!")} << false;
         QTest::newRow("background: nothing shown") << QByteArray("hello") << true << QStringList() << false;
     }
 
     void failedExchanges()
     {
-        QFETCH(QByteArray, reply);
-        QFETCH(bool, background);
-        QFETCH(QStringList, shown);
-        QFETCH(bool, diagnosticFile);
+        auto [reply, background, shown, diagnosticFile] =
+            fetch<QByteArray, bool, QStringList, bool>("reply", "background", "shown", "diagnosticFile");
         QVERIFY(runCheck());
         const QByteArray before = [] {
             QFile file(VLScanData::pathForDataFile());
@@ -317,9 +294,7 @@ private slots:
 
     void startUp_data()
     {
-        QTest::addColumn<int>("age");
-        QTest::addColumn<bool>("loginItem");
-        QTest::addColumn<bool>("scans");
+        columns<int, bool, bool>("age", "loginItem", "scans");
         QTest::newRow("matched 14399 s ago") << 14399 << false << false;
         QTest::newRow("matched 14401 s ago") << 14401 << false << true;
         QTest::newRow("14401 s, started by the login item") << 14401 << true << false;
@@ -327,9 +302,7 @@ private slots:
 
     void startUp()
     {
-        QFETCH(int, age);
-        QFETCH(bool, loginItem);
-        QFETCH(bool, scans);
+        auto [age, loginItem, scans] = fetch<int, bool, bool>("age", "loginItem", "scans");
         QVERIFY(runCheck());
         {
             VLScanData store;
@@ -351,8 +324,7 @@ private slots:
 
     void countingSinceLastNotified_data()
     {
-        QTest::addColumn<QString>("lastNotified");
-        QTest::addColumn<int>("count");
+        columns<QString, int>("lastNotified", "count");
         QTest::newRow("never notified: every outdated record") << QString() << 3;
         QTest::newRow("dates after it count") << QStringLiteral("2026-11-19 10:00:00 +0000") << 2;
         QTest::newRow("nothing newer: no notification") << QStringLiteral("2026-12-01 00:00:00 +0000") << 0;
@@ -360,8 +332,7 @@ private slots:
 
     void countingSinceLastNotified()
     {
-        QFETCH(QString, lastNotified);
-        QFETCH(int, count);
+        auto [lastNotified, count] = fetch<QString, int>("lastNotified", "count");
         VLSettings().remove(QString::fromLatin1(SettingKey::lastNotified));
         if (!lastNotified.isNull()) {
             setSetting(SettingKey::lastNotified, lastNotified);

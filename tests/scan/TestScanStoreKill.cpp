@@ -56,58 +56,57 @@ class TestScanStoreKill : public QObject
     Q_OBJECT
 
 private slots:
-    void survivesKillAtAnyMoment();
-};
-
-void TestScanStoreKill::survivesKillAtAnyMoment()
-{
-    const QString folder = QDir::homePath() + QStringLiteral("/store");
-    QVERIFY(QDir().mkpath(folder));
-    const QString file = folder + QStringLiteral("/vldscan.vld6");
-    // Kills are spread over a few saves' time, measured here so that slow builds (sanitizers) are killed as often
-    // before, during and between their saves as fast ones.
-    QElapsedTimer timer;
-    timer.start();
-    VLScanData probe(QDir::homePath() + QStringLiteral("/probe.vld6"));
-    probe.setApps(StoreGenerations::records(1));
-    QVERIFY(probe.saveDataToDisk());
-    const int saveUs = int(std::max<qint64>(timer.nsecsElapsed() / 1000, 1000));
-
-    QRandomGenerator random(20261122);
-    int lastGeneration = 0;
-    for (int round = 0; round < 40; ++round) {
-        const pid_t writer = startWriter(file);
-        QVERIFY2(writer > 0, "the writer did not start");
-        usleep(useconds_t(random.bounded(saveUs / 4, saveUs * 6)));
-        kill(writer, SIGKILL);
-        int status = 0;
-        QCOMPARE(waitpid(writer, &status, 0), writer); // a zombie would still count as the lock's live holder
-
-        VLScanData store(file);
-        VLScanData::Change change(store, 5000);
-        QVERIFY2(change.isLocked(), "the killed writer's lock was not taken over");
-        const int generation = StoreGenerations::stored(store);
-        QVERIFY2(generation >= 0, qPrintable(QStringLiteral("round %1: a mixed or cut-short store").arg(round)));
-        QVERIFY2(generation >= lastGeneration, qPrintable(QStringLiteral("round %1: saved records lost").arg(round)));
-        QVERIFY(!QFile::exists(file + QStringLiteral(".damaged")));
-        lastGeneration = generation;
-    }
-    qInfo("%d generations written", lastGeneration);
-    QVERIFY2(lastGeneration > 10, "the writer hardly ever finished a save: the kills proved little");
-
-    // A save killed between creating its temporary file and renaming it leaves that file behind; the next save
-    // clears it, and nothing that only looks like it.
-    QFile(file + QStringLiteral(".new-Ab12Cd")).open(QIODevice::WriteOnly);
-    QFile(file + QStringLiteral(".backup")).open(QIODevice::WriteOnly);
+    void survivesKillAtAnyMoment()
     {
-        VLScanData store(file);
-        VLScanData::Change change(store);
-        QVERIFY(store.saveDataToDisk());
+        const QString folder = QDir::homePath() + QStringLiteral("/store");
+        QVERIFY(QDir().mkpath(folder));
+        const QString file = folder + QStringLiteral("/vldscan.vld6");
+        // Kills are spread over a few saves' time, measured here so that slow builds (sanitizers) are killed as often
+        // before, during and between their saves as fast ones.
+        QElapsedTimer timer;
+        timer.start();
+        VLScanData probe(QDir::homePath() + QStringLiteral("/probe.vld6"));
+        probe.setApps(StoreGenerations::records(1));
+        QVERIFY(probe.saveDataToDisk());
+        const int saveUs = int(std::max<qint64>(timer.nsecsElapsed() / 1000, 1000));
+
+        QRandomGenerator random(20261122);
+        int lastGeneration = 0;
+        for (int round = 0; round < 40; ++round) {
+            const pid_t writer = startWriter(file);
+            QVERIFY2(writer > 0, "the writer did not start");
+            usleep(useconds_t(random.bounded(saveUs / 4, saveUs * 6)));
+            kill(writer, SIGKILL);
+            int status = 0;
+            QCOMPARE(waitpid(writer, &status, 0), writer); // a zombie would still count as the lock's live holder
+
+            VLScanData store(file);
+            VLScanData::Change change(store, 5000);
+            QVERIFY2(change.isLocked(), "the killed writer's lock was not taken over");
+            const int generation = StoreGenerations::stored(store);
+            QVERIFY2(generation >= 0, qPrintable(QStringLiteral("round %1: a mixed or cut-short store").arg(round)));
+            QVERIFY2(generation >= lastGeneration,
+                     qPrintable(QStringLiteral("round %1: saved records lost").arg(round)));
+            QVERIFY(!QFile::exists(file + QStringLiteral(".damaged")));
+            lastGeneration = generation;
+        }
+        qInfo("%d generations written", lastGeneration);
+        QVERIFY2(lastGeneration > 10, "the writer hardly ever finished a save: the kills proved little");
+
+        // A save killed between creating its temporary file and renaming it leaves that file behind; the next save
+        // clears it, and nothing that only looks like it.
+        QFile(file + QStringLiteral(".new-Ab12Cd")).open(QIODevice::WriteOnly);
+        QFile(file + QStringLiteral(".backup")).open(QIODevice::WriteOnly);
+        {
+            VLScanData store(file);
+            VLScanData::Change change(store);
+            QVERIFY(store.saveDataToDisk());
+        }
+        QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden),
+                 (QStringList{QStringLiteral("vldscan.vld6"), QStringLiteral("vldscan.vld6.backup"),
+                              QStringLiteral("vldscan.vld6.lock")}));
     }
-    QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden),
-             (QStringList{QStringLiteral("vldscan.vld6"), QStringLiteral("vldscan.vld6.backup"),
-                          QStringLiteral("vldscan.vld6.lock")}));
-}
+};
 
 VELMORA_TEST_MAIN(TestScanStoreKill)
 #include "TestScanStoreKill.moc"

@@ -1,4 +1,6 @@
+#include "support/DataTable.h"
 #include "support/TestMain.h"
+#include "support/Utf8.h"
 
 #include "scan/VLBlacklist.h"
 #include "support/PlistFiles.h"
@@ -7,144 +9,113 @@
 #include <QSet>
 #include <QTemporaryDir>
 
-namespace {
-QStringList L(std::initializer_list<const char *> items)
-{
-    QStringList list;
-    for (const char *item : items) {
-        list.append(QString::fromUtf8(item));
-    }
-    return list;
-}
-} // namespace
-
 class TestVLBlacklist : public QObject
 {
     Q_OBJECT
 
 private slots:
-    void builtInList();
-    void appIsOnBlackList_data();
-    void appIsOnBlackList();
-    void virtualMachineApps_data();
-    void virtualMachineApps();
-    void serverList_data();
-    void serverList();
+    void builtInList()
+    {
+        const QStringList &list = VLBlacklist::builtInList();
+        QCOMPARE(list.size(), 342);
+        QCOMPARE(list.first(), QStringLiteral("0SEx"));
+        QCOMPARE(list.last(), QStringLiteral("DiskWarrior 4 Keygen"));
+        QCOMPARE(QSet<QString>(list.begin(), list.end()).size(), list.size());
+        // Every name in its place: an edit anywhere in the two lists changes these.
+        const auto digest = [](const QStringList &names) {
+            return QCryptographicHash::hash(names.join(QLatin1Char('\n')).toUtf8(), QCryptographicHash::Sha256).toHex();
+        };
+        QCOMPARE(digest(list), QByteArray("582cda1829edd055c2cd21d2b9606d6424fa41249c11059d5b3142222d357725"));
+        QCOMPARE(VLBlacklist::builtInWidgets().size(), 21);
+        QCOMPARE(digest(VLBlacklist::builtInWidgets()),
+                 QByteArray("4eb869a02f8388ca49dc9984d2ef33c5581856b2482174e8432846e454f89d4f"));
+    }
+
+    void appIsOnBlackList_data()
+    {
+        columns<QString, bool>("path", "listed");
+
+        QTest::newRow("plain app") << "/Applications/Foo.app" << false;
+        QTest::newRow("exact name on the list") << "/Applications/Chess.app" << true;
+        QTest::newRow("list is case-sensitive") << "/Applications/velmora.app" << false;
+        QTest::newRow("list entry with its extension") << "/Applications/FlowSupport.app.app" << true;
+        QTest::newRow("escaped dots never match") << "/Applications/Java 1.3.1 Plugin Settings.app" << false;
+        QTest::newRow("Firmware in the name") << "/Applications/Mac Pro EFI Firmware 2.app" << true;
+        QTest::newRow("Flash Player pane") << "/Library/PreferencePanes/Flash Player.prefPane" << true;
+        QTest::newRow("Install") << "/Applications/Adobe Installer.app" << true;
+        QTest::newRow("install inside Uninstall") << "/Applications/Uninstall Foo.app" << true;
+        QTest::newRow("substring tests are case-sensitive") << "/Applications/SETUP Assistant.app" << false;
+        QTest::newRow("system widget") << "/Library/Widgets/Weather.wdgt" << true;
+        QTest::newRow("third-party widget") << "/Library/Widgets/Radar.wdgt" << false;
+        QTest::newRow("widget rule replaces the name tests") << "/Library/Widgets/MySetupWidget.wdgt" << false;
+        QTest::newRow("widget rule replaces the list") << "/Library/Widgets/Chess.wdgt" << false;
+        QTest::newRow("widget extension is exact") << "/Library/Widgets/Weather.WDGT" << false;
+        QTest::newRow("Xcode plug-in") << "/Applications/Foo.xcplugin" << true;
+        QTest::newRow("inside Toast 11 Titanium")
+            << "/Applications/Toast 11 Titanium/Toast Audio Assistant.app" << true;
+        QTest::newRow("Toast Titanium itself") << "/Applications/Toast 11 Titanium/Toast Titanium.app" << false;
+        QTest::newRow("plug-in outside Internet Plug-Ins") << "/Library/Foo/Foo.plugin" << true;
+        QTest::newRow("plug-in in Internet Plug-Ins") << "/Library/Internet Plug-Ins/Foo.plugin" << false;
+        QTest::newRow("earlier outcome survives the plug-in test") << "/Library/Internet Plug-Ins/Setup.plugin" << true;
+        QTest::newRow("path is standardised") << "/Library/Internet Plug-Ins/../Foo/Foo.plugin" << true;
+        QTest::newRow("name with a line break") << "/Applications/Chess\n.app" << false;
+    }
+
+    void appIsOnBlackList()
+    {
+        auto [path, listed] = fetch<QString, bool>("path", "listed");
+        const VLBlacklist blacklist;
+        QCOMPARE(blacklist.appIsOnBlackList(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1), path), listed);
+    }
+
+    void virtualMachineApps_data()
+    {
+        columns<QString, bool, bool>("identifier", "binary", "listed");
+
+        QTest::newRow("ordinary app") << "com.example.foo" << false << false;
+        QTest::newRow("Parallels Windows app") << "com.parallels.winapp.notepad" << false << true;
+        QTest::newRow("VMware proxy app") << "com.vmware.proxyApp.123" << false << true;
+        QTest::newRow("binary list") << "com.parallels.winapp.paint" << true << true;
+        QTest::newRow("binary list with non-ASCII text") << "com.parallels.winapp.bücher" << true << true;
+        QTest::newRow("match is case-sensitive") << "com.VMware.proxyapp" << false << false;
+        QTest::newRow("Adobe is no reason") << "com.adobe.Photoshop" << false << false;
+    }
+
+    void virtualMachineApps()
+    {
+        auto [identifier, binary, listed] = fetch<QString, bool, bool>("identifier", "binary", "listed");
+        QTemporaryDir dir;
+        const QString bundle = PlistFiles::makeBundle(
+            dir.path() + QStringLiteral("/Notepad.app"), {{QStringLiteral("CFBundleIdentifier"), identifier}},
+            binary ? PlistFiles::PlistFormat::Binary : PlistFiles::PlistFormat::Xml);
+        QCOMPARE(VLBlacklist().appIsOnBlackList(QStringLiteral("Notepad.app"), bundle), listed);
+    }
+
+    void serverList_data()
+    {
+        columns<QString, QStringList>("text", "names");
+
+        QTest::newRow("lines") << "Foo\nBar\n" << L({"Foo", "Bar"});
+        QTest::newRow("empty lines left out") << "\n\nFoo\n\n" << L({"Foo"});
+        QTest::newRow("carriage returns kept") << "Foo\r\nBar\r\n" << L({"Foo\r", "Bar\r"});
+        QTest::newRow("duplicates kept") << "Foo\nFoo" << L({"Foo", "Foo"});
+        QTest::newRow("nothing") << "" << QStringList{};
+    }
+
+    void serverList()
+    {
+        auto [text, names] = fetch<QString, QStringList>("text", "names");
+        QCOMPARE(VLBlacklist::splitServerList(text), names);
+
+        VLBlacklist blacklist;
+        blacklist.append(names);
+        QCOMPARE(blacklist.names().size(), 342 + names.size());
+        // A name that kept its carriage return matches no real bundle.
+        const bool anyPlain = names.contains(QStringLiteral("Foo"));
+        QCOMPARE(blacklist.appIsOnBlackList(QStringLiteral("Foo.app"), QStringLiteral("/Applications/Foo.app")),
+                 anyPlain);
+    }
 };
-
-void TestVLBlacklist::builtInList()
-{
-    const QStringList &list = VLBlacklist::builtInList();
-    QCOMPARE(list.size(), 342);
-    QCOMPARE(list.first(), QStringLiteral("0SEx"));
-    QCOMPARE(list.last(), QStringLiteral("DiskWarrior 4 Keygen"));
-    QCOMPARE(QSet<QString>(list.begin(), list.end()).size(), list.size());
-    // Every name in its place: an edit anywhere in the two lists changes these.
-    const auto digest = [](const QStringList &names) {
-        return QCryptographicHash::hash(names.join(QLatin1Char('\n')).toUtf8(), QCryptographicHash::Sha256).toHex();
-    };
-    QCOMPARE(digest(list), QByteArray("582cda1829edd055c2cd21d2b9606d6424fa41249c11059d5b3142222d357725"));
-    QCOMPARE(VLBlacklist::builtInWidgets().size(), 21);
-    QCOMPARE(digest(VLBlacklist::builtInWidgets()),
-             QByteArray("4eb869a02f8388ca49dc9984d2ef33c5581856b2482174e8432846e454f89d4f"));
-}
-
-void TestVLBlacklist::appIsOnBlackList_data()
-{
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<bool>("listed");
-
-    QTest::newRow("plain app") << "/Applications/Foo.app" << false;
-    QTest::newRow("exact name on the list") << "/Applications/Chess.app" << true;
-    QTest::newRow("list is case-sensitive") << "/Applications/velmora.app" << false;
-    QTest::newRow("list entry with its extension") << "/Applications/FlowSupport.app.app" << true;
-    QTest::newRow("escaped dots never match") << "/Applications/Java 1.3.1 Plugin Settings.app" << false;
-    QTest::newRow("Firmware in the name") << "/Applications/Mac Pro EFI Firmware 2.app" << true;
-    QTest::newRow("QuickTime Player 7 in the name") << "/Applications/QuickTime Player 7 Pro.app" << true;
-    QTest::newRow("Flash Player pane") << "/Library/PreferencePanes/Flash Player.prefPane" << true;
-    QTest::newRow("BOINC saver") << "/Library/Screen Savers/BOINCSaver.saver" << true;
-    QTest::newRow("Install") << "/Applications/Adobe Installer.app" << true;
-    QTest::newRow("install inside Uninstall") << "/Applications/Uninstall Foo.app" << true;
-    QTest::newRow("Reset") << "/Applications/Reset Password.app" << true;
-    QTest::newRow("Removal") << "/Applications/Foo Removal Tool.app" << true;
-    QTest::newRow("substring tests are case-sensitive") << "/Applications/SETUP Assistant.app" << false;
-    QTest::newRow("system widget") << "/Library/Widgets/Weather.wdgt" << true;
-    QTest::newRow("third-party widget") << "/Library/Widgets/Radar.wdgt" << false;
-    QTest::newRow("widget rule replaces the name tests") << "/Library/Widgets/MySetupWidget.wdgt" << false;
-    QTest::newRow("widget rule replaces the list") << "/Library/Widgets/Chess.wdgt" << false;
-    QTest::newRow("widget extension is exact") << "/Library/Widgets/Weather.WDGT" << false;
-    QTest::newRow("Xcode plug-in") << "/Applications/Foo.xcplugin" << true;
-    QTest::newRow("IDE plug-in") << "/Applications/Foo.ideplugin" << true;
-    QTest::newRow("inside Toast 11 Titanium") << "/Applications/Toast 11 Titanium/Toast Audio Assistant.app" << true;
-    QTest::newRow("Toast Titanium itself") << "/Applications/Toast 11 Titanium/Toast Titanium.app" << false;
-    QTest::newRow("plug-in outside Internet Plug-Ins") << "/Library/Foo/Foo.plugin" << true;
-    QTest::newRow("plug-in in Internet Plug-Ins") << "/Library/Internet Plug-Ins/Foo.plugin" << false;
-    QTest::newRow("web plug-in outside") << "/Applications/Foo.webplugin" << true;
-    QTest::newRow("earlier outcome survives the plug-in test") << "/Library/Internet Plug-Ins/Setup.plugin" << true;
-    QTest::newRow("path is standardised") << "/Library/Internet Plug-Ins/../Foo/Foo.plugin" << true;
-    QTest::newRow("name with a line break") << "/Applications/Chess\n.app" << false;
-}
-
-void TestVLBlacklist::appIsOnBlackList()
-{
-    QFETCH(QString, path);
-    QFETCH(bool, listed);
-    const VLBlacklist blacklist;
-    QCOMPARE(blacklist.appIsOnBlackList(path.mid(path.lastIndexOf(QLatin1Char('/')) + 1), path), listed);
-}
-
-void TestVLBlacklist::virtualMachineApps_data()
-{
-    QTest::addColumn<QString>("identifier");
-    QTest::addColumn<bool>("binary");
-    QTest::addColumn<bool>("listed");
-
-    QTest::newRow("ordinary app") << "com.example.foo" << false << false;
-    QTest::newRow("Parallels Windows app") << "com.parallels.winapp.notepad" << false << true;
-    QTest::newRow("VMware proxy app") << "com.vmware.proxyApp.123" << false << true;
-    QTest::newRow("binary list") << "com.parallels.winapp.paint" << true << true;
-    QTest::newRow("binary list with non-ASCII text") << "com.parallels.winapp.bücher" << true << true;
-    QTest::newRow("match is case-sensitive") << "com.VMware.proxyapp" << false << false;
-    QTest::newRow("Adobe is no reason") << "com.adobe.Photoshop" << false << false;
-}
-
-void TestVLBlacklist::virtualMachineApps()
-{
-    QFETCH(QString, identifier);
-    QFETCH(bool, binary);
-    QFETCH(bool, listed);
-    QTemporaryDir dir;
-    const QString bundle = PlistFiles::makeBundle(
-        dir.path() + QStringLiteral("/Notepad.app"), {{QStringLiteral("CFBundleIdentifier"), identifier}},
-        binary ? PlistFiles::PlistFormat::Binary : PlistFiles::PlistFormat::Xml);
-    QCOMPARE(VLBlacklist().appIsOnBlackList(QStringLiteral("Notepad.app"), bundle), listed);
-}
-
-void TestVLBlacklist::serverList_data()
-{
-    QTest::addColumn<QString>("text");
-    QTest::addColumn<QStringList>("names");
-
-    QTest::newRow("lines") << "Foo\nBar\n" << L({"Foo", "Bar"});
-    QTest::newRow("empty lines left out") << "\n\nFoo\n\n" << L({"Foo"});
-    QTest::newRow("carriage returns kept") << "Foo\r\nBar\r\n" << L({"Foo\r", "Bar\r"});
-    QTest::newRow("duplicates kept") << "Foo\nFoo" << L({"Foo", "Foo"});
-    QTest::newRow("nothing") << "" << QStringList{};
-}
-
-void TestVLBlacklist::serverList()
-{
-    QFETCH(QString, text);
-    QFETCH(QStringList, names);
-    QCOMPARE(VLBlacklist::splitServerList(text), names);
-
-    VLBlacklist blacklist;
-    blacklist.append(names);
-    QCOMPARE(blacklist.names().size(), 342 + names.size());
-    // A name that kept its carriage return matches no real bundle.
-    const bool anyPlain = names.contains(QStringLiteral("Foo"));
-    QCOMPARE(blacklist.appIsOnBlackList(QStringLiteral("Foo.app"), QStringLiteral("/Applications/Foo.app")), anyPlain);
-}
 
 VELMORA_TEST_MAIN(TestVLBlacklist)
 #include "TestVLBlacklist.moc"

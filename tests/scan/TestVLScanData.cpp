@@ -1,3 +1,5 @@
+#include "support/DataTable.h"
+#include "support/PlistFiles.h"
 #include "support/SmallDisk.h"
 #include "support/TestMain.h"
 
@@ -10,7 +12,8 @@
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QTemporaryDir>
-#include <QThread>
+
+#include <thread>
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -29,13 +32,6 @@ AppRef record(const QString &path, const QString &vlID)
     return app;
 }
 
-void writeBytes(const QString &path, const QByteArray &bytes)
-{
-    QFile file(path);
-    QVERIFY(file.open(QIODevice::WriteOnly));
-    file.write(bytes);
-}
-
 QByteArray readBytes(const QString &path)
 {
     QFile file(path);
@@ -48,289 +44,259 @@ class TestVLScanData : public QObject
 {
     Q_OBJECT
 
-private slots:
-    void init();
-    void noFile();
-    void roundTrip();
-    void damagedFileKeptAside_data();
-    void damagedFileKeptAside();
-    void refusedWithoutReading_data();
-    void refusedWithoutReading();
-    void saveOnFullDisk();
-    void lookups_data();
-    void lookups();
-    void changesOfTwoProcesses();
-
-private:
     std::unique_ptr<QTemporaryDir> m_dir;
     QString m_file;
-};
 
-void TestVLScanData::init()
-{
-    m_dir = std::make_unique<QTemporaryDir>();
-    m_file = m_dir->path() + QStringLiteral("/vldscan.vld6");
-}
+private slots:
+    void init()
+    {
+        m_dir = std::make_unique<QTemporaryDir>();
+        m_file = m_dir->path() + QStringLiteral("/vldscan.vld6");
+    }
 
-void TestVLScanData::noFile()
-{
-    VLScanData store(m_file);
-    QVERIFY(!store.apps());
-    store.updateAppsUsingNewScan({record(QStringLiteral("/a"), QString())});
-    QVERIFY(!store.apps()); // the driver installs the first scan itself
-    QVERIFY(store.saveDataToDisk());
-    QVERIFY(!QFile::exists(m_file)); // nothing to keep, so no empty store either
-
-    // Saving after the whole data folder was deleted (a forced reset) writes it anew.
-    store.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("1"))});
-    QVERIFY(QDir(m_dir->path()).removeRecursively());
-    QVERIFY(store.saveDataToDisk());
-    QCOMPARE(VLScanData(m_file).apps()->size(), 1);
-    QVERIFY(VLScanData::pathForDataFile().endsWith(QLatin1String("/Velmora/Velmora Desktop 6/vldscan.vld6")));
-}
-
-void TestVLScanData::roundTrip()
-{
-    const QString bundle = m_dir->path() + QStringLiteral("/Applications/Editor.app");
-    QDir().mkpath(bundle);
+    void noFile()
     {
         VLScanData store(m_file);
-        AppRef editor = record(bundle, QStringLiteral("501"));
-        editor->filehash = QStringLiteral("abc123");
-        editor->releaseNotes = QStringLiteral("Fixes.\nMore \"fixes\".");
-        AppRef purchase = record(QStringLiteral("-"), QStringLiteral("502"));
-        purchase->orderid = QStringLiteral("9");
-        store.setApps(AppList{editor, purchase});
+        QVERIFY(!store.apps());
+        store.updateAppsUsingNewScan({record(QStringLiteral("/a"), QString())});
+        QVERIFY(!store.apps()); // the driver installs the first scan itself
         QVERIFY(store.saveDataToDisk());
-    }
-    const QJsonObject root = QJsonDocument::fromJson(readBytes(m_file)).object();
-    QCOMPARE(root.keys(), QStringList{QStringLiteral("apps")});
-    QCOMPARE(root.value(QStringLiteral("apps")).toArray().size(), 2);
+        QVERIFY(!QFile::exists(m_file)); // nothing to keep, so no empty store either
 
-    VLScanData loaded(m_file);
-    QVERIFY(loaded.apps());
-    const AppList apps = *loaded.apps();
-    QCOMPARE(apps.size(), 2);
-    QCOMPARE(apps.at(0)->localPath, bundle);
-    QCOMPARE(apps.at(0)->vlID, QStringLiteral("501"));
-    QCOMPARE(apps.at(0)->filehash, QStringLiteral("abc123"));
-    QCOMPARE(apps.at(0)->releaseNotes, QStringLiteral("Fixes.\nMore \"fixes\"."));
-    QCOMPARE(apps.at(1)->orderid, QStringLiteral("9"));
-    QCOMPARE(apps.at(1)->localPath, QStringLiteral("-"));
-    QVERIFY(loaded.fileModDate().isValid());
-    QVERIFY(!QFile::exists(m_file + QStringLiteral(".damaged")));
-}
-
-void TestVLScanData::damagedFileKeptAside_data()
-{
-    QTest::addColumn<QByteArray>("content");
-    QTest::addColumn<QString>("aside"); // "moved", "copied" or "none"
-    QTest::addColumn<int>("records");   // -1: absent
-
-    QTest::newRow("not JSON") << QByteArray("\x00\x01garbage", 9) << "moved" << -1;
-    QTest::newRow("cut short") << QByteArray("{\"apps\": [{\"localPath\": \"/a\"") << "moved" << -1;
-    QTest::newRow("no apps key") << QByteArray("{\"records\": []}") << "moved" << -1;
-    QTest::newRow("apps not a list") << QByteArray("{\"apps\": 3}") << "moved" << -1;
-    QTest::newRow("a stray entry") << QByteArray("{\"apps\": [7, {\"localPath\": \"-\", \"vlID\": \"4\"}]}") << "copied"
-                                   << 1;
-    QTest::newRow("empty list") << QByteArray("{\"apps\": []}") << "none" << 0;
-}
-
-void TestVLScanData::damagedFileKeptAside()
-{
-    QFETCH(QByteArray, content);
-    QFETCH(QString, aside);
-    QFETCH(int, records);
-    writeBytes(m_file, content);
-    const QString damaged = m_file + QStringLiteral(".damaged");
-
-    VLScanData store(m_file);
-    QVERIFY(store.fileModDate().isValid()); // the file's date counts whether or not its records could be read
-    QCOMPARE(store.apps().has_value(), records >= 0);
-    if (records >= 0) {
-        QCOMPARE(store.apps()->size(), records);
-    }
-    QCOMPARE(QFile::exists(damaged), aside != QLatin1String("none"));
-    QCOMPARE(QFile::exists(m_file), aside != QLatin1String("moved"));
-    QCOMPARE(store.damage().has_value(), aside != QLatin1String("none")); // for a front end to tell the user
-    if (aside != QLatin1String("none")) {
-        QCOMPARE(readBytes(damaged), content);
-        QCOMPARE(store.damage()->keptAs, damaged);
+        // Saving after the whole data folder was deleted (a forced reset) writes it anew.
+        store.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("1"))});
+        QVERIFY(QDir(m_dir->path()).removeRecursively());
+        QVERIFY(store.saveDataToDisk());
+        QCOMPARE(VLScanData(m_file).apps()->size(), 1);
+        QVERIFY(VLScanData::pathForDataFile().endsWith(QLatin1String("/Velmora/Velmora Desktop 6/vldscan.vld6")));
     }
 
-    // The next save writes a good file and leaves the kept copy alone.
-    store.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("8"))});
-    QVERIFY(store.saveDataToDisk());
-    QCOMPARE(VLScanData(m_file).apps()->size(), 1);
-    if (aside != QLatin1String("none")) {
-        QCOMPARE(readBytes(damaged), content);
-    }
-}
-
-void TestVLScanData::refusedWithoutReading_data()
-{
-    QTest::addColumn<QString>("kind");
-    QTest::addColumn<QString>("reason");
-
-    // Reading any of these would block for ever, never end, or take gigabytes of memory.
-    QTest::newRow("pipe") << "pipe"
-                          << "not a plain file";
-    QTest::newRow("device") << "device"
-                            << "not a plain file";
-    QTest::newRow("past the largest store") << "sparse"
-                                            << "larger than 1 GB";
-}
-
-void TestVLScanData::refusedWithoutReading()
-{
-    QFETCH(QString, kind);
-    QFETCH(QString, reason);
-    const QByteArray path = QFile::encodeName(m_file);
-    if (kind == QLatin1String("pipe")) {
-        QCOMPARE(mkfifo(path.constData(), 0600), 0);
-    } else if (kind == QLatin1String("device")) {
-        QVERIFY(QFile::link(QStringLiteral("/dev/zero"), m_file));
-    } else {
-        QFile file(m_file);
-        QVERIFY(file.open(QIODevice::WriteOnly));
-        QVERIFY(file.resize(ScanStoreFile::kLargestStore + 1)); // sparse: no disk space taken
-    }
-
-    VLScanData store(m_file);
-    QVERIFY(!store.apps());
-    QVERIFY(store.damage());
-    QCOMPARE(store.damage()->reason, reason);
-    // Moved aside as it is (a link stays a link), so the next save writes a real store.
-    QCOMPARE(store.damage()->keptAs, m_file + QStringLiteral(".damaged"));
-    QVERIFY(!QFileInfo::exists(m_file) && !QFileInfo(m_file).isSymLink());
-    store.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("8"))});
-    QVERIFY(store.saveDataToDisk());
-    QCOMPARE(VLScanData(m_file).apps()->size(), 1);
-}
-
-void TestVLScanData::saveOnFullDisk()
-{
-    const QString folder = m_dir->path() + QStringLiteral("/small");
-    SmallDisk disk(folder);
-    if (!disk.isReady()) {
-        QSKIP(qPrintable(disk.skipReason()));
-    }
-    const QString file = folder + QStringLiteral("/vldscan.vld6");
-    VLScanData store(file);
-    store.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("1"))});
-    QVERIFY(store.saveDataToDisk());
-    const QByteArray before = readBytes(file);
-
-    // More than the disk holds: the first write is cut short, the next one fails.
-    AppList many;
-    for (int i = 0; i < 40; ++i) {
-        many.append(record(QStringLiteral("/Applications/App %1.app").arg(i), QString::number(i)));
-        many.last()->releaseNotes = QString(int(disk.capacity() / 20), QLatin1Char('n'));
-    }
-    store.setApps(many);
-    QVERIFY(!store.saveDataToDisk());
-    QCOMPARE(readBytes(file), before);
-    QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden),
-             (QStringList{QStringLiteral("vldscan.vld6"), QStringLiteral("vldscan.vld6.lock")}));
-    QCOMPARE(store.apps()->size(), 40); // the records in memory stay, to be saved later
-}
-
-void TestVLScanData::lookups_data()
-{
-    QTest::addColumn<QString>("vlID");
-    QTest::addColumn<bool>("hasApp");
-    QTest::addColumn<bool>("outdated");
-    QTest::addColumn<bool>("purchase");
-    QTest::addColumn<bool>("purchaseInstalled");
-
-    QTest::newRow("unknown") << "1" << false << false << false << false;
-    QTest::newRow("outdated installed") << "10" << true << true << false << false;
-    QTest::newRow("outdated but downloading, then one that is not") << "11" << true << true << false << false;
-    QTest::newRow("outdated but installing") << "12" << true << false << false << false;
-    QTest::newRow("outdated but not installed") << "13" << true << false << false << false;
-    QTest::newRow("purchase not installed") << "20" << true << false << true << false;
-    QTest::newRow("purchase installed") << "21" << true << false << false << true;
-    QTest::newRow("purchase version marked unknown") << "22" << true << false << false << false;
-}
-
-void TestVLScanData::lookups()
-{
-    QFETCH(QString, vlID);
-    QFETCH(bool, hasApp);
-    QFETCH(bool, outdated);
-    QFETCH(bool, purchase);
-    QFETCH(bool, purchaseInstalled);
-
-    const auto make = [](const char *path, const char *id, auto adjust) {
-        AppRef app = record(QString::fromUtf8(path), QString::fromUtf8(id));
-        adjust(*app);
-        return app;
-    };
-    const AppList apps = {
-        make("/a", "10", [](VLApp &a) { a.isOutdated = true; }),
-        make("/b", "11", [](VLApp &a) { a.isOutdated = true, a.isDownloading = true; }),
-        make("/c", "11", [](VLApp &a) { a.isOutdated = true; }),
-        make("/d", "12", [](VLApp &a) { a.isOutdated = true, a.isInstalling = true; }),
-        make("-", "13", [](VLApp &a) { a.isOutdated = true; }),
-        make("", "20", [](VLApp &a) { a.purchasedVersion = QStringLiteral("2.0"); }),
-        make("/e", "21", [](VLApp &a) { a.purchasedVersion = QStringLiteral("2.0"); }),
-        make("-", "22", [](VLApp &a) { a.purchasedVersion = QStringLiteral("-"); }),
-    };
-    VLScanData store(m_file);
-    store.setApps(apps);
-    QCOMPARE(store.hasAppWithVLID(vlID), hasApp);
-    QCOMPARE(store.hasOutdatedAppWithVLID(vlID), outdated);
-    QCOMPARE(store.hasPurchaseWithVLID(vlID), purchase);
-    QCOMPARE(store.hasPurchaseInstalledWithVLID(vlID), purchaseInstalled);
-    if (hasApp) {
-        QCOMPARE(store.appWithVLID(vlID)->vlID, vlID);
-        QVERIFY(apps.contains(store.appWithVLID(vlID)));
-    }
-    QCOMPARE(store.appWithVLID(QStringLiteral("11"))->localPath, QStringLiteral("/b")); // the first in stored order
-}
-
-void TestVLScanData::changesOfTwoProcesses()
-{
-    VLScanData desktop(m_file);
-    VLScanData cli(m_file);
+    void roundTrip()
     {
-        VLScanData::Change change(desktop);
-        QVERIFY(change.isLocked());
-        QVERIFY(!change.reloaded());
-        desktop.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("1"))});
+        const QString bundle = m_dir->path() + QStringLiteral("/Applications/Editor.app");
+        QDir().mkpath(bundle);
+        {
+            VLScanData store(m_file);
+            AppRef editor = record(bundle, QStringLiteral("501"));
+            editor->filehash = QStringLiteral("abc123");
+            editor->releaseNotes = QStringLiteral("Fixes.\nMore \"fixes\".");
+            AppRef purchase = record(QStringLiteral("-"), QStringLiteral("502"));
+            purchase->orderid = QStringLiteral("9");
+            store.setApps(AppList{editor, purchase});
+            QVERIFY(store.saveDataToDisk());
+        }
+        const QJsonObject root = QJsonDocument::fromJson(readBytes(m_file)).object();
+        QCOMPARE(root.keys(), QStringList{QStringLiteral("apps")});
+        QCOMPARE(root.value(QStringLiteral("apps")).toArray().size(), 2);
 
-        // The other side cannot start a change while this one runs; it runs on its own thread as a second process
-        // would.
-        bool otherLocked = true;
-        QThread *other = QThread::create([&] { otherLocked = VLScanData::Change(cli, 200).isLocked(); });
-        other->start();
-        other->wait();
-        delete other;
-        QVERIFY(!otherLocked);
-        QVERIFY(desktop.saveDataToDisk());
+        VLScanData loaded(m_file);
+        QVERIFY(loaded.apps());
+        const AppList apps = *loaded.apps();
+        QCOMPARE(apps.size(), 2);
+        QCOMPARE(apps.at(0)->localPath, bundle);
+        QCOMPARE(apps.at(0)->vlID, QStringLiteral("501"));
+        QCOMPARE(apps.at(0)->filehash, QStringLiteral("abc123"));
+        QCOMPARE(apps.at(0)->releaseNotes, QStringLiteral("Fixes.\nMore \"fixes\"."));
+        QCOMPARE(apps.at(1)->orderid, QStringLiteral("9"));
+        QCOMPARE(apps.at(1)->localPath, QStringLiteral("-"));
+        QVERIFY(loaded.fileModDate().isValid());
+        QVERIFY(!QFile::exists(m_file + QStringLiteral(".damaged")));
     }
+
+    void damagedFileKeptAside_data()
     {
-        VLScanData::Change change(cli, 1000);
-        QVERIFY(change.isLocked());
-        QVERIFY(change.reloaded()); // sees the desktop's record before changing anything
-        QCOMPARE(cli.apps()->size(), 1);
-        AppList apps = *cli.apps();
-        apps.append(record(QStringLiteral("-"), QStringLiteral("2")));
-        cli.setApps(apps);
-        QVERIFY(cli.saveDataToDisk());
+        // aside: "moved", "copied" or "none"; records -1: absent.
+        columns<QByteArray, QString, int>("content", "aside", "records");
+
+        QTest::newRow("not JSON") << QByteArray("\x00\x01garbage", 9) << "moved" << -1;
+        QTest::newRow("cut short") << QByteArray("{\"apps\": [{\"localPath\": \"/a\"") << "moved" << -1;
+        QTest::newRow("no apps key") << QByteArray("{\"records\": []}") << "moved" << -1;
+        QTest::newRow("apps not a list") << QByteArray("{\"apps\": 3}") << "moved" << -1;
+        QTest::newRow("a stray entry") << QByteArray("{\"apps\": [7, {\"localPath\": \"-\", \"vlID\": \"4\"}]}")
+                                       << "copied" << 1;
+        QTest::newRow("empty list") << QByteArray("{\"apps\": []}") << "none" << 0;
     }
+
+    void damagedFileKeptAside()
     {
-        VLScanData::Change change(desktop);
-        QVERIFY(change.reloaded());
+        auto [content, aside, records] = fetch<QByteArray, QString, int>("content", "aside", "records");
+        QVERIFY(PlistFiles::writeFile(m_file, content));
+        const QString damaged = m_file + QStringLiteral(".damaged");
+
+        VLScanData store(m_file);
+        QVERIFY(store.fileModDate().isValid()); // the file's date counts whether or not its records could be read
+        QCOMPARE(store.apps().has_value(), records >= 0);
+        if (records >= 0) {
+            QCOMPARE(store.apps()->size(), records);
+        }
+        QCOMPARE(QFile::exists(damaged), aside != QLatin1String("none"));
+        QCOMPARE(QFile::exists(m_file), aside != QLatin1String("moved"));
+        QCOMPARE(store.damage().has_value(), aside != QLatin1String("none")); // for a front end to tell the user
+        if (aside != QLatin1String("none")) {
+            QCOMPARE(readBytes(damaged), content);
+            QCOMPARE(store.damage()->keptAs, damaged);
+        }
+
+        // The next save writes a good file and leaves the kept copy alone.
+        store.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("8"))});
+        QVERIFY(store.saveDataToDisk());
+        QCOMPARE(VLScanData(m_file).apps()->size(), 1);
+        if (aside != QLatin1String("none")) {
+            QCOMPARE(readBytes(damaged), content);
+        }
+    }
+
+    void refusedWithoutReading_data()
+    {
+        columns<QString, QString>("kind", "reason");
+
+        // Reading any of these would block for ever, never end, or take gigabytes of memory.
+        const QString notPlain = QStringLiteral("not a plain file");
+        QTest::newRow("pipe") << QStringLiteral("pipe") << notPlain;
+        QTest::newRow("device") << QStringLiteral("device") << notPlain;
+        QTest::newRow("past the largest store") << QStringLiteral("sparse") << QStringLiteral("larger than 1 GB");
+    }
+
+    void refusedWithoutReading()
+    {
+        auto [kind, reason] = fetch<QString, QString>("kind", "reason");
+        const QByteArray path = QFile::encodeName(m_file);
+        if (kind == QLatin1String("pipe")) {
+            QCOMPARE(mkfifo(path.constData(), 0600), 0);
+        } else if (kind == QLatin1String("device")) {
+            QVERIFY(QFile::link(QStringLiteral("/dev/zero"), m_file));
+        } else {
+            QFile file(m_file);
+            QVERIFY(file.open(QIODevice::WriteOnly));
+            QVERIFY(file.resize(ScanStoreFile::kLargestStore + 1)); // sparse: no disk space taken
+        }
+
+        VLScanData store(m_file);
+        QVERIFY(!store.apps());
+        QVERIFY(store.damage());
+        QCOMPARE(store.damage()->reason, reason);
+        // Moved aside as it is (a link stays a link), so the next save writes a real store.
+        QCOMPARE(store.damage()->keptAs, m_file + QStringLiteral(".damaged"));
+        QVERIFY(!QFileInfo::exists(m_file) && !QFileInfo(m_file).isSymLink());
+        store.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("8"))});
+        QVERIFY(store.saveDataToDisk());
+        QCOMPARE(VLScanData(m_file).apps()->size(), 1);
+    }
+
+    void saveOnFullDisk()
+    {
+        const QString folder = m_dir->path() + QStringLiteral("/small");
+        SmallDisk disk(folder);
+        if (!disk.isReady()) {
+            QSKIP(qPrintable(disk.skipReason()));
+        }
+        const QString file = folder + QStringLiteral("/vldscan.vld6");
+        VLScanData store(file);
+        store.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("1"))});
+        QVERIFY(store.saveDataToDisk());
+        const QByteArray before = readBytes(file);
+
+        // More than the disk holds: the first write is cut short, the next one fails.
+        AppList many;
+        for (int i = 0; i < 40; ++i) {
+            many.append(record(QStringLiteral("/Applications/App %1.app").arg(i), QString::number(i)));
+            many.last()->releaseNotes = QString(int(disk.capacity() / 20), QLatin1Char('n'));
+        }
+        store.setApps(many);
+        QVERIFY(!store.saveDataToDisk());
+        QCOMPARE(readBytes(file), before);
+        QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden),
+                 (QStringList{QStringLiteral("vldscan.vld6"), QStringLiteral("vldscan.vld6.lock")}));
+        QCOMPARE(store.apps()->size(), 40); // the records in memory stay, to be saved later
+    }
+
+    void lookups_data()
+    {
+        columns<QString, bool, bool, bool, bool>("vlID", "hasApp", "outdated", "purchase", "purchaseInstalled");
+
+        QTest::newRow("unknown") << "1" << false << false << false << false;
+        QTest::newRow("outdated installed") << "10" << true << true << false << false;
+        QTest::newRow("outdated but downloading, then one that is not") << "11" << true << true << false << false;
+        QTest::newRow("outdated but installing") << "12" << true << false << false << false;
+        QTest::newRow("outdated but not installed") << "13" << true << false << false << false;
+        QTest::newRow("purchase not installed") << "20" << true << false << true << false;
+        QTest::newRow("purchase installed") << "21" << true << false << false << true;
+        QTest::newRow("purchase version marked unknown") << "22" << true << false << false << false;
+    }
+
+    void lookups()
+    {
+        auto [vlID, hasApp, outdated, purchase, purchaseInstalled] =
+            fetch<QString, bool, bool, bool, bool>("vlID", "hasApp", "outdated", "purchase", "purchaseInstalled");
+
+        const auto make = [](const char *path, const char *id, auto adjust) {
+            AppRef app = record(QString::fromUtf8(path), QString::fromUtf8(id));
+            adjust(*app);
+            return app;
+        };
+        const AppList apps = {
+            make("/a", "10", [](VLApp &a) { a.isOutdated = true; }),
+            make("/b", "11", [](VLApp &a) { a.isOutdated = true, a.isDownloading = true; }),
+            make("/c", "11", [](VLApp &a) { a.isOutdated = true; }),
+            make("/d", "12", [](VLApp &a) { a.isOutdated = true, a.isInstalling = true; }),
+            make("-", "13", [](VLApp &a) { a.isOutdated = true; }),
+            make("", "20", [](VLApp &a) { a.purchasedVersion = QStringLiteral("2.0"); }),
+            make("/e", "21", [](VLApp &a) { a.purchasedVersion = QStringLiteral("2.0"); }),
+            make("-", "22", [](VLApp &a) { a.purchasedVersion = QStringLiteral("-"); }),
+        };
+        VLScanData store(m_file);
+        store.setApps(apps);
+        QCOMPARE(store.hasAppWithVLID(vlID), hasApp);
+        QCOMPARE(store.hasOutdatedAppWithVLID(vlID), outdated);
+        QCOMPARE(store.hasPurchaseWithVLID(vlID), purchase);
+        QCOMPARE(store.hasPurchaseInstalledWithVLID(vlID), purchaseInstalled);
+        if (hasApp) {
+            QCOMPARE(store.appWithVLID(vlID)->vlID, vlID);
+            QVERIFY(apps.contains(store.appWithVLID(vlID)));
+        }
+        QCOMPARE(store.appWithVLID(QStringLiteral("11"))->localPath, QStringLiteral("/b")); // the first in stored order
+    }
+
+    void changesOfTwoProcesses()
+    {
+        VLScanData desktop(m_file);
+        VLScanData cli(m_file);
+        {
+            VLScanData::Change change(desktop);
+            QVERIFY(change.isLocked());
+            QVERIFY(!change.reloaded());
+            desktop.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("1"))});
+
+            // The other side cannot start a change while this one runs; it runs on its own thread as a second process
+            // would.
+            bool otherLocked = true;
+            std::thread([&] { otherLocked = VLScanData::Change(cli, 200).isLocked(); }).join();
+            QVERIFY(!otherLocked);
+            QVERIFY(desktop.saveDataToDisk());
+        }
+        {
+            VLScanData::Change change(cli, 1000);
+            QVERIFY(change.isLocked());
+            QVERIFY(change.reloaded()); // sees the desktop's record before changing anything
+            QCOMPARE(cli.apps()->size(), 1);
+            AppList apps = *cli.apps();
+            apps.append(record(QStringLiteral("-"), QStringLiteral("2")));
+            cli.setApps(apps);
+            QVERIFY(cli.saveDataToDisk());
+        }
+        {
+            VLScanData::Change change(desktop);
+            QVERIFY(change.reloaded());
+            QCOMPARE(desktop.apps()->size(), 2);
+        }
+        QVERIFY(!desktop.reloadIfChangedOnDisk()); // its own view is current
+
+        // Another process found the file damaged and kept it aside: the records in memory are not thrown away.
+        QFile::rename(m_file, m_file + QStringLiteral(".damaged"));
+        QVERIFY(!desktop.reloadIfChangedOnDisk());
         QCOMPARE(desktop.apps()->size(), 2);
     }
-    QVERIFY(!desktop.reloadIfChangedOnDisk()); // its own view is current
-
-    // Another process found the file damaged and kept it aside: the records in memory are not thrown away.
-    QFile::rename(m_file, m_file + QStringLiteral(".damaged"));
-    QVERIFY(!desktop.reloadIfChangedOnDisk());
-    QCOMPARE(desktop.apps()->size(), 2);
-}
+};
 
 VELMORA_TEST_MAIN(TestVLScanData)
 #include "TestVLScanData.moc"

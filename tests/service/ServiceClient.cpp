@@ -113,6 +113,23 @@ QJsonObject ServiceClient::automatch(const QByteArray &body)
                : QJsonObject();
 }
 
+QJsonObject ServiceClient::matchOne(const QByteArray &bundleId, const QByteArray &bundleName,
+                                    const QByteArray &displayName)
+{
+    return automatch("vld=6.0.4" + Requests::appFields(0, bundleName, "p0", displayName, "1.0", bundleId))
+        .value(QStringLiteral("0"))
+        .toObject();
+}
+
+QByteArray Requests::appFields(int index, const QByteArray &bundleName, const QByteArray &digest,
+                               const QByteArray &displayName, const QByteArray &version, const QByteArray &bundleId)
+{
+    const QByteArray i = QByteArray::number(index);
+    return "&app[" + i + "][t]=" + bundleName.toPercentEncoding() + "&app[" + i + "][p]=" + digest + "&app[" + i +
+           "][d]=" + displayName.toPercentEncoding() + "&app[" + i + "][v]=" + version + "&app[" + i +
+           "][b]=" + bundleId.toPercentEncoding() + "&app[" + i + "][m]=(null)";
+}
+
 namespace Replies {
 
 QList<QVariantMap> plistEntries(const QByteArray &xml)
@@ -125,3 +142,16 @@ QList<QVariantMap> plistEntries(const QByteArray &xml)
 }
 
 } // namespace Replies
+
+QStringList Replies::texts(const QJsonObject &object, std::initializer_list<const char *> keys)
+{
+    return texts(object.toVariantMap(), keys);
+}
+
+QStringList Replies::texts(const QVariantMap &map, std::initializer_list<const char *> keys)
+{
+    QStringList values;
+    for (const char *key : keys)
+        values.append(map.value(QLatin1StringView(key)).toString());
+    return values;
+}

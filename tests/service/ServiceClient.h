@@ -39,13 +39,25 @@ public:
 
     // POSTs a matching request and returns the decompressed, parsed reply (empty on any failure).
     QJsonObject automatch(const QByteArray &body);
+    // Matches one app, sent as index 0, and returns the reply's record for it (empty when nothing matched).
+    QJsonObject matchOne(const QByteArray &bundleId, const QByteArray &bundleName = "x.app",
+                         const QByteArray &displayName = "x");
 
 private:
     quint16 m_port;
     httplib::Client m_client;
 };
 
+namespace Requests {
+// One app group of a matching request, encoded as the program encodes it.
+QByteArray appFields(int index, const QByteArray &bundleName, const QByteArray &digest, const QByteArray &displayName,
+                     const QByteArray &version, const QByteArray &bundleId);
+} // namespace Requests
+
 namespace Replies {
 // The "entries" of an XML property-list reply, each a dictionary.
 QList<QVariantMap> plistEntries(const QByteArray &xml);
+// The values of keys as texts, in order, to compare several fields of a reply at once.
+QStringList texts(const QJsonObject &object, std::initializer_list<const char *> keys);
+QStringList texts(const QVariantMap &map, std::initializer_list<const char *> keys);
 } // namespace Replies

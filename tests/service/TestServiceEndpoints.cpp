@@ -2,22 +2,14 @@
 
 #include "ServiceClient.h"
 #include "platform/RAZipper.h"
+#include "support/DataTable.h"
 #include "support/TestMain.h"
+#include "support/Utf8.h"
 
 #include <QFile>
 #include <QJsonDocument>
 
 namespace {
-
-// One app group of a matching request, encoded as the program encodes it.
-QByteArray appFields(int index, const QByteArray &bundleName, const QByteArray &digest, const QByteArray &displayName,
-                     const QByteArray &version, const QByteArray &bundleId)
-{
-    const QByteArray i = QByteArray::number(index);
-    return "&app[" + i + "][t]=" + bundleName.toPercentEncoding() + "&app[" + i + "][p]=" + digest + "&app[" + i +
-           "][d]=" + displayName.toPercentEncoding() + "&app[" + i + "][v]=" + version + "&app[" + i +
-           "][b]=" + bundleId.toPercentEncoding() + "&app[" + i + "][m]=(null)";
-}
 
 const QByteArray head = "vld=6.0.4&c=C02TEST&p=0&mid=0&uuid=5F0B6C1E-0000-4000-8000-000000000001&type=manual";
 
@@ -41,21 +33,19 @@ private slots:
     void automatchReplyShape()
     {
         // Index 0 is skipped, as when the first app of a scan is not installed; index 2 matches nothing.
-        const QByteArray body = head +
-                                appFields(1, "Velmora Notes.app", "0123456789abcdef0123456789abcdef", "Velmora Notes",
-                                          "1.0 (12)+b", "com.velmora.sample.notes") +
-                                appFields(2, "Unknown.app", "ffff", "Unknown", "3", "org.example.unknown") +
-                                appFields(5, "Reader.app", "abab", "Reader", "1.0", "com.velmora.sample.reader");
+        const QByteArray body =
+            head +
+            Requests::appFields(1, "Velmora Notes.app", "0123456789abcdef0123456789abcdef", "Velmora Notes",
+                                "1.0 (12)+b", "com.velmora.sample.notes") +
+            Requests::appFields(2, "Unknown.app", "ffff", "Unknown", "3", "org.example.unknown") +
+            Requests::appFields(5, "Reader.app", "abab", "Reader", "1.0", "com.velmora.sample.reader");
         const QJsonObject reply = m_client->automatch(body);
         QCOMPARE(reply.keys(), (QStringList{QStringLiteral("1"), QStringLiteral("5")}));
         const QJsonObject notes = reply.value(QStringLiteral("1")).toObject();
-        QCOMPARE(notes.value(QStringLiteral("h")).toString(), QStringLiteral("0123456789abcdef0123456789abcdef"));
-        QCOMPARE(notes.value(QStringLiteral("i")).toString(), QStringLiteral("1.0 (12)+b")); // sent as is
-        QCOMPARE(notes.value(QStringLiteral("m")).toString(), QStringLiteral("5001"));
-        QCOMPARE(notes.value(QStringLiteral("g")).toString(), QStringLiteral("Velmora Notes"));
-        QCOMPARE(notes.value(QStringLiteral("j")).toString(), QStringLiteral("2.0"));
-        const QString link = notes.value(QStringLiteral("e1")).toString();
-        QCOMPARE(link, m_service.baseUrl() + QStringLiteral("/files/VelmoraNotes-2.0.zip"));
+        // The digest and installed version come back as they were sent.
+        QCOMPARE(Replies::texts(notes, {"h", "i", "m", "g", "j", "e1"}),
+                 L({"0123456789abcdef0123456789abcdef", "1.0 (12)+b", "5001", "Velmora Notes", "2.0"})
+                     << m_service.baseUrl() + QStringLiteral("/files/VelmoraNotes-2.0.zip"));
 
         // The hash is the SHA-256 of the file the link serves.
         const HttpAnswer file = m_client->get("/files/VelmoraNotes-2.0.zip");
@@ -75,10 +65,7 @@ private slots:
 
     void matchingPriority_data()
     {
-        QTest::addColumn<QByteArray>("bundleId");
-        QTest::addColumn<QByteArray>("bundleName");
-        QTest::addColumn<QByteArray>("displayName");
-        QTest::addColumn<QString>("expected");
+        columns<QByteArray, QByteArray, QByteArray, QString>("bundleId", "bundleName", "displayName", "expected");
         const auto row = [](const char *tag, const char *bundleId, const char *bundleName, const char *displayName,
                             const char *expected) {
             QTest::newRow(tag) << QByteArray(bundleId) << QByteArray(bundleName) << QByteArray(displayName)
@@ -93,13 +80,9 @@ private slots:
 
     void matchingPriority()
     {
-        QFETCH(QByteArray, bundleId);
-        QFETCH(QByteArray, bundleName);
-        QFETCH(QByteArray, displayName);
-        QFETCH(QString, expected);
-        const QJsonObject reply =
-            m_client->automatch(head + appFields(7, bundleName, "aa", displayName, "1", bundleId));
-        QCOMPARE(reply.value(QStringLiteral("7")).toObject().value(QStringLiteral("m")).toString(), expected);
+        auto [bundleId, bundleName, displayName, expected] =
+            fetch<QByteArray, QByteArray, QByteArray, QString>("bundleId", "bundleName", "displayName", "expected");
+        QCOMPARE(m_client->matchOne(bundleId, bundleName, displayName).value(QStringLiteral("m")).toString(), expected);
     }
 
     void appInfo()
@@ -107,11 +90,9 @@ private slots:
         const HttpAnswer reply = m_client->get("/vld6appinfo/index/vlid/5006");
         QCOMPARE(reply.status, 200);
         const QJsonObject info = QJsonDocument::fromJson(reply.body).object();
-        QCOMPARE(info.value(QStringLiteral("title")).toString(), QStringLiteral("Velmora Atlas"));
-        QCOMPARE(info.value(QStringLiteral("bundleid")).toString(), QStringLiteral("com.velmora.sample.atlas"));
-        QCOMPARE(info.value(QStringLiteral("minOS")).toString(), QStringLiteral("10.13"));
-        QCOMPARE(info.value(QStringLiteral("link")).toString(),
-                 m_service.baseUrl() + QStringLiteral("/files/VelmoraAtlas-2.0.pkg"));
+        QCOMPARE(Replies::texts(info, {"title", "bundleid", "minOS", "link"}),
+                 L({"Velmora Atlas", "com.velmora.sample.atlas", "10.13"})
+                     << m_service.baseUrl() + QStringLiteral("/files/VelmoraAtlas-2.0.pkg"));
         for (const char *key :
              {"shortDescription", "developer", "releaseNotes", "vlDate", "license", "stability", "descr", "filesize"})
             QVERIFY2(info.value(QLatin1StringView(key)).isString(), key);
@@ -136,9 +117,7 @@ private slots:
 
     void rangeDownloads_data()
     {
-        QTest::addColumn<QByteArray>("range");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<qsizetype>("from");
+        columns<QByteArray, int, qsizetype>("range", "status", "from");
         QTest::newRow("whole file") << QByteArray() << 200 << qsizetype(0);
         QTest::newRow("resume") << QByteArray("bytes=100-") << 206 << qsizetype(100);
         QTest::newRow("past the end") << QByteArray("bytes=99999999-") << 416 << qsizetype(-1);
@@ -147,9 +126,7 @@ private slots:
 
     void rangeDownloads()
     {
-        QFETCH(QByteArray, range);
-        QFETCH(int, status);
-        QFETCH(qsizetype, from);
+        auto [range, status, from] = fetch<QByteArray, int, qsizetype>("range", "status", "from");
         QFile original(ServiceProcess::filesDir() + QStringLiteral("/VelmoraReader-2.0.dmg"));
         QVERIFY(original.open(QIODevice::ReadOnly));
         const QByteArray bytes = original.readAll();
@@ -170,11 +147,8 @@ private slots:
 
     void badRequests_data()
     {
-        QTest::addColumn<QByteArray>("method");
-        QTest::addColumn<QByteArray>("target");
-        QTest::addColumn<QByteArray>("body");
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QByteArray>("logged"); // the target as the log shows it
+        // logged: the target as the log shows it.
+        columns<QByteArray, QByteArray, QByteArray, int, QByteArray>("method", "target", "body", "status", "logged");
         const auto row = [](const char *tag, const char *method, const QByteArray &target, const QByteArray &body,
                             int status, const char *logged = nullptr) {
             QTest::newRow(tag) << QByteArray(method) << target << body << status
@@ -214,11 +188,8 @@ private slots:
 
     void badRequests()
     {
-        QFETCH(QByteArray, method);
-        QFETCH(QByteArray, target);
-        QFETCH(QByteArray, body);
-        QFETCH(int, status);
-        QFETCH(QByteArray, logged);
+        auto [method, target, body, status, logged] =
+            fetch<QByteArray, QByteArray, QByteArray, int, QByteArray>("method", "target", "body", "status", "logged");
         const HttpAnswer reply = method == "GET" ? m_client->get(target) : m_client->post(target, body);
         QCOMPARE(reply.status, status);
         // The service is still there, and logged the refusal.
@@ -261,11 +232,8 @@ private slots:
         QCOMPARE(reply.status, 200);
         const QList<QVariantMap> entries = Replies::plistEntries(reply.body);
         QCOMPARE(entries.size(), 2);
-        QCOMPARE(entries.first().value(QStringLiteral("title")).toString(), QStringLiteral("Velmora Paint"));
-        QCOMPARE(entries.first().value(QStringLiteral("prod_id")).toString(), QStringLiteral("5002"));
-        QCOMPARE(entries.first().value(QStringLiteral("id")).toString(), QStringLiteral("801"));
-        QCOMPARE(entries.first().value(QStringLiteral("bundle_id")).toString(),
-                 QStringLiteral("com.velmora.sample.paint"));
+        QCOMPARE(Replies::texts(entries.first(), {"title", "prod_id", "id", "bundle_id"}),
+                 L({"Velmora Paint", "5002", "801", "com.velmora.sample.paint"}));
         for (const char *key : {"shortdescr", "link", "discount", "price", "appversion", "parent_sales_profile_id"})
             QVERIFY2(!entries.first().value(QLatin1StringView(key)).toString().isEmpty(), key);
     }

@@ -2,6 +2,7 @@
 // that do not end, slow and greedy clients, and secrets in paths however they are spelled.
 
 #include "ServiceClient.h"
+#include "support/DataTable.h"
 #include "support/TestMain.h"
 
 #include <QCryptographicHash>
@@ -65,10 +66,8 @@ private slots:
 
     void framings_data()
     {
-        QTest::addColumn<QByteArray>("head");
-        QTest::addColumn<int>("status");        // the connection is closed after every answer
-        QTest::addColumn<QByteArray>("filler"); // sent again and again until the service answers
-        QTest::addColumn<bool>("halfClose");
+        // The connection is closed after every answer; filler is sent again and again until the service answers.
+        columns<QByteArray, int, QByteArray, bool>("head", "status", "filler", "halfClose");
         const auto row = [](const char *tag, const QByteArray &head, int status, const QByteArray &filler = {},
                             bool halfClose = false) { QTest::newRow(tag) << head << status << filler << halfClose; };
         const QByteArray gzip = compressed(matchBody, 31), zlib = compressed(matchBody, 15);
@@ -96,10 +95,8 @@ private slots:
 
     void framings()
     {
-        QFETCH(QByteArray, head);
-        QFETCH(int, status);
-        QFETCH(QByteArray, filler);
-        QFETCH(bool, halfClose);
+        auto [head, status, filler, halfClose] =
+            fetch<QByteArray, int, QByteArray, bool>("head", "status", "filler", "halfClose");
         bool closed = false;
         const QByteArray answer = m_client->exchange(head, filler, halfClose, &closed);
         QVERIFY2(answer.startsWith(QByteArray("HTTP/1.1 " + QByteArray::number(status) + ' ')),
@@ -157,9 +154,7 @@ private slots:
 
     void secretsHiddenInLog_data()
     {
-        QTest::addColumn<QByteArray>("target");
-        QTest::addColumn<QByteArray>("logged");
-        QTest::addColumn<QByteArray>("secret");
+        columns<QByteArray, QByteArray, QByteArray>("target", "logged", "secret");
         const QByteArray digest = QCryptographicHash::hash("pw-digest", QCryptographicHash::Md5).toHex();
         QTest::newRow("encoded route") << QByteArray("/vld6member/%73ignup/e/a%40b.co/p/Secret-1/f/A/l/B")
                                        << QByteArray("/vld6member/%73ignup/e/a%40b.co/p/***/f/A/l/B")
@@ -179,9 +174,7 @@ private slots:
 
     void secretsHiddenInLog()
     {
-        QFETCH(QByteArray, target);
-        QFETCH(QByteArray, logged);
-        QFETCH(QByteArray, secret);
+        auto [target, logged, secret] = fetch<QByteArray, QByteArray, QByteArray>("target", "logged", "secret");
         QVERIFY(m_client->get(target).status != 0);
         QVERIFY(m_service.waitForLog(' ' + logged + ' '));
         QVERIFY(!m_service.log().contains(secret));

@@ -1,6 +1,7 @@
 // Importing catalogues: the real-world catalogue (idempotent, mapped, matchable) and refused files.
 
 #include "ServiceClient.h"
+#include "support/DataTable.h"
 #include "support/PlistFiles.h"
 #include "support/TestMain.h"
 
@@ -12,14 +13,6 @@
 namespace {
 
 const QString realCatalogue = QStringLiteral(VELMORA_REAL_CATALOGUE);
-
-QByteArray oneApp(int index, const QByteArray &bundleName, const QByteArray &displayName, const QByteArray &bundleId)
-{
-    const QByteArray i = QByteArray::number(index);
-    return "&app[" + i + "][t]=" + bundleName.toPercentEncoding() + "&app[" + i + "][p]=p" + i + "&app[" + i +
-           "][d]=" + displayName.toPercentEncoding() + "&app[" + i + "][v]=1.0&app[" + i +
-           "][b]=" + bundleId.toPercentEncoding() + "&app[" + i + "][m]=(null)";
-}
 
 } // namespace
 
@@ -42,26 +35,19 @@ private slots:
 
     void importingAgainChangesNothing()
     {
-        const QJsonObject before =
-            m_client->automatch("vld=6.0.4" + oneApp(0, "iTerm.app", "iTerm", "com.googlecode.iterm2"));
+        const QJsonObject before = m_client->matchOne("com.googlecode.iterm2", "iTerm.app", "iTerm");
         QByteArray output;
         QCOMPARE(m_service.runCommand({QStringLiteral("import"), realCatalogue}, &output), 0);
         QVERIFY2(output.contains(": 0 added, 0 changed, 4979 unchanged"), output.constData());
-        const QJsonObject after =
-            m_client->automatch("vld=6.0.4" + oneApp(0, "iTerm.app", "iTerm", "com.googlecode.iterm2"));
+        const QJsonObject after = m_client->matchOne("com.googlecode.iterm2", "iTerm.app", "iTerm");
         QVERIFY(!before.isEmpty());
         QCOMPARE(after, before);
     }
 
     void realRecordsMatch_data()
     {
-        QTest::addColumn<QByteArray>("bundleId");
-        QTest::addColumn<QByteArray>("bundleName");
-        QTest::addColumn<QByteArray>("displayName");
-        QTest::addColumn<QString>("name");
-        QTest::addColumn<QString>("version");
-        QTest::addColumn<QString>("minOs");
-        QTest::addColumn<QString>("stability");
+        columns<QByteArray, QByteArray, QByteArray, QString, QString, QString, QString>(
+            "bundleId", "bundleName", "displayName", "name", "version", "minOs", "stability");
         // 1Password's bundle id is claimed by its beta and nightly channels too: the release wins.
         QTest::newRow("shared bundle id")
             << QByteArray("com.1password.1password") << QByteArray("x.app") << QByteArray("x")
@@ -73,20 +59,11 @@ private slots:
 
     void realRecordsMatch()
     {
-        QFETCH(QByteArray, bundleId);
-        QFETCH(QByteArray, bundleName);
-        QFETCH(QByteArray, displayName);
-        QFETCH(QString, name);
-        QFETCH(QString, version);
-        QFETCH(QString, minOs);
-        QFETCH(QString, stability);
-        const QJsonObject record = m_client->automatch("vld=6.0.4" + oneApp(3, bundleName, displayName, bundleId))
-                                       .value(QStringLiteral("3"))
-                                       .toObject();
-        QCOMPARE(record.value(QStringLiteral("g")).toString(), name);
-        QCOMPARE(record.value(QStringLiteral("j")).toString(), version);
-        QCOMPARE(record.value(QStringLiteral("l")).toString(), minOs);
-        QCOMPARE(record.value(QStringLiteral("n")).toString(), stability);
+        auto [bundleId, bundleName, displayName, name, version, minOs, stability] =
+            fetch<QByteArray, QByteArray, QByteArray, QString, QString, QString, QString>(
+                "bundleId", "bundleName", "displayName", "name", "version", "minOs", "stability");
+        const QJsonObject record = m_client->matchOne(bundleId, bundleName, displayName);
+        QCOMPARE(Replies::texts(record, {"g", "j", "l", "n"}), (QStringList{name, version, minOs, stability}));
         QVERIFY(record.value(QStringLiteral("m")).toString().toLongLong() >= 100000);
         QVERIFY(record.value(QStringLiteral("e1")).toString().startsWith(QStringLiteral("https://")));
         QCOMPARE(record.value(QStringLiteral("filehash")).toString().size(), 64);
@@ -102,8 +79,10 @@ private slots:
         for (int i = 0; i < all.size() && sent < 500; i += 7, ++sent) {
             const QJsonObject app = all.at(i).toObject();
             const QJsonArray ids = app.value(QStringLiteral("bundle_ids")).toArray();
-            body += oneApp(2 * sent, "x.app", app.value(QStringLiteral("name")).toString().toUtf8(),
-                           ids.isEmpty() ? QByteArray() : ids.at(0).toString().toUtf8());
+            const QByteArray index = QByteArray::number(2 * sent);
+            body += Requests::appFields(2 * sent, "x.app", "p" + index,
+                                        app.value(QStringLiteral("name")).toString().toUtf8(), "1.0",
+                                        ids.isEmpty() ? QByteArray() : ids.at(0).toString().toUtf8());
         }
         const QJsonObject reply = m_client->automatch(body);
         QVERIFY2(reply.size() > 450, QByteArray::number(reply.size()).constData());
@@ -129,8 +108,8 @@ private slots:
         const QString path = m_files.filePath(QStringLiteral("bad.json"));
         QVERIFY(PlistFiles::writeFile(path, content));
         QCOMPARE(m_service.runCommand({QStringLiteral("import"), path}), 1);
-        QVERIFY(m_client->automatch("vld=6.0.4" + oneApp(0, "Alpha Tool.app", "Alpha Tool", "")).isEmpty());
-        QVERIFY(m_client->automatch("vld=6.0.4" + oneApp(0, "Eps.app", "Eps", "")).isEmpty());
+        QVERIFY(m_client->matchOne("", "Alpha Tool.app", "Alpha Tool").isEmpty());
+        QVERIFY(m_client->matchOne("", "Eps.app", "Eps").isEmpty());
     }
 
     void runningServiceSeesNewImport()
@@ -139,9 +118,7 @@ private slots:
         QVERIFY(PlistFiles::writeFile(path, R"([{"name":"Zeta Tool","key":"zeta",
             "current_version":"1.2","bundle_ids":["org.example.zeta"],"link":"/files/VelmoraNotes-2.0.zip"}])"));
         QCOMPARE(m_service.runCommand({QStringLiteral("import"), path}), 0);
-        const QJsonObject record = m_client->automatch("vld=6.0.4" + oneApp(0, "x.app", "x", "org.example.zeta"))
-                                       .value(QStringLiteral("0"))
-                                       .toObject();
+        const QJsonObject record = m_client->matchOne("org.example.zeta");
         QCOMPARE(record.value(QStringLiteral("j")).toString(), QStringLiteral("1.2"));
         // A link to a served file gets this service's address and the file's hash.
         QCOMPARE(record.value(QStringLiteral("e1")).toString(),
@@ -155,9 +132,7 @@ private slots:
         QByteArray output;
         QCOMPARE(m_service.runCommand({QStringLiteral("import"), path}, &output), 0);
         QVERIFY(output.contains("0 added, 1 changed"));
-        const QJsonObject updated = m_client->automatch("vld=6.0.4" + oneApp(0, "x.app", "x", "org.example.zeta"))
-                                        .value(QStringLiteral("0"))
-                                        .toObject();
+        const QJsonObject updated = m_client->matchOne("org.example.zeta");
         QCOMPARE(updated.value(QStringLiteral("m")).toString(), id);
         QCOMPARE(updated.value(QStringLiteral("j")).toString(), QStringLiteral("1.3"));
     }

@@ -2,7 +2,9 @@
 
 #include "ServiceClient.h"
 #include "model/StringUtils.h"
+#include "support/DataTable.h"
 #include "support/TestMain.h"
+#include "support/Utf8.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -14,7 +16,7 @@ namespace {
 
 QByteArray md5(const QByteArray &text)
 {
-    return md5HexHash(text).toLatin1();
+    return md5HexHash(QString::fromUtf8(text)).toLatin1();
 }
 
 QByteArray passwordLoginPath(const QByteArray &email, const QByteArray &password)
@@ -66,9 +68,7 @@ private slots:
 
     void passwordLogin_data()
     {
-        QTest::addColumn<QByteArray>("email");
-        QTest::addColumn<QByteArray>("password");
-        QTest::addColumn<bool>("accepted");
+        columns<QByteArray, QByteArray, bool>("email", "password", "accepted");
         QTest::newRow("right password") << QByteArray("ann@example.com") << QByteArray("pässword 1") << true;
         QTest::newRow("e-mail in other case") << QByteArray("ANN@example.com") << QByteArray("pässword 1") << false;
         QTest::newRow("wrong password") << QByteArray("ann@example.com") << QByteArray("pässword 2") << false;
@@ -77,9 +77,7 @@ private slots:
 
     void passwordLogin()
     {
-        QFETCH(QByteArray, email);
-        QFETCH(QByteArray, password);
-        QFETCH(bool, accepted);
+        auto [email, password, accepted] = fetch<QByteArray, QByteArray, bool>("email", "password", "accepted");
         const QJsonObject reply = getJson(passwordLoginPath(email, password));
         QCOMPARE(reply.contains(QStringLiteral("error")), !accepted);
         if (accepted) {
@@ -168,9 +166,7 @@ private slots:
             m_client->post("/vld6member/save-profile", "a=" + QJsonDocument(profile).toJson(QJsonDocument::Compact));
         QCOMPARE(saved.status, 200);
         const QJsonObject reply = getJson(passwordLoginPath("cyd@example.com", "pw"));
-        QCOMPARE(reply.value(QStringLiteral("first")).toString(), QStringLiteral("Cyd"));
-        QCOMPARE(reply.value(QStringLiteral("address")).toString(), QStringLiteral("1 Main St & Co"));
-        QCOMPARE(reply.value(QStringLiteral("zip")).toString(), QStringLiteral("0150"));
+        QCOMPARE(Replies::texts(reply, {"first", "address", "zip"}), L({"Cyd", "1 Main St & Co", "0150"}));
         QVERIFY(getJson(passwordLoginPath("cy@example.com", "pw")).contains(QStringLiteral("error")));
     }
 
@@ -187,11 +183,9 @@ private slots:
         };
         QList<QVariantMap> entries = list();
         QCOMPARE(entries.size(), 2);
-        QCOMPARE(entries[0].value(QStringLiteral("vl_id")).toString(), QStringLiteral("5004"));
-        QCOMPARE(entries[0].value(QStringLiteral("list_name")).toString(), QStringLiteral("All"));
-        QCOMPARE(entries[0].value(QStringLiteral("name")).toString(), QStringLiteral("Velmora Radio"));
-        QCOMPARE(entries[0].value(QStringLiteral("link")).toString(),
-                 m_service.baseUrl() + QStringLiteral("/files/VelmoraRadio-2.0.tbz"));
+        QCOMPARE(Replies::texts(entries[0], {"vl_id", "list_name", "name", "link"}),
+                 L({"5004", "All", "Velmora Radio"})
+                     << m_service.baseUrl() + QStringLiteral("/files/VelmoraRadio-2.0.tbz"));
         QVERIFY(!entries[0].value(QStringLiteral("wl_id")).toString().isEmpty());
 
         QCOMPARE(m_client->get("/vld6watchlists/rwl/z/" + z + "/m/5004").status, 200);
@@ -204,19 +198,19 @@ private slots:
     void cartPurchaseShowsInPurchases()
     {
         const qint64 id = addMember(QStringLiteral("eve@example.com"), QStringLiteral("pw"));
-        QVERIFY(
-            Replies::plistEntries(m_client->post("/vld6purchases/getpurchases", "id=" + QByteArray::number(id)).body)
-                .isEmpty());
+        const auto purchases = [&] {
+            return Replies::plistEntries(
+                m_client->post("/vld6purchases/getpurchases", "id=" + QByteArray::number(id)).body);
+        };
+        QVERIFY(purchases().isEmpty());
         const QJsonObject order{{QStringLiteral("member_id"), id},
                                 {QStringLiteral("promo_id"), 802},
                                 {QStringLiteral("address"), QStringLiteral("1 Main St")}};
         QCOMPARE(m_client->post("/cart/vld6", "a=" + QJsonDocument(order).toJson(QJsonDocument::Compact)).status, 200);
-        const QList<QVariantMap> entries =
-            Replies::plistEntries(m_client->post("/vld6purchases/getpurchases", "id=" + QByteArray::number(id)).body);
+        const QList<QVariantMap> entries = purchases();
         QCOMPARE(entries.size(), 1);
-        QCOMPARE(entries[0].value(QStringLiteral("vl_id")).toString(), QStringLiteral("5003"));
-        QCOMPARE(entries[0].value(QStringLiteral("bundle_id")).toString(), QStringLiteral("com.velmora.sample.clock"));
-        QCOMPARE(entries[0].value(QStringLiteral("purchased_version")).toString(), QStringLiteral("2.0"));
+        QCOMPARE(Replies::texts(entries[0], {"vl_id", "bundle_id", "purchased_version"}),
+                 L({"5003", "com.velmora.sample.clock", "2.0"}));
         for (const char *key : {"orderid", "serial_number", "order_date", "name"})
             QVERIFY2(!entries[0].value(QLatin1StringView(key)).toString().isEmpty(), key);
     }
@@ -224,30 +218,23 @@ private slots:
     void reportsReachTheOperator()
     {
         const QByteArray issue = QStringLiteral("Wrong app matched: Bücher ≠ Books").toUtf8().toBase64();
-        QCOMPARE(m_client
-                     ->post("/vld6scan/reportproblem",
-                            "issue=" + issue +
-                                "&m=-1&appid=5001&appname=Notes%20%26%20More&installedversion=1.0"
-                                "&vlversion=2.0&bundle=com.velmora.sample.notes&vld=6.0.4&path=/Applications/A&B.app")
-                     .status,
-                 200);
-        QCOMPARE(
-            m_client->post("/vld6scan/badplist", "plist=" + QByteArray("<plist><dict>").toBase64() + "&m=7").status,
-            200);
+        const QByteArray report = "issue=" + issue +
+                                  "&m=-1&appid=5001&appname=Notes%20%26%20More&installedversion=1.0"
+                                  "&vlversion=2.0&bundle=com.velmora.sample.notes&vld=6.0.4&path=/Applications/A&B.app";
+        QCOMPARE(m_client->post("/vld6scan/reportproblem", report).status, 200);
+        const QByteArray plist = "plist=" + QByteArray("<plist><dict>").toBase64() + "&m=7";
+        QCOMPARE(m_client->post("/vld6scan/badplist", plist).status, 200);
         QByteArray output;
         QCOMPARE(m_service.runCommand({QStringLiteral("reports")}, &output), 0);
         const QList<QByteArray> lines = output.trimmed().split('\n');
         QCOMPARE(lines.size(), 2);
         const QJsonObject problem = QJsonDocument::fromJson(lines[0]).object();
-        QCOMPARE(problem.value(QStringLiteral("kind")).toString(), QStringLiteral("problem"));
-        QCOMPARE(problem.value(QStringLiteral("issue")).toString(),
-                 QStringLiteral("Wrong app matched: Bücher ≠ Books"));
-        QCOMPARE(problem.value(QStringLiteral("app_name")).toString(), QStringLiteral("Notes & More"));
-        QCOMPARE(problem.value(QStringLiteral("path")).toString(), QStringLiteral("/Applications/A&B.app"));
+        QCOMPARE(Replies::texts(problem, {"kind", "issue", "app_name", "path"}),
+                 L({"problem", "Wrong app matched: Bücher ≠ Books", "Notes & More", "/Applications/A&B.app"}));
         QCOMPARE(problem.value(QStringLiteral("member_id")).toInteger(), -1);
-        const QJsonObject plist = QJsonDocument::fromJson(lines[1]).object();
-        QCOMPARE(plist.value(QStringLiteral("plist")).toString(), QStringLiteral("<plist><dict>"));
-        QCOMPARE(plist.value(QStringLiteral("member_id")).toInteger(), 7);
+        const QJsonObject badPlist = QJsonDocument::fromJson(lines[1]).object();
+        QCOMPARE(badPlist.value(QStringLiteral("plist")).toString(), QStringLiteral("<plist><dict>"));
+        QCOMPARE(badPlist.value(QStringLiteral("member_id")).toInteger(), 7);
     }
 
     void concurrentWritesAllLand()
@@ -275,16 +262,13 @@ private slots:
 
     void analyticsHitsAreStored()
     {
-        QCOMPARE(m_client
-                     ->post("/collect", "v=1&tid=UA-271828-3&cid=UUID-1&an=VLD&av=6.0.4&t=event&ec=vld604"
-                                        "&ea=MEMBER_LOGIN_FAIL&el=a&b@example.com&ev=a&b@example.com")
-                     .status,
-                 200);
+        const QByteArray hitBody = "v=1&tid=UA-271828-3&cid=UUID-1&an=VLD&av=6.0.4&t=event&ec=vld604"
+                                   "&ea=MEMBER_LOGIN_FAIL&el=a&b@example.com&ev=a&b@example.com";
+        QCOMPARE(m_client->post("/collect", hitBody).status, 200);
         QByteArray output;
         QCOMPARE(m_service.runCommand({QStringLiteral("hits")}, &output), 0);
         const QJsonObject hit = QJsonDocument::fromJson(output.trimmed().split('\n').last()).object();
-        QCOMPARE(hit.value(QStringLiteral("ea")).toString(), QStringLiteral("MEMBER_LOGIN_FAIL"));
-        QCOMPARE(hit.value(QStringLiteral("cid")).toString(), QStringLiteral("UUID-1"));
+        QCOMPARE(Replies::texts(hit, {"ea", "cid"}), L({"MEMBER_LOGIN_FAIL", "UUID-1"}));
         QVERIFY(hit.value(QStringLiteral("body")).toString().contains(QStringLiteral("&el=a&b@example.com")));
     }
 };

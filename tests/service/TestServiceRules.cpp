@@ -5,6 +5,7 @@
 #include "catalogue/CatalogueIndex.h"
 #include "catalogue/PublicCatalogueMapping.h"
 #include "members/SecretBox.h"
+#include "support/DataTable.h"
 #include "support/TestMain.h"
 #include "wire/FormBody.h"
 #include "wire/PathSegments.h"
@@ -32,9 +33,8 @@ class TestServiceRules : public QObject
 private slots:
     void percentDecoding_data()
     {
-        QTest::addColumn<QByteArray>("raw");
-        QTest::addColumn<bool>("plusIsSpace");
-        QTest::addColumn<QString>("expected"); // null: refused
+        // A null expected: refused.
+        columns<QByteArray, bool, QString>("raw", "plusIsSpace", "expected");
         QTest::newRow("plus as space") << QByteArray("a+b") << true << QStringLiteral("a b");
         QTest::newRow("plus kept") << QByteArray("a+b") << false << QStringLiteral("a+b");
         QTest::newRow("UTF-8 escapes") << QByteArray("%C3%A9t%C3%A9") << true << QStringLiteral("été");
@@ -46,9 +46,7 @@ private slots:
 
     void percentDecoding()
     {
-        QFETCH(QByteArray, raw);
-        QFETCH(bool, plusIsSpace);
-        QFETCH(QString, expected);
+        auto [raw, plusIsSpace, expected] = fetch<QByteArray, bool, QString>("raw", "plusIsSpace", "expected");
         const auto decoded = Percent::decode(raw, plusIsSpace);
         QCOMPARE(decoded.has_value(), !expected.isNull());
         if (decoded)
@@ -71,9 +69,8 @@ private slots:
 
     void pathPairs_data()
     {
-        QTest::addColumn<QByteArray>("target");
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QString>("value"); // null: not parsed
+        // A null value: not parsed.
+        columns<QByteArray, QString, QString>("target", "key", "value");
         QTest::newRow("encoded slash stays in its value")
             << QByteArray("/m/signup/e/a%40b.co/p/x%2Fy/f/A/l/B") << QStringLiteral("p") << QStringLiteral("x/y");
         QTest::newRow("rest key takes the rest")
@@ -85,9 +82,7 @@ private slots:
 
     void pathPairs()
     {
-        QFETCH(QByteArray, target);
-        QFETCH(QString, key);
-        QFETCH(QString, value);
+        auto [target, key, value] = fetch<QByteArray, QString, QString>("target", "key", "value");
         const auto segments = PathSegments::split(target.toStdString());
         const auto pairs = segments ? PathSegments::pairs(*segments, 2, QStringLiteral("utmz")) : std::nullopt;
         QCOMPARE(pairs.has_value(), !value.isNull());
@@ -97,8 +92,7 @@ private slots:
 
     void importRefusesTwoRecordsOfOneId_data()
     {
-        QTest::addColumn<QByteArray>("json");
-        QTest::addColumn<QString>("named");
+        columns<QByteArray, QString>("json", "named");
         QTest::newRow("same id") << QByteArray(R"([{"name":"A","vl_id":"7001"},{"name":"B","vl_id":7001}])")
                                  << QStringLiteral("records 0 and 1 have the same catalogue id 7001");
         QTest::newRow("same key") << QByteArray(
@@ -108,8 +102,7 @@ private slots:
 
     void importRefusesTwoRecordsOfOneId()
     {
-        QFETCH(QByteArray, json);
-        QFETCH(QString, named);
+        auto [json, named] = fetch<QByteArray, QString>("json", "named");
         QString error;
         QVERIFY(!CatalogueFile::parse(json, &error));
         QCOMPARE(error, named);
@@ -117,8 +110,8 @@ private slots:
 
     void minimumOsVersion_data()
     {
-        QTest::addColumn<QByteArray>("json"); // the value of min_macos, as JSON
-        QTest::addColumn<QString>("expected");
+        // json: the value of min_macos, as JSON.
+        columns<QByteArray, QString>("json", "expected");
         QTest::newRow("el_capitan") << QByteArray("\">= :el_capitan\"") << QStringLiteral("10.11");
         QTest::newRow("tahoe") << QByteArray("\">= :tahoe\"") << QStringLiteral("26.0");
         QTest::newRow("a list: the oldest")
@@ -131,8 +124,7 @@ private slots:
 
     void minimumOsVersion()
     {
-        QFETCH(QByteArray, json);
-        QFETCH(QString, expected);
+        auto [json, expected] = fetch<QByteArray, QString>("json", "expected");
         const QJsonValue value = QJsonDocument::fromJson("[" + json + "]").array().at(0);
         QCOMPARE(PublicCatalogueMapping::minimumOsVersion(value), expected);
     }
@@ -174,8 +166,7 @@ private slots:
 
     void rankingAmongClaimants_data()
     {
-        QTest::addColumn<QString>("bundleId");
-        QTest::addColumn<QString>("expected");
+        columns<QString, QString>("bundleId", "expected");
         QTest::newRow("release over beta at the same place")
             << QStringLiteral("com.example.app") << QStringLiteral("12");
         QTest::newRow("earlier in its own list wins") << QStringLiteral("com.example.helper") << QStringLiteral("10");
@@ -184,8 +175,7 @@ private slots:
 
     void rankingAmongClaimants()
     {
-        QFETCH(QString, bundleId);
-        QFETCH(QString, expected);
+        auto [bundleId, expected] = fetch<QString, QString>("bundleId", "expected");
         std::vector<CatalogueEntry> entries;
         entries.push_back(entry(
             QStringLiteral("11"),
