@@ -97,8 +97,9 @@ private slots:
         QTest::newRow("xml declaration after white space and a comment")
             << "\n <!-- c --><?xml version=\"1.0\" encoding=\"UTF-8\"?>" + xml.toUtf8() << value;
         QTest::newRow("xml references and character data")
-            << QByteArray("<plist><dict><key>k</key><string>&lt;&#xA9;&#233;&amp;<![CDATA[<b>&amp;]]><!-- c --></string>"
-                          "</dict></plist>")
+            << QByteArray(
+                   "<plist><dict><key>k</key><string>&lt;&#xA9;&#233;&amp;<![CDATA[<b>&amp;]]><!-- c --></string>"
+                   "</dict></plist>")
             << QStringLiteral("<\u00A9\u00E9&<b>&amp;");
         const QByteArray copyright = "<plist><dict><key>k</key><string>\xA9 2.0</string></dict></plist>";
         QTest::newRow("xml in ISO-8859-1")

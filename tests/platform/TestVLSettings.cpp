@@ -70,7 +70,9 @@ private slots:
         const auto text = [](const char *utf8) { return QVariant(QString::fromUtf8(utf8)); };
         QTest::newRow("text") << "serviceHost" << text("http://host:8642") << text("http://host:8642");
         QTest::newRow("punctuation") << "k" << text("a,b;c=d \"hi\" \\x") << text("a,b;c=d \"hi\" \\x");
-        const QVariant controls = text("  one\ntwo\tthree\r\x01" "a\x7f" "1 ");
+        const QVariant controls = text("  one\ntwo\tthree\r\x01"
+                                       "a\x7f"
+                                       "1 ");
         QTest::newRow("controls, outer spaces") << "k" << controls << controls;
         QTest::newRow("at signs") << "k" << text("@Invalid()") << text("@Invalid()");
         QTest::newRow("non-ASCII") << "k" << text("é日本😀") << text("é日本😀");

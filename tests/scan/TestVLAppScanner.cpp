@@ -1,9 +1,9 @@
 #include "support/TestMain.h"
 
-#include "scan/BundleWalk.h"
-#include "scan/VLAppScanner.h"
 #include "platform/VLNotificationCenter.h"
 #include "platform/VLSettings.h"
+#include "scan/BundleWalk.h"
+#include "scan/VLAppScanner.h"
 #include "support/BundleTree.h"
 #include "support/PlistFiles.h"
 
