@@ -39,6 +39,12 @@ public:
 
     static QString tooDeep() { return QStringLiteral("property list nested too deeply"); }
     static QString tooManyObjects() { return QStringLiteral("property list holds too many objects"); }
+    // Why a reader gave a list up: a bound's own words, else what makes the list malformed.
+    static QString problem(const QString &why)
+    {
+        return why == tooDeep() || why == tooManyObjects() ? why
+                                                           : QStringLiteral("malformed property list: %1").arg(why);
+    }
 
 private:
     bool enter() { return ++m_depth <= kDeepest; }

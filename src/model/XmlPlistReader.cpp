@@ -49,9 +49,7 @@ private:
     std::nullopt_t fail(const QString &why)
     {
         if (m_problem.isEmpty()) {
-            m_problem = why == PlistBudget::tooDeep() || why == PlistBudget::tooManyObjects()
-                            ? why
-                            : QStringLiteral("malformed property list: %1").arg(why);
+            m_problem = PlistBudget::problem(why);
         }
         return std::nullopt;
     }
