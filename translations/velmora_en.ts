@@ -210,5 +210,224 @@ starts with &quot;-&quot;; quote texts with blanks.
         <source>version needs clean TEXT, compare A B or outdated LOCAL REMOTE</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Check the installed applications for updates</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli check [--background] [--json]
+
+Scans this computer, sends the installed applications to the service in one request, keeps the
+catalogue&apos;s answers in the stored scan, and prints the applications with an update, one line each:
+display name, installed version and newest version, separated by tabs. With --json, prints them as
+a JSON array with every field.
+  --background  check as the periodic background check does: no alerts, and apps the service
+                knows but that are not installed are not added
+A failed exchange prints the reason on stderr, exits with 1 and leaves the stored scan as it was
+before the exchange.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the check with the service failed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Skip an app&apos;s current update</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Treat an app&apos;s installed copy as the newest version</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Read an app&apos;s installed version from its files again</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Never list an app as outdated</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli %1 APP [--undo]
+
+%2. APP is a display name, a catalogue id or the path of an installed app, as &quot;velmora-cli list&quot;
+shows them. The choice is kept in the stored scan; --undo takes it back.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>name one app</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no check has been made yet; run velmora-cli check first</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no app %1 in the stored scan</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 names %2 apps; use a catalogue id or a path</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the stored scan could not be written</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keep checking for updates in the background</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli daemon [--login-item]
+
+Runs as the desktop program does without its windows: checks at start when the stored scan is
+older than four hours, then in the background every 3,400 seconds, keeps the login item in step
+with the setting startupItem, and prints notifications on stderr. SIGTERM or Ctrl-C ends it after
+the running step. --login-item marks a start by the login item, which never forces a scan.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no check has been made yet; run velmora-cli check</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>update</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>install</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>cannot be installed from a link</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>up to date</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show what an install link offers</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli open-link URL
+
+Reads an install link (velmora://bundle/ID or velmora://app/ID/NAME/VERSION), looks each linked app
+up in the stored scan or asks the service about it, and prints one line per app: display name,
+catalogue id and what the link asks for (update, install, up to date, or cannot be installed from
+a link), separated by tabs.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>give one link</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is not an install link</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the link names no app the service knows</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the stored scan %1 is damaged (%2)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it could not be kept aside</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>it was kept as %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>UpdateNotices</name>
+    <message>
+        <source>%1 new update is available</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update your app now</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>View</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 new updates are available</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update your apps now</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>VLMainWindowController</name>
+    <message>
+        <source>Scanning for applications...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No applications were found!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Please make sure that you have Spotlight enabled and permissions to access your Applications folder.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Checking for updates...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Syncing Done</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>done scanning</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 new updates are available</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Scanning Complete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update your apps now</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>View</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>VLSendAllatOnceHelper</name>
+    <message>
+        <source>There was an error receiving updates.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Please try Check for Updates again.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Connection error!</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 </TS>
