@@ -90,7 +90,8 @@ int ChoiceCommand::execute(const QStringList &arguments, CommandContext &ctx)
         return ExitFailure;
     }
     AppList matches;
-    for (const AppRef &app : *store.apps()) {
+    const AppList apps = store.apps().value_or(AppList());
+    for (const AppRef &app : apps) {
         if (app->displayName == wanted || app->vlID == wanted || app->localPath == wantedPath) {
             matches.append(app);
         }

@@ -12,7 +12,7 @@ QString configFolder()
     return QStandardPaths::writableLocation(QStandardPaths::GenericConfigLocation);
 }
 
-// Exec lines quote each argument so a path with spaces stays one word (Desktop Entry Specification).
+// Exec lines quote each argument so a path with spaces stays one word, as desktop entries require.
 QString execLine(const QStringList &command)
 {
     QStringList quoted;
