@@ -1,0 +1,52 @@
+#pragma once
+
+// Turns a downloaded file into the installed new version: unpacks or attaches it in a work folder beside the
+// download, finds the item that is the new version, and puts it in place. One installer per installation, used on
+// the update's worker thread only. Every operation answers null ("" for paths) on failure, after its log line.
+
+#include "install/AuthHelper.h"
+
+#include <QMap>
+#include <QString>
+#include <QStringList>
+
+class RunningAppGate;
+class VLApp;
+
+class VLInstaller
+{
+public:
+    VLInstaller();
+
+    void setSenderApp(VLApp *app);
+    VLApp *senderApp() const;
+    // Asked around every replacement of an installed copy; may be null (the default).
+    void setRunningAppGate(RunningAppGate *gate);
+
+    // Unpacking: each answers the work folder it made beside the download.
+    QString extractZIP(const QString &file);
+    QString extractTGZ(const QString &file);
+    QString extractTBZ(const QString &file);
+    QString extractBZ2(const QString &file);
+    // Attaches a disk image at a mount point of the installer's choosing and answers it.
+    QString mountDMG(const QString &file);
+    void unmount(const QString &mountPoint, const QString &originalDMG);
+    QString findTarFile(const QString &folder);
+    // Removes the folder that contains path.
+    void cleanUp(const QString &path);
+
+    // Choosing and placing: each answers the installed item's path.
+    QString installNewVersionFrom(const QString &sourceFolder, const QString &localPath);
+    QStringList installCandidates(const QString &folder);
+    QString findBestMatchFromCandidates(const QStringList &candidates, const QString &match);
+    QString handleBestMatch(const QString &best, const QString &localPath);
+    QString installNewVersionFromPKG(const QString &package, const QString &localPath);
+    QString mountDMGandInstall(const QString &image, const QString &localPath);
+    bool checkIfAppIsRunningAndInstall(const QString &item, const QString &target);
+
+private:
+    QMap<QString, QString> m_mountPoints;
+    AuthHelper m_authhelper;
+    VLApp *m_senderApp = nullptr;
+    RunningAppGate *m_gate = nullptr;
+};
