@@ -1,6 +1,7 @@
 // Makes the fuzz seed corpora from the text seeds in the repository: every seed is copied, each XML property
 // list gets a binary twin and a UTF-16 one, and each .strings file gets UTF-16 twins (little-endian with a
-// byte-order mark, big-endian without), as bundles ship all of these. So no binary seed is kept in the repository.
+// byte-order mark, big-endian without), as bundles ship all of these; each matching reply gets its zlib form, as
+// the service sends it. So no binary seed is kept in the repository.
 //
 // Usage: velmora-fuzz-seeds SOURCE_FOLDER OUTPUT_FOLDER (OUTPUT_FOLDER is replaced).
 
@@ -69,6 +70,9 @@ QList<std::pair<QString, QByteArray>> seedsFrom(const QString &name, const QByte
     } else if (name.endsWith(QLatin1String(".strings"))) {
         seeds.append({base + QStringLiteral("-utf16le.strings"), utf16(bytes, QStringConverter::Utf16LE, true)});
         seeds.append({base + QStringLiteral("-utf16be.strings"), utf16(bytes, QStringConverter::Utf16BE, false)});
+    } else if (name.endsWith(QLatin1String(".reply"))) {
+        // A matching reply comes as a zlib stream: qCompress's, after its four bytes of length.
+        seeds.append({base + QStringLiteral(".zlib"), qCompress(bytes, 9).mid(4)});
     }
     return seeds;
 }
