@@ -175,6 +175,8 @@ private slots:
         QCOMPARE(listed.name, QStringLiteral("Velmora Clock"));
         QVERIFY(listed.download_url.startsWith(m_base + QStringLiteral("/files/")));
         QCOMPARE(listed.localPath, QStringLiteral("-"));
+        QVERIFY(!listed.wlID.isEmpty());
+        QCOMPARE(listed.listname, QStringLiteral("All"));
 
         QVERIFY(VLAppOnServer::removeFromWatchListOnServer(app));
         QVERIFY(watchListEntries(m_base, memberId).isEmpty());
