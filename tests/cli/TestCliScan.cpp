@@ -1,4 +1,6 @@
-// velmora-cli scan and list against a tree of bundles the test builds, with the store on disk in between.
+// velmora-cli scan and list against a tree of bundles the test builds, with the store on disk in between. What the
+// scan keeps or leaves out is the scanner's (scan/TestVLAppScanner, scan/TestVLBlacklist); here one bundle of each
+// sort shows the command goes through it.
 
 #include "platform/VLSettings.h"
 #include "scan/VLAppScanner.h"
@@ -59,23 +61,15 @@ private slots:
         BundleTree home(QDir::homePath());
         BundleTree more(extra);
         volume.addBundle(s("Applications/Editor.app"), info("com.example.editor", "2.5.1"));
-        volume.addBundle(s("Applications/Editor.app/Contents/Helpers/Editor Agent.app"),
-                         info("com.example.agent", "1"));
         volume.addBundle(s("Applications/Editor Setup.app"), info("com.example.setup", "1"));
-        volume.addBundle(s("Applications/Utilities/Terminal.app"), info("com.example.terminal", "1"));
         volume.addBundle(s("Applications/Utilities/calc.app"), info("com.example.calc", "0.9b"));
-        volume.addSymlink(s("Applications/Utilities/Up"), s(".."));
         volume.addBundle(s("Library/Internet Plug-Ins/Viewer.plugin"), info("com.example.viewer", "11.2"));
-        volume.addBundle(s("Library/Stray/Stray.plugin"), info("com.example.stray", "1"));
         home.addBundle(s("Applications/Notes.app"), info("com.example.notes", "3.0"));
-        home.addBundle(s("Library/Widgets/Weather.wdgt"), info("com.example.weather", "1"));
-        home.addBundle(s("Library/Widgets/Radar Setup.wdgt"), info("com.example.radar", "4"));
         more.addBundle(s("Ünïcode.app"), info("com.example.unicode", "1.0"));
         m_expected = {
             volume.path(s("Applications/Utilities/calc.app")),
             volume.path(s("Applications/Editor.app")),
             home.path(s("Applications/Notes.app")),
-            home.path(s("Library/Widgets/Radar Setup.wdgt")),
             volume.path(s("Library/Internet Plug-Ins/Viewer.plugin")),
             more.path(s("Ünïcode.app")),
         };
@@ -86,10 +80,8 @@ private slots:
         const CliResult json = runCli({s("scan"), s("--json")});
         QCOMPARE(json.exitCode, 0);
         QCOMPARE(field(json.out, "localPath"), m_expected);
-        QCOMPARE(field(json.out, "localVersion"),
-                 (QStringList{s("0.9b"), s("2.5.1"), s("3.0"), s("4"), s("11.2"), s("1.0")}));
-        QCOMPARE(field(json.out, "kind"),
-                 (QStringList{s("app"), s("app"), s("app"), s("wdgt"), s("plugin"), s("app")}));
+        QCOMPARE(field(json.out, "localVersion"), L({"0.9b", "2.5.1", "3.0", "11.2", "1.0"}));
+        QCOMPARE(field(json.out, "kind"), L({"app", "app", "app", "plugin", "app"}));
 
         const CliResult text = runCli({s("--json"), s("scan")});
         QCOMPARE(text.out, json.out);
@@ -163,10 +155,7 @@ private slots:
         QCOMPARE(result.exitCode, 0);
         QVERIFY(result.out.isEmpty());
         QVERIFY2(result.err.startsWith("warning: the stored scan ") && result.err.contains(".damaged"), result.err);
-        QVERIFY(!QFile::exists(path));
-        QFile aside(path + s(".damaged"));
-        QVERIFY(aside.open(QIODevice::ReadOnly));
-        QCOMPARE(aside.readAll(), QByteArray("{\"apps\": [{\"localPath\": "));
+        QVERIFY(!QFile::exists(path) && QFile::exists(path + s(".damaged"))); // its bytes: scan/TestVLScanData
     }
 };
 

@@ -3,8 +3,10 @@
 #include "model/PlistBudget.h"
 #include "model/VLApp.h"
 #include "model/VLMdItem.h"
+#include "support/DataTable.h"
 #include "support/PlistFiles.h"
 #include "support/TestMain.h"
+#include "support/Utf8.h"
 
 #include <QDir>
 #include <QTemporaryDir>
@@ -42,94 +44,56 @@ private:
 private slots:
     void versionReaders_data()
     {
-        QTest::addColumn<QVariantMap>("info");         // Contents/Info.plist (absent when empty)
-        QTest::addColumn<QVariantMap>("versionPlist"); // Contents/version.plist (absent when empty)
-        QTest::addColumn<QString>("strings");          // InfoPlist.strings text (absent when null)
-        QTest::addColumn<QString>("versionOverride");
-        QTest::addColumn<QString>("expected");
-
-        const QVariantMap none;
-        const QString noStrings;
-        QTest::newRow("short version wins")
-            << dict({{"CFBundleShortVersionString", "2.5"}, {"CFBundleVersion", "300"}}) << none << noStrings << ""
-            << "2.5";
-        QTest::newRow("short version cut at parenthesis")
-            << dict({{"CFBundleShortVersionString", "1.0 (45)"}}) << none << noStrings << ""
-            << "1.0";
-        QTest::newRow("leading V dropped") << dict({{"CFBundleShortVersionString", "V3.0"}}) << none << noStrings << ""
-                                           << "3.0";
-        QTest::newRow("numeric bundle version when no short version")
-            << dict({{"CFBundleVersion", qint64(412)}}) << none << noStrings << ""
-            << "412";
-        QTest::newRow("bundle version six longer")
-            << dict({{"CFBundleShortVersionString", "2.5"}, {"CFBundleVersion", "2.5.12345"}}) << none << noStrings
-            << ""
-            << "2.5.12345";
-        QTest::newRow("bundle version seven longer")
-            << dict({{"CFBundleShortVersionString", "2.5"}, {"CFBundleVersion", "2.5.123456"}}) << none << noStrings
-            << ""
-            << "2.5";
-        QTest::newRow("short version without digits falls to bundle version")
-            << dict({{"CFBundleShortVersionString", "Beta"}, {"CFBundleVersion", "77"}}) << none << noStrings << ""
-            << "77";
-        QTest::newRow("malformed 0xED mended")
-            << dict({{"CFBundleShortVersionString", "1.0xED2"}}) << none << noStrings << ""
-            << "1.2";
-        QTest::newRow("cleaning applied")
-            << dict({{"CFBundleShortVersionString", "4.1 Universal"}}) << none << noStrings << ""
-            << "4.1";
-        QTest::newRow("version.plist only")
-            << none << dict({{"CFBundleShortVersionString", "9.1"}, {"CFBundleVersion", "9.1"}}) << noStrings << ""
-            << "9.1";
-        QTest::newRow("localized strings win")
-            << dict({{"CFBundleShortVersionString", "1.0"}}) << none
-            << QStringLiteral("/* c */\nCFBundleShortVersionString = \"1.5\";\n") << ""
-            << "1.5";
-        QTest::newRow("localized dash does not win")
-            << dict({{"CFBundleShortVersionString", "1.0"}}) << none << QStringLiteral("CFBundleName = \"Foo\";") << ""
-            << "1.0";
-        QTest::newRow("nothing anywhere") << none << none << noStrings << ""
-                                          << "-";
-        QTest::newRow("array where a version belongs")
-            << dict({{"CFBundleShortVersionString", QVariantList{1, 2}}}) << none << noStrings << ""
-            << "-";
+        // info: Contents/Info.plist, versionPlist: Contents/version.plist (each absent when empty); strings: the
+        // InfoPlist.strings text (absent when null).
+        columns<QVariantMap, QVariantMap, QString, QString, QString>("info", "versionPlist", "strings",
+                                                                     "versionOverride", "expected");
+        const auto row = [](const char *tag, const QVariantMap &info, const char *expected, const char *override = "",
+                            const QVariantMap &versionPlist = {}, const QString &strings = {}) {
+            QTest::newRow(tag) << info << versionPlist << strings << s(override) << s(expected);
+        };
+        row("short version wins", dict({{"CFBundleShortVersionString", "2.5"}, {"CFBundleVersion", "300"}}), "2.5");
+        row("short version cut at parenthesis", dict({{"CFBundleShortVersionString", "1.0 (45)"}}), "1.0");
+        row("leading V dropped", dict({{"CFBundleShortVersionString", "V3.0"}}), "3.0");
+        row("numeric bundle version when no short version", dict({{"CFBundleVersion", qint64(412)}}), "412");
+        row("bundle version six longer",
+            dict({{"CFBundleShortVersionString", "2.5"}, {"CFBundleVersion", "2.5.12345"}}), "2.5.12345");
+        row("bundle version seven longer",
+            dict({{"CFBundleShortVersionString", "2.5"}, {"CFBundleVersion", "2.5.123456"}}), "2.5");
+        row("short version without digits falls to bundle version",
+            dict({{"CFBundleShortVersionString", "Beta"}, {"CFBundleVersion", "77"}}), "77");
+        row("malformed 0xED mended", dict({{"CFBundleShortVersionString", "1.0xED2"}}), "1.2");
+        row("version.plist only", {}, "9.1", "",
+            dict({{"CFBundleShortVersionString", "9.1"}, {"CFBundleVersion", "9.1"}}));
+        row("localized strings win", dict({{"CFBundleShortVersionString", "1.0"}}), "1.5", "", {},
+            s("/* c */\nCFBundleShortVersionString = \"1.5\";\n"));
+        row("localized dash does not win", dict({{"CFBundleShortVersionString", "1.0"}}), "1.0", "", {},
+            s("CFBundleName = \"Foo\";"));
+        row("nothing anywhere", {}, "-");
+        row("array where a version belongs", dict({{"CFBundleShortVersionString", QVariantList{1, 2}}}), "-");
 
         const QVariantMap all = dict({{"CFBundleShortVersionString", "2.0"},
                                       {"CFBundleVersion", "2000"},
                                       {"CFBundleGetInfoString", "Foo 2.0.1, Copyright 2011"},
                                       {"BuildVersion", "17"}});
-        QTest::newRow("override 0 uses the chain") << all << none << noStrings << "0"
-                                                   << "2.0";
-        QTest::newRow("override 1 bundle version") << all << none << noStrings << "1"
-                                                   << "2000";
-        QTest::newRow("override 2 short version, from version.plist")
-            << dict({{"CFBundleVersion", "5"}}) << dict({{"CFBundleShortVersionString", "6.0"}}) << noStrings << "2"
-            << "6.0";
-        QTest::newRow("override 3 get-info sentence") << all << none << noStrings << "3"
-                                                      << "2.0.1";
-        QTest::newRow("override 3 without get-info string has no fallback")
-            << dict({{"CFBundleShortVersionString", "2.0"}}) << none << noStrings << "3"
-            << "-";
-        QTest::newRow("override 4 build version") << all << none << noStrings << "4"
-                                                  << "17";
-        QTest::newRow("override 4 falls to version.plist")
-            << dict({{"CFBundleShortVersionString", "2.0"}}) << dict({{"CFBundleVersion", "88"}}) << noStrings << "4"
-            << "88";
-        QTest::newRow("unknown override leaves the version") << all << none << noStrings << "7"
-                                                             << "kept";
-        QTest::newRow("override 1 falls to version.plist")
-            << dict({{"CFBundleShortVersionString", "2.0"}}) << dict({{"CFBundleVersion", "99"}}) << noStrings << "1"
-            << "99";
+        const QVariantMap shortOnly = dict({{"CFBundleShortVersionString", "2.0"}});
+        row("override 0 uses the chain", all, "2.0", "0");
+        row("override 1 bundle version", all, "2000", "1");
+        row("override 1 falls to version.plist", shortOnly, "99", "1", dict({{"CFBundleVersion", "99"}}));
+        row("override 2 short version, from version.plist", dict({{"CFBundleVersion", "5"}}), "6.0", "2",
+            dict({{"CFBundleShortVersionString", "6.0"}}));
+        row("override 3 get-info sentence", all, "2.0.1", "3");
+        row("override 3 without get-info string has no fallback", shortOnly, "-", "3");
+        row("override 4 build version", all, "17", "4");
+        row("override 4 falls to version.plist", shortOnly, "88", "4", dict({{"CFBundleVersion", "88"}}));
+        row("unknown override leaves the version", all, "kept", "7");
     }
 
     void versionReaders()
     {
-        QFETCH(QVariantMap, info);
-        QFETCH(QVariantMap, versionPlist);
-        QFETCH(QString, strings);
-        QFETCH(QString, versionOverride);
-        QFETCH(QString, expected);
-
+        auto [info, versionPlist, strings, versionOverride, expected] =
+            fetch<QVariantMap, QVariantMap, QString, QString, QString>("info", "versionPlist", "strings",
+                                                                       "versionOverride", "expected");
         const QString path = freshBundlePath();
         QDir().mkpath(path);
         if (!info.isEmpty()) {
@@ -158,11 +122,13 @@ private slots:
     // Lists written by hand, in forms and with values no writer of ours makes.
     void listsAsWritten_data()
     {
-        QTest::addColumn<QByteArray>("info");    // Contents/Info.plist
-        QTest::addColumn<QByteArray>("strings"); // InfoPlist.strings (absent when null)
-        QTest::addColumn<QString>("expected");
-        QTest::addColumn<QString>("logged"); // what the "exception 2 checking" line says, "" when nothing is logged
-
+        // strings: InfoPlist.strings (absent when null); logged: what the "exception 2 checking" line says, "" when
+        // nothing is logged.
+        columns<QByteArray, QByteArray, QString, QString>("info", "strings", "expected", "logged");
+        const auto row = [](const char *tag, const QByteArray &info, const char *expected, const QString &logged = {},
+                            const QByteArray &strings = {}) {
+            QTest::newRow(tag) << info << strings << s(expected) << logged;
+        };
         const auto xml = [](const QByteArray &value) -> QByteArray {
             return "<plist><dict><key>CFBundleVersion</key>" + value + "</dict></plist>";
         };
@@ -170,43 +136,29 @@ private slots:
         wide.dict({wide.string("CFBundleVersion")}, {wide.integer128(quint64(1) << 36, 0)}); // 2^100
         PlistFiles::BinaryPlist nul;
         nul.dict({nul.string("CFBundleVersion")}, {nul.string(QByteArray("1.0\0009", 5))});
-        const QByteArray copyright =
-            "<plist><dict><key>CFBundleShortVersionString</key><string>2.0 \xA9 2011 Foo</string>"
-            "</dict></plist>";
 
-        QTest::newRow("integer past 64 bits keeps its digits")
-            << xml("<integer>99999999999999999999999999999999</integer>") << QByteArray()
-            << "99999999999999999999999999999999"
-            << "";
-        QTest::newRow("128-bit integer keeps its digits")
-            << wide.bytes() << QByteArray() << "1267650600228229401496703205376"
-            << "";
-        QTest::newRow("negative integer") << xml("<integer>-5</integer>") << QByteArray() << "-"
-                                          << "CFBundleVersion is a negative number, not a version";
-        QTest::newRow("text holding NUL") << nul.bytes() << QByteArray() << "-"
-                                          << "CFBundleVersion holds a NUL character";
-        QTest::newRow("old-style Info.plist")
-            << QByteArray("{ CFBundleShortVersionString = \"2.0\"; }") << QByteArray() << "2.0"
-            << "";
-        QTest::newRow("ISO-8859-1 copyright sign cuts")
-            << "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" + copyright << QByteArray() << "2.0"
-            << "";
-        QTest::newRow("macintosh copyright sign cuts")
-            << "<?xml version=\"1.0\" encoding=\"macintosh\"?>" + copyright << QByteArray() << "2.0"
-            << "";
-        QTest::newRow("empty old-style strings value replaces the version")
-            << xml("<string>1.0</string>") << QByteArray("\"CFBundleShortVersionString\" = \"\";") << ""
-            << "";
-        QTest::newRow("list past a bound is passed over")
-            << PlistFiles::hostileLists().constLast().bytes << QByteArray() << "-" << PlistBudget::tooManyObjects();
+        row("integer past 64 bits keeps its digits", xml("<integer>99999999999999999999999999999999</integer>"),
+            "99999999999999999999999999999999");
+        row("128-bit integer keeps its digits", wide.bytes(), "1267650600228229401496703205376");
+        row("negative integer", xml("<integer>-5</integer>"), "-",
+            s("CFBundleVersion is a negative number, not a version"));
+        row("text holding NUL", nul.bytes(), "-", s("CFBundleVersion holds a NUL character"));
+        row("old-style Info.plist", "{ CFBundleShortVersionString = \"2.0\"; }", "2.0");
+        row("ISO-8859-1 copyright sign cuts",
+            "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?><plist><dict><key>CFBundleShortVersionString</key>"
+            "<string>2.0 \xA9 2011 Foo</string></dict></plist>",
+            "2.0");
+        row("empty old-style strings value replaces the version", xml("<string>1.0</string>"), "", {},
+            "\"CFBundleShortVersionString\" = \"\";");
+        row("not a property list", "<?xml version=\"1.0\"?><plist><dict><key>", "-");
+        row("list past a bound is passed over", PlistFiles::hostileLists().constLast().bytes, "-",
+            PlistBudget::tooManyObjects());
     }
 
     void listsAsWritten()
     {
-        QFETCH(QByteArray, info);
-        QFETCH(QByteArray, strings);
-        QFETCH(QString, expected);
-        QFETCH(QString, logged);
+        auto [info, strings, expected, logged] =
+            fetch<QByteArray, QByteArray, QString, QString>("info", "strings", "expected", "logged");
         const QString path = freshBundlePath();
         PlistFiles::writeFile(path + QStringLiteral("/Contents/Info.plist"), info);
         if (!strings.isNull()) {
@@ -224,43 +176,30 @@ private slots:
 
     void recordFromBundle_data()
     {
-        QTest::addColumn<QString>("relativePath");
-        QTest::addColumn<QString>("plistPlace");
-        QTest::addColumn<int>("format");
-        QTest::addColumn<bool>("receipt");
-        QTest::addColumn<QString>("displayName");
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<bool>("appStore");
-
+        columns<QString, QString, int, bool, QString, QString, bool>("relativePath", "plistPlace", "format", "receipt",
+                                                                     "displayName", "kind", "appStore");
+        const auto row = [](const char *tag, const char *relativePath, const char *plistPlace, PlistFormat format,
+                            bool receipt, const QString &displayName, const char *kind, bool appStore) {
+            QTest::newRow(tag) << s(relativePath) << s(plistPlace) << int(format) << receipt << displayName << s(kind)
+                               << appStore;
+        };
         const QString mark = QStringLiteral(" ") + QChar(0xF8FF);
-        QTest::newRow("binary plist") << "Bar Baz 2.app"
-                                      << "/Contents/Info.plist" << int(PlistFormat::Binary) << false << "Bar Baz 2"
-                                      << "app" << false;
-        QTest::newRow("Info.plist at the top") << "Pane.prefPane"
-                                               << "/Info.plist" << int(PlistFormat::Xml) << false << "Pane"
-                                               << "prefPane" << false;
-        QTest::newRow("store copy") << "Store.app"
-                                    << "/Contents/Info.plist" << int(PlistFormat::Xml) << true
-                                    << QStringLiteral("Store") + mark << "app" << true;
-        QTest::newRow("ipswDownloader never a store copy")
-            << "ipswDownloader.app"
-            << "/Contents/Info.plist" << int(PlistFormat::Xml) << true << "ipswDownloader"
-            << "app" << false;
-        QTest::newRow("non-ascii name") << "Éditeur ünïcode.app"
-                                        << "/Contents/Info.plist" << int(PlistFormat::Xml) << false << "Éditeur ünïcode"
-                                        << "app" << false;
+        row("binary plist", "Bar Baz 2.app", "/Contents/Info.plist", PlistFormat::Binary, false, s("Bar Baz 2"), "app",
+            false);
+        row("Info.plist at the top", "Pane.prefPane", "/Info.plist", PlistFormat::Xml, false, s("Pane"), "prefPane",
+            false);
+        row("store copy", "Store.app", "/Contents/Info.plist", PlistFormat::Xml, true, s("Store") + mark, "app", true);
+        row("ipswDownloader never a store copy", "ipswDownloader.app", "/Contents/Info.plist", PlistFormat::Xml, true,
+            s("ipswDownloader"), "app", false);
+        row("non-ascii name", "Éditeur ünïcode.app", "/Contents/Info.plist", PlistFormat::Xml, false,
+            s("Éditeur ünïcode"), "app", false);
     }
 
     void recordFromBundle()
     {
-        QFETCH(QString, relativePath);
-        QFETCH(QString, plistPlace);
-        QFETCH(int, format);
-        QFETCH(bool, receipt);
-        QFETCH(QString, displayName);
-        QFETCH(QString, kind);
-        QFETCH(bool, appStore);
-
+        auto [relativePath, plistPlace, format, receipt, displayName, kind, appStore] =
+            fetch<QString, QString, int, bool, QString, QString, bool>("relativePath", "plistPlace", "format",
+                                                                       "receipt", "displayName", "kind", "appStore");
         const QString path = m_root.path() + QStringLiteral("/r%1/").arg(++m_counter) + relativePath;
         PlistFiles::writePlist(path + plistPlace,
                                PlistFiles::info(QStringLiteral("com.example.x"), QStringLiteral("1.2")),
@@ -279,12 +218,6 @@ private slots:
         QCOMPARE(app.kind, kind);
         QCOMPARE(app.isAppStore, appStore);
         QVERIFY(app.lastModified.isValid());
-        // A fresh installed record: not matched, nothing chosen.
-        QCOMPARE(app.vlVersion, QStringLiteral("-"));
-        QCOMPARE(app.skippedVersion, QStringLiteral("-"));
-        QCOMPARE(app.vlID, QStringLiteral(""));
-        QCOMPARE(app.license, QStringLiteral(""));
-        QVERIFY(!app.isOutdated);
         QVERIFY(app.downloadPath.endsWith(QLatin1Char('/') + app.digestString));
     }
 
@@ -303,21 +236,6 @@ private slots:
         QVERIFY(!app.isInstalled());
     }
 
-    void unreadableAndMalformedPlists()
-    {
-        // An Info.plist that cannot be opened (a folder in its place) and one that is not a property list.
-        const QString blocked = freshBundlePath();
-        QDir().mkpath(blocked + QStringLiteral("/Contents/Info.plist"));
-        const QString garbage = freshBundlePath();
-        PlistFiles::writeFile(garbage + QStringLiteral("/Contents/Info.plist"),
-                              "<?xml version=\"1.0\"?><plist><dict><key>");
-        for (const QString &path : {blocked, garbage}) {
-            const VLApp app = VLApp::initWithBundleAt(path);
-            QCOMPARE(app.localVersion, QStringLiteral("-"));
-            QVERIFY(app.bundleID.isNull());
-        }
-    }
-
     void iconFile()
     {
         const QString path = freshBundlePath();
@@ -330,20 +248,15 @@ private slots:
 
     void appStoreVersion_data()
     {
-        QTest::addColumn<QString>("masVersion");
-        QTest::addColumn<QString>("expected");
-        QTest::newRow("store version taken") << "5.1"
-                                             << "5.1";
-        QTest::newRow("unknown store version") << "-"
-                                               << "5.0";
-        QTest::newRow("empty store version") << ""
-                                             << "5.0";
+        columns<QString, QString>("masVersion", "expected");
+        QTest::newRow("store version taken") << s("5.1") << s("5.1");
+        QTest::newRow("unknown store version") << s("-") << s("5.0");
+        QTest::newRow("empty store version") << s("") << s("5.0");
     }
 
     void appStoreVersion()
     {
-        QFETCH(QString, masVersion);
-        QFETCH(QString, expected);
+        auto [masVersion, expected] = fetch<QString, QString>("masVersion", "expected");
         VLApp app;
         app.isAppStore = true;
         app.vlID = QStringLiteral("42");

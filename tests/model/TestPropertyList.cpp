@@ -3,8 +3,10 @@
 #include "model/OldStylePlistParser.h"
 #include "model/PlistBudget.h"
 #include "model/PropertyList.h"
+#include "support/DataTable.h"
 #include "support/PlistFiles.h"
 #include "support/TestMain.h"
+#include "support/Utf8.h"
 
 #include <QDir>
 #include <QFile>
@@ -20,39 +22,28 @@ class TestPropertyList : public QObject
 private slots:
     void oldStyleText_data()
     {
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QVariant>("expected");
-
-        QTest::newRow("quoted pair") << R"("CFBundleShortVersionString" = "1.5";)"
-                                     << "CFBundleShortVersionString" << QVariant(QStringLiteral("1.5"));
-        QTest::newRow("comments") << "/* a */ // b\nk /* c */ = \"v\"; // d"
-                                  << "k" << QVariant(QStringLiteral("v"));
-        QTest::newRow("escapes") << "k = \"a\\\"b\\\\c\\nd\\U00e9\\101\";"
-                                 << "k" << QVariant(QStringLiteral("a\"b\\c\nd") + QChar(0xE9) + QStringLiteral("A"));
-        QTest::newRow("braced dictionary") << "{ k = v; }"
-                                           << "k" << QVariant(QStringLiteral("v"));
-        QTest::newRow("array value") << "k = (a, \"b c\");"
-                                     << "k" << QVariant(QVariantList{QStringLiteral("a"), QStringLiteral("b c")});
-        QTest::newRow("lone key stands for itself") << "\"k\";"
-                                                    << "k" << QVariant(QStringLiteral("k"));
-        QTest::newRow("data value") << "k = <0aFF 10>;"
-                                    << "k" << QVariant(QByteArray("\x0a\xff\x10"));
+        // Every row reads the key "k".
+        columns<QString, QVariant>("text", "expected");
+        QTest::newRow("quoted pair") << s(R"("k" = "1.5";)") << QVariant(s("1.5"));
+        QTest::newRow("comments") << s("/* a */ // b\nk /* c */ = \"v\"; // d") << QVariant(s("v"));
+        QTest::newRow("escapes") << s("k = \"a\\\"b\\\\c\\nd\\U00e9\\101\";") << QVariant(s("a\"b\\c\nd\u00e9A"));
+        QTest::newRow("braced dictionary") << s("{ k = v; }") << QVariant(s("v"));
+        QTest::newRow("array value") << s("k = (a, \"b c\");") << QVariant(QVariantList{s("a"), s("b c")});
+        QTest::newRow("lone key stands for itself") << s("\"k\";") << QVariant(s("k"));
+        QTest::newRow("data value") << s("k = <0aFF 10>;") << QVariant(QByteArray("\x0a\xff\x10"));
     }
 
     void oldStyleText()
     {
-        QFETCH(QString, text);
-        QFETCH(QString, key);
-        QFETCH(QVariant, expected);
+        auto [text, expected] = fetch<QString, QVariant>("text", "expected");
         const auto dict = parseOldStylePlist(text);
         QVERIFY(dict);
-        QCOMPARE(dict->value(key), expected);
+        QCOMPARE(dict->value(QStringLiteral("k")), expected);
     }
 
     void malformedOldStyleText_data()
     {
-        QTest::addColumn<QString>("text");
+        columns<QString>("text");
         QTest::newRow("missing semicolon") << "k = \"v\"";
         QTest::newRow("unterminated string") << "k = \"v;";
         QTest::newRow("missing closing brace") << "{ k = v;";
@@ -63,17 +54,15 @@ private slots:
 
     void malformedOldStyleText()
     {
-        QFETCH(QString, text);
         QString problem;
-        QVERIFY(!parseOldStylePlist(text, &problem));
+        QVERIFY(!parseOldStylePlist(std::get<0>(fetch<QString>("text")), &problem));
         QVERIFY(!problem.isEmpty());
     }
 
     // Every form the platform's reader takes is a dictionary here too, with its text decoded as declared.
     void encodings_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("expected");
+        columns<QByteArray, QString>("bytes", "expected");
         const QString value = QChar(0x65E5) + QStringLiteral("1.0");
         const QString text = QStringLiteral("k = \"") + value + QStringLiteral("\";");
         const QString xml =
@@ -111,8 +100,7 @@ private slots:
 
     void encodings()
     {
-        QFETCH(QByteArray, bytes);
-        QFETCH(QString, expected);
+        auto [bytes, expected] = fetch<QByteArray, QString>("bytes", "expected");
         QString problem;
         const auto dict = PropertyList::parseDictionary(bytes, &problem);
         QVERIFY2(dict, qPrintable(problem));
@@ -136,7 +124,7 @@ private slots:
 
     void rejectedDictionaries_data()
     {
-        QTest::addColumn<QByteArray>("bytes");
+        columns<QByteArray>("bytes");
         QTest::newRow("empty") << QByteArray();
         QTest::newRow("not a plist") << QByteArray("hello");
         QTest::newRow("truncated xml") << QByteArray("<?xml version=\"1.0\"?><plist><dict><key>a</key>");
@@ -154,9 +142,8 @@ private slots:
 
     void rejectedDictionaries()
     {
-        QFETCH(QByteArray, bytes);
         QString problem;
-        QVERIFY(!PropertyList::parseDictionary(bytes, &problem));
+        QVERIFY(!PropertyList::parseDictionary(std::get<0>(fetch<QByteArray>("bytes")), &problem));
         QVERIFY(!problem.isEmpty());
     }
 
@@ -172,8 +159,7 @@ private slots:
             }
             return QVariantMap{{QStringLiteral("k"), value}};
         };
-        QTest::addColumn<QByteArray>("bytes");
-        QTest::addColumn<QString>("problem"); // "" when accepted
+        columns<QByteArray, QString>("bytes", "problem"); // problem: "" when accepted
         QTest::newRow("xml at the limit") << PropertyList::toXml(nested(511)) << "";
         QTest::newRow("xml past the limit") << PropertyList::toXml(nested(512)) << PlistBudget::tooDeep();
         QTest::newRow("binary at the limit") << PropertyList::toBinary(nested(511)) << "";
@@ -191,8 +177,7 @@ private slots:
 
     void bounds()
     {
-        QFETCH(QByteArray, bytes);
-        QFETCH(QString, problem);
+        auto [bytes, problem] = fetch<QByteArray, QString>("bytes", "problem");
         QString why;
         QCOMPARE(PropertyList::parseDictionary(bytes, &why).has_value(), problem.isEmpty());
         QCOMPARE(why, problem);
@@ -201,20 +186,18 @@ private slots:
     // What a bundle may hold where its property list belongs: none of it may hang the scan or fill the memory.
     void filesThatHoldNoDictionary_data()
     {
-        QTest::addColumn<QString>("kind");
-        QTest::addColumn<bool>("problem");
-        QTest::newRow("missing") << QStringLiteral("missing") << false;
-        QTest::newRow("folder") << QStringLiteral("folder") << true;
-        QTest::newRow("link to an endless device") << QStringLiteral("device") << true;
-        QTest::newRow("pipe without a writer") << QStringLiteral("fifo") << true;
-        QTest::newRow("sparse file over the limit") << QStringLiteral("huge") << true;
-        QTest::newRow("dangling link") << QStringLiteral("dangling") << false;
+        columns<QString, bool>("kind", "problem");
+        QTest::newRow("missing") << s("missing") << false;
+        QTest::newRow("folder") << s("folder") << true;
+        QTest::newRow("link to an endless device") << s("device") << true;
+        QTest::newRow("pipe without a writer") << s("fifo") << true;
+        QTest::newRow("sparse file over the limit") << s("huge") << true;
+        QTest::newRow("dangling link") << s("dangling") << false;
     }
 
     void filesThatHoldNoDictionary()
     {
-        QFETCH(QString, kind);
-        QFETCH(bool, problem);
+        auto [kind, problem] = fetch<QString, bool>("kind", "problem");
         QTemporaryDir dir;
         const QString path = dir.filePath(QStringLiteral("Info.plist"));
         if (kind == QLatin1String("folder")) {

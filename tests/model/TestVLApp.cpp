@@ -135,9 +135,6 @@ private slots:
         app.lastModified = app.lastModified.addSecs(-10);
         app.updateModDate();
         QCOMPARE(app.localVersion, QStringLiteral("2.0"));
-        QCOMPARE(app.description(), app.localPath + QStringLiteral(" 2.0"));
-        app.localPath = QStringLiteral("-");
-        QCOMPARE(app.description(), app.displayName);
     }
 
     void fileSizes_data()

@@ -2,6 +2,7 @@
 // planted or could enter it.
 
 #include "platform/AppPaths.h"
+#include "support/DataTable.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -17,8 +18,7 @@ class TestAppPaths : public QObject
 private slots:
     void privateTempFolder_data()
     {
-        QTest::addColumn<QString>("planted");
-        QTest::addColumn<bool>("accepted");
+        columns<QString, bool>("planted", "accepted");
         QTest::newRow("missing: made") << QString() << true;
         QTest::newRow("our own folder") << QStringLiteral("folder 0700") << true;
         QTest::newRow("folder others may enter") << QStringLiteral("folder 0755") << false;
@@ -29,8 +29,7 @@ private slots:
 
     void privateTempFolder()
     {
-        QFETCH(QString, planted);
-        QFETCH(bool, accepted);
+        auto [planted, accepted] = fetch<QString, bool>("planted", "accepted");
         const QString name = AppPaths::privateTempFolderName();
         QCOMPARE(name, QDir::tempPath() + QStringLiteral("/velmora-") + QString::number(getuid()));
         const QByteArray native = QFile::encodeName(name);

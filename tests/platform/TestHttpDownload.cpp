@@ -4,6 +4,7 @@
 
 #include "model/VLApp.h"
 #include "platform/HttpDownload.h"
+#include "support/DataTable.h"
 #include "support/ScriptedHost.h"
 #include "support/ServiceProcess.h"
 #include "support/TestMain.h"
@@ -75,9 +76,7 @@ private slots:
 
     void fromService_data()
     {
-        QTest::addColumn<QString>("file");
-        QTest::addColumn<int>("partBytes"); // -1: no part, and the name comes from the address
-        QTest::addColumn<int>("status");
+        columns<QString, int, int>("file", "partBytes", "status"); // partBytes -1: no part, the name from the address
         QTest::newRow("whole") << "VelmoraNotes-2.0.zip" << -1 << 200;
         QTest::newRow("resumed") << "VelmoraNotes-2.0.zip" << 100 << 206;
         QTest::newRow("missing: no file") << "Nothing-1.0.zip" << -1 << 404;
@@ -85,9 +84,7 @@ private slots:
 
     void fromService()
     {
-        QFETCH(QString, file);
-        QFETCH(int, partBytes);
-        QFETCH(int, status);
+        auto [file, partBytes, status] = fetch<QString, int, int>("file", "partBytes", "status");
         const QByteArray served =
             status == 200 || status == 206 ? contents(ServiceProcess::filesDir() + u'/' + file) : QByteArray();
         QVERIFY(served.size() > partBytes);
@@ -107,13 +104,8 @@ private slots:
 
     void fromScriptedHost_data()
     {
-        QTest::addColumn<ScriptedHost::Script>("script");
-        QTest::addColumn<QByteArray>("part");
-        QTest::addColumn<bool>("cancelAtHalf");
-        QTest::addColumn<int>("idleMs");
-        QTest::addColumn<DownloadResult::Outcome>("outcome");
-        QTest::addColumn<QByteArray>("file");
-        QTest::addColumn<int>("requests");
+        columns<ScriptedHost::Script, QByteArray, bool, int, DownloadResult::Outcome, QByteArray, int>(
+            "script", "part", "cancelAtHalf", "idleMs", "outcome", "file", "requests");
         const ScriptedHost::Script ignoresRange = [](QTcpSocket *s, const HostRequest &) {
             ScriptedHost::answer(s, 200, {}, kBody);
         };
@@ -137,10 +129,8 @@ private slots:
 
     void fromScriptedHost()
     {
-        QFETCH(ScriptedHost::Script, script);
-        QFETCH(QByteArray, part);
-        QFETCH(bool, cancelAtHalf);
-        QFETCH(int, idleMs);
+        auto [script, part, cancelAtHalf, idleMs] =
+            fetch<ScriptedHost::Script, QByteArray, bool, int>("script", "part", "cancelAtHalf", "idleMs");
         ScriptedHost host(script);
         QTemporaryDir folder;
         DownloadRequest request{host.url("/update.zip"), {}, folder.path(), QStringLiteral("update.zip")};

@@ -1,6 +1,7 @@
 // Secrets never reach a log line: passwords, their MD5s, cookie values and tokens, in paths, forms and headers.
 
 #include "platform/Log.h"
+#include "support/DataTable.h"
 #include "support/TestMain.h"
 
 class TestLog : public QObject
@@ -10,8 +11,7 @@ class TestLog : public QObject
 private slots:
     void redactSecrets_data()
     {
-        QTest::addColumn<QString>("line");
-        QTest::addColumn<QString>("expected");
+        columns<QString, QString>("line", "expected");
         const auto row = [](const char *tag, const char *line, const char *expected) {
             QTest::newRow(tag) << QString::fromUtf8(line) << QString::fromUtf8(expected);
         };
@@ -42,8 +42,7 @@ private slots:
 
     void redactSecrets()
     {
-        QFETCH(QString, line);
-        QFETCH(QString, expected);
+        auto [line, expected] = fetch<QString, QString>("line", "expected");
         QCOMPARE(::redactSecrets(line), expected);
     }
 

@@ -1,6 +1,7 @@
 // The parallel map's ways of ending early: a cancel, a piece that throws, and worker threads that cannot start.
 
 #include "platform/ParallelMap.h"
+#include "support/DataTable.h"
 #include "support/TestMain.h"
 
 #include <optional>
@@ -56,9 +57,7 @@ class TestParallelMap : public QObject
 private slots:
     void endings_data()
     {
-        QTest::addColumn<int>("cancelAt"); // -1: never
-        QTest::addColumn<int>("throwAt");  // -1: never
-        QTest::addColumn<bool>("threadsStart");
+        columns<int, int, bool>("cancelAt", "throwAt", "threadsStart"); // -1: never
         QTest::newRow("every piece") << -1 << -1 << true;
         QTest::newRow("no worker thread can start") << -1 << -1 << false;
         QTest::newRow("cancelled mid-way") << 300 << -1 << true;
@@ -67,9 +66,7 @@ private slots:
 
     void endings()
     {
-        QFETCH(int, cancelAt);
-        QFETCH(int, throwAt);
-        QFETCH(bool, threadsStart);
+        auto [cancelAt, throwAt, threadsStart] = fetch<int, int, bool>("cancelAt", "throwAt", "threadsStart");
         constexpr int count = 1000;
         constexpr int threads = 4;
         std::atomic<bool> cancel{false};

@@ -1,6 +1,7 @@
 // The matching reply's zlib streams: what inflates, what gives nothing, and the cap that keeps a bomb out of memory.
 
 #include "platform/RAZipper.h"
+#include "support/DataTable.h"
 #include "support/TestMain.h"
 
 #include <QRandomGenerator>
@@ -31,9 +32,7 @@ class TestRAZipper : public QObject
 private slots:
     void inflate_data()
     {
-        QTest::addColumn<QByteArray>("stream");
-        QTest::addColumn<qint64>("maxBytes");
-        QTest::addColumn<std::optional<QByteArray>>("data");
+        columns<QByteArray, qint64, std::optional<QByteArray>>("stream", "maxBytes", "data");
         const qint64 cap = RAZipper::kMaxDecompressedBytes;
         const QByteArray noise = randomBytes(4000);
         const QByteArray letters(1 << 20, 'a');
@@ -50,8 +49,7 @@ private slots:
 
     void inflate()
     {
-        QFETCH(QByteArray, stream);
-        QFETCH(qint64, maxBytes);
+        auto [stream, maxBytes] = fetch<QByteArray, qint64>("stream", "maxBytes");
         QTEST(RAZipper::dataForCompressedData(stream, maxBytes), "data");
     }
 

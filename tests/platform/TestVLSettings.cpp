@@ -3,6 +3,7 @@
 #include "platform/SettingsFile.h"
 #include "platform/VLSettings.h"
 #include "platform/VLSettingsNotifier.h"
+#include "support/DataTable.h"
 #include "support/SmallDisk.h"
 #include "support/TestMain.h"
 
@@ -63,12 +64,9 @@ private slots:
     // Our INI text reads back the same in our reader and in Qt's, and Qt's INI files read the same in ours.
     void fileFormat_data()
     {
-        QTest::addColumn<QString>("key");
-        QTest::addColumn<QVariant>("value");
-        QTest::addColumn<QVariant>("readBack"); // INI keeps no types: texts, lists of texts, or nothing
+        columns<QString, QVariant, QVariant>("key", "value", "readBack"); // INI keeps no types: texts, lists, nothing
 
         const auto text = [](const char *utf8) { return QVariant(QString::fromUtf8(utf8)); };
-        QTest::newRow("text") << "serviceHost" << text("http://host:8642") << text("http://host:8642");
         QTest::newRow("punctuation") << "k" << text("a,b;c=d \"hi\" \\x") << text("a,b;c=d \"hi\" \\x");
         const QVariant controls = text("  one\ntwo\tthree\r\x01"
                                        "a\x7f"
@@ -89,9 +87,7 @@ private slots:
 
     void fileFormat()
     {
-        QFETCH(QString, key);
-        QFETCH(QVariant, value);
-        QFETCH(QVariant, readBack);
+        auto [key, value, readBack] = fetch<QString, QVariant, QVariant>("key", "value", "readBack");
         QTemporaryDir dir;
         const QSettings::Format ours = SettingsFile::format();
         QCOMPARE(throughFile(dir.path(), ours, ours, key, value), readBack);

@@ -5,8 +5,10 @@
 #include "platform/HttpDownload.h"
 #include "platform/VLSettings.h"
 #include "platform/WebRequest.h"
+#include "support/DataTable.h"
 #include "support/ScriptedHost.h"
 #include "support/TestMain.h"
+#include "support/Utf8.h"
 
 #include <QDir>
 #include <QRegularExpression>
@@ -22,10 +24,8 @@ class TestWebExchange : public QObject
 private slots:
     void failsLikeABrokenConnection_data()
     {
-        QTest::addColumn<ScriptedHost::Script>("script"); // null: nothing listens
-        QTest::addColumn<int>("idleMs");
-        QTest::addColumn<int>("deadlineMs");
-        QTest::addColumn<QString>("error");
+        columns<ScriptedHost::Script, int, int, QString>("script", "idleMs", "deadlineMs",
+                                                         "error"); // script null: nothing listens
         const ScriptedHost::Script silent = [](QTcpSocket *, const HostRequest &) {};
         // 200 bytes, one every 50 ms: the whole reply would come in 10 s, were there no deadline.
         const ScriptedHost::Script trickling = [](QTcpSocket *s, const HostRequest &) {
@@ -49,15 +49,13 @@ private slots:
 
     void failsLikeABrokenConnection()
     {
-        QFETCH(ScriptedHost::Script, script);
-        QFETCH(QString, error);
+        auto [script, idleMs, deadlineMs, error] =
+            fetch<ScriptedHost::Script, int, int, QString>("script", "idleMs", "deadlineMs", "error");
         ScriptedHost host(script ? script : [](QTcpSocket *, const HostRequest &) {});
         if (!script) {
             host.close();
         }
         WebRequest request = WebRequest::get(host.url("/x"), QStringLiteral("Probe"));
-        QFETCH(int, idleMs);
-        QFETCH(int, deadlineMs);
         request.timeoutMs = idleMs;
         request.deadlineMs = deadlineMs;
         request.maxBodyBytes = 1 << 20;
@@ -116,30 +114,20 @@ private slots:
 
     void hostUrlScheme_data()
     {
-        QTest::addColumn<QString>("setting");
-        QTest::addColumn<QString>("scheme");
-        QTest::addColumn<QString>("url");
-        QTest::newRow("host:port takes the request's") << "127.0.0.1:8642"
-                                                       << "https"
-                                                       << "https://127.0.0.1:8642";
-        QTest::newRow("http kept") << "http://127.0.0.1:8642"
-                                   << "https"
-                                   << "http://127.0.0.1:8642";
-        QTest::newRow("https kept") << "https://example.test/"
-                                    << "http"
-                                    << "https://example.test";
-        QTest::newRow("any case") << " HTTP://example.test:81// "
-                                  << "https"
-                                  << "HTTP://example.test:81";
+        columns<QString, QString, QString>("setting", "scheme", "url");
+        QTest::newRow("host:port takes the request's")
+            << s("127.0.0.1:8642") << s("https") << s("https://127.0.0.1:8642");
+        QTest::newRow("http kept") << s("http://127.0.0.1:8642") << s("https") << s("http://127.0.0.1:8642");
+        QTest::newRow("https kept") << s("https://example.test/") << s("http") << s("https://example.test");
+        QTest::newRow("any case") << s(" HTTP://example.test:81// ") << s("https") << s("HTTP://example.test:81");
     }
 
     void hostUrlScheme()
     {
-        QFETCH(QString, setting);
-        QFETCH(QString, scheme);
+        auto [setting, scheme, url] = fetch<QString, QString, QString>("setting", "scheme", "url");
         VLSettings settings;
         settings.setValue(QLatin1String(SettingKey::serviceHost), setting);
-        QTEST(settings.hostURL(SettingKey::serviceHost, scheme), "url");
+        QCOMPARE(settings.hostURL(SettingKey::serviceHost, scheme), url);
     }
 };
 

@@ -15,6 +15,7 @@
 #include "scan/VLSendAllatOnceHelper.h"
 #include "support/DataTable.h"
 #include "support/PlistFiles.h"
+#include "support/ScriptedHost.h"
 #include "support/ServiceProcess.h"
 #include "support/TestMain.h"
 
@@ -23,7 +24,6 @@
 #include <QJsonDocument>
 #include <QMutex>
 #include <QSignalSpy>
-#include <QTcpServer>
 #include <QTcpSocket>
 
 namespace {
@@ -40,39 +40,10 @@ void pointHostsAt(const QString &base)
     }
 }
 
-// Answers every request with one fixed body, after reading the request whole.
-class FixedReplyHost : public QTcpServer
+ScriptedHost::Script fixedReply(const QByteArray &body)
 {
-public:
-    explicit FixedReplyHost(const QByteArray &body) : m_body(body)
-    {
-        listen(QHostAddress::LocalHost);
-        connect(this, &QTcpServer::newConnection, this, [this] {
-            QTcpSocket *socket = nextPendingConnection();
-            connect(socket, &QTcpSocket::readyRead, socket, [this, socket] {
-                m_request += socket->readAll();
-                const qsizetype end = m_request.indexOf("\r\n\r\n");
-                const qsizetype length = m_request.mid(m_request.toLower().indexOf("content-length:") + 15)
-                                             .trimmed()
-                                             .split('\r')
-                                             .first()
-                                             .toLongLong();
-                if (end < 0 || m_request.size() < end + 4 + length) {
-                    return;
-                }
-                socket->write("HTTP/1.1 200 OK\r\nConnection: close\r\nContent-Length: " +
-                              QByteArray::number(m_body.size()) + "\r\n\r\n" + m_body);
-                socket->disconnectFromHost();
-                m_request.clear();
-            });
-        });
-    }
-    QString base() const { return QStringLiteral("http://127.0.0.1:%1").arg(serverPort()); }
-
-private:
-    QByteArray m_body;
-    QByteArray m_request;
-};
+    return [body](QTcpSocket *socket, const HostRequest &) { ScriptedHost::answer(socket, 200, {}, body); };
+}
 
 class RecordingFeedback : public UserFeedback
 {
@@ -248,8 +219,8 @@ private slots:
         }();
         QFile::remove(VLSendAllatOnceHelper::diagnosticFilePath());
 
-        FixedReplyHost host(reply);
-        pointHostsAt(host.base());
+        ScriptedHost host(fixedReply(reply));
+        pointHostsAt(host.url("").toString());
         if (reply == "closed") {
             host.close();
         }
@@ -277,8 +248,8 @@ private slots:
             return *RAZipper::compressedDataForData(QJsonDocument(QJsonObject{{QStringLiteral("0"), item}}).toJson());
         };
         for (const char *version : {"1.0", "2.0"}) {
-            FixedReplyHost host(reply(version));
-            pointHostsAt(host.base());
+            ScriptedHost host(fixedReply(reply(version)));
+            pointHostsAt(host.url("").toString());
             QVERIFY(runCheck());
         }
         int copies = 0;

@@ -5,8 +5,6 @@
 #include "scan/VLBlacklist.h"
 #include "support/PlistFiles.h"
 
-#include <QCryptographicHash>
-#include <QSet>
 #include <QTemporaryDir>
 
 class TestVLBlacklist : public QObject
@@ -14,23 +12,6 @@ class TestVLBlacklist : public QObject
     Q_OBJECT
 
 private slots:
-    void builtInList()
-    {
-        const QStringList &list = VLBlacklist::builtInList();
-        QCOMPARE(list.size(), 342);
-        QCOMPARE(list.first(), QStringLiteral("0SEx"));
-        QCOMPARE(list.last(), QStringLiteral("DiskWarrior 4 Keygen"));
-        QCOMPARE(QSet<QString>(list.begin(), list.end()).size(), list.size());
-        // Every name in its place: an edit anywhere in the two lists changes these.
-        const auto digest = [](const QStringList &names) {
-            return QCryptographicHash::hash(names.join(QLatin1Char('\n')).toUtf8(), QCryptographicHash::Sha256).toHex();
-        };
-        QCOMPARE(digest(list), QByteArray("582cda1829edd055c2cd21d2b9606d6424fa41249c11059d5b3142222d357725"));
-        QCOMPARE(VLBlacklist::builtInWidgets().size(), 21);
-        QCOMPARE(digest(VLBlacklist::builtInWidgets()),
-                 QByteArray("4eb869a02f8388ca49dc9984d2ef33c5581856b2482174e8432846e454f89d4f"));
-    }
-
     void appIsOnBlackList_data()
     {
         columns<QString, bool>("path", "listed");

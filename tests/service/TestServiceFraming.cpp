@@ -158,21 +158,20 @@ private slots:
     void secretsHiddenInLog_data()
     {
         columns<QByteArray, QByteArray, QByteArray>("target", "logged", "secret");
+        const auto row = [](const char *tag, const QByteArray &target, const char *logged, const QByteArray &secret) {
+            QTest::newRow(tag) << target << QByteArray(logged) << secret;
+        };
         const QByteArray digest = QCryptographicHash::hash("pw-digest", QCryptographicHash::Md5).toHex();
-        QTest::newRow("encoded route") << QByteArray("/vld6member/%73ignup/e/a%40b.co/p/Secret-1/f/A/l/B")
-                                       << QByteArray("/vld6member/%73ignup/e/a%40b.co/p/***/f/A/l/B")
-                                       << QByteArray("Secret-1");
-        QTest::newRow("encoded key") << QByteArray("/vld6member/signup/e/c%40d.co/%70/Secret-2/f/A/l/B")
-                                     << QByteArray("/vld6member/signup/e/c%40d.co/%70/***/f/A/l/B")
-                                     << QByteArray("Secret-2");
-        QTest::newRow("log-in with encoded keys") << "/vld6member/jlogincheck2/%75/" + digest + "/%70/" + digest
-                                                  << QByteArray("/vld6member/jlogincheck2/%75/***/%70/***") << digest;
-        QTest::newRow("route reached through an encoded slash")
-            << QByteArray("/vld6member%2Fsignup/x/e/e%40f.co/p/Secret-3/f/A/l/B")
-            << QByteArray("/vld6member/signup/***") << QByteArray("Secret-3");
-        QTest::newRow("query") << QByteArray("/vld6member/signup/e/g%40h.co/p/Secret-4/f/A/l/B?p=Secret-4")
-                               << QByteArray("/vld6member/signup/e/g%40h.co/p/***/f/A/l/B?***")
-                               << QByteArray("Secret-4");
+        row("encoded route", "/vld6member/%73ignup/e/a%40b.co/p/Secret-1/f/A/l/B",
+            "/vld6member/%73ignup/e/a%40b.co/p/***/f/A/l/B", "Secret-1");
+        row("encoded key", "/vld6member/signup/e/c%40d.co/%70/Secret-2/f/A/l/B",
+            "/vld6member/signup/e/c%40d.co/%70/***/f/A/l/B", "Secret-2");
+        row("log-in with encoded keys", "/vld6member/jlogincheck2/%75/" + digest + "/%70/" + digest,
+            "/vld6member/jlogincheck2/%75/***/%70/***", digest);
+        row("route reached through an encoded slash", "/vld6member%2Fsignup/x/e/e%40f.co/p/Secret-3/f/A/l/B",
+            "/vld6member/signup/***", "Secret-3");
+        row("query", "/vld6member/signup/e/g%40h.co/p/Secret-4/f/A/l/B?p=Secret-4",
+            "/vld6member/signup/e/g%40h.co/p/***/f/A/l/B?***", "Secret-4");
     }
 
     void secretsHiddenInLog()

@@ -15,11 +15,17 @@
 
 namespace {
 
-CatalogueEntry entry(const QString &id, const QByteArray &json)
+// JSON written with single quotes.
+QJsonObject json(const char *singleQuoted)
+{
+    return QJsonDocument::fromJson(QByteArray(singleQuoted).replace('\'', '"')).object();
+}
+
+CatalogueEntry entry(const char *id, const char *record)
 {
     CatalogueEntry e;
-    e.id = id;
-    e.record = QJsonDocument::fromJson(json).object();
+    e.id = QString::fromLatin1(id);
+    e.record = json(record);
     e.isBeta = e.record.value(QStringLiteral("stability")).toString() == QLatin1StringView("beta");
     return e;
 }
@@ -131,17 +137,12 @@ private slots:
 
     void publicRecordMapping()
     {
-        const QJsonObject source =
-            QJsonDocument::fromJson(
-                "{\"token\":\"foo@beta\",\"name\":\"Foo\",\"names\":[\"Foo\",\"Foo Pro\"],"
-                "\"desc\":\"Does "
-                "foo\",\"version\":\"2.1,300\",\"version_display\":\"2.1\",\"version_latest\":false,\"sha256\":null,"
-                "\"url\":\"https://example.com/foo-#{arch}.zip\",\"url_resolved\":false,"
-                "\"url_by_arch\":{\"intel\":\"https://example.com/foo-x86.zip\",\"arm\":\"https://example.com/"
-                "foo-arm.zip\"},"
-                "\"sha256_by_arch\":{\"intel\":\"AA\",\"arm\":\"BB\"},\"artifact_names\":[\"Foo Helper.app\"],"
-                "\"bundle_ids\":[\"com.example.foo\"],\"min_macos\":\">= :monterey\"}")
-                .object();
+        const QJsonObject source = json(
+            "{'token':'foo@beta','name':'Foo','names':['Foo','Foo Pro'],'desc':'Does foo','version':'2.1,300',"
+            "'version_display':'2.1','version_latest':false,'sha256':null,'url':'https://example.com/foo-#{arch}.zip',"
+            "'url_resolved':false,'url_by_arch':{'intel':'https://example.com/foo-x86.zip',"
+            "'arm':'https://example.com/foo-arm.zip'},'sha256_by_arch':{'intel':'AA','arm':'BB'},"
+            "'artifact_names':['Foo Helper.app'],'bundle_ids':['com.example.foo'],'min_macos':'>= :monterey'}");
         const QJsonObject record = PublicCatalogueMapping::map(source);
         QCOMPARE(record.value(QStringLiteral("current_version")).toString(), QStringLiteral("2.1"));
         QCOMPARE(record.value(QStringLiteral("link")).toString(), QStringLiteral("https://example.com/foo-arm.zip"));
@@ -155,10 +156,8 @@ private slots:
 
         // "latest" is no version; without a usable link the app cannot be installed from a link.
         const QJsonObject latest = PublicCatalogueMapping::map(
-            QJsonDocument::fromJson("{\"token\":\"bar\",\"name\":\"Bar\",\"version\":\"latest\",\"version_display\":"
-                                    "\"latest\",\"version_latest\":true,"
-                                    "\"url\":\"https://example.com/#{x}\",\"url_resolved\":false}")
-                .object());
+            json("{'token':'bar','name':'Bar','version':'latest','version_display':'latest','version_latest':true,"
+                 "'url':'https://example.com/#{x}','url_resolved':false}"));
         QVERIFY(!latest.contains(QStringLiteral("current_version")));
         QVERIFY(!latest.contains(QStringLiteral("link")));
         QCOMPARE(latest.value(QStringLiteral("vld_install_from_link")).toString(), QStringLiteral("2"));
@@ -177,14 +176,12 @@ private slots:
     {
         auto [bundleId, expected] = fetch<QString, QString>("bundleId", "expected");
         std::vector<CatalogueEntry> entries;
-        entries.push_back(entry(
-            QStringLiteral("11"),
-            "{\"name\":\"B\",\"stability\":\"beta\",\"bundle_ids\":[\"com.example.app\",\"com.example.helper\"]}"));
-        entries.push_back(entry(QStringLiteral("12"), "{\"name\":\"C\",\"bundle_ids\":[\"com.example.app\"]}"));
-        entries.push_back(entry(QStringLiteral("10"),
-                                "{\"name\":\"A\",\"bundle_ids\":[\"com.example.helper\",\"com.example.app\"]}"));
-        entries.push_back(entry(QStringLiteral("15"), "{\"name\":\"E\",\"bundle_ids\":[\"com.example.tool\"]}"));
-        entries.push_back(entry(QStringLiteral("14"), "{\"name\":\"D\",\"bundle_ids\":[\"com.example.tool\"]}"));
+        entries.push_back(
+            entry("11", "{'name':'B','stability':'beta','bundle_ids':['com.example.app','com.example.helper']}"));
+        entries.push_back(entry("12", "{'name':'C','bundle_ids':['com.example.app']}"));
+        entries.push_back(entry("10", "{'name':'A','bundle_ids':['com.example.helper','com.example.app']}"));
+        entries.push_back(entry("15", "{'name':'E','bundle_ids':['com.example.tool']}"));
+        entries.push_back(entry("14", "{'name':'D','bundle_ids':['com.example.tool']}"));
         const CatalogueIndex index(std::move(entries));
         const CatalogueEntry *match = index.match({bundleId, {}, {}});
         QVERIFY(match);

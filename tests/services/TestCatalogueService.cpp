@@ -9,6 +9,7 @@
 #include "services/VLAppOnServer.h"
 #include "support/ServiceProcess.h"
 #include "support/TestMain.h"
+#include "support/Utf8.h"
 
 #include <QFile>
 #include <QFileInfo>
@@ -109,15 +110,11 @@ private slots:
         worker->start();
         QVERIFY(worker->wait(60000));
         QVERIFY(updated);
-        QCOMPARE(app.name, QStringLiteral("Velmora Notes"));
-        QCOMPARE(app.displayName, QStringLiteral("Velmora Notes"));
-        QCOMPARE(app.developer, QStringLiteral("Velmora Labs"));
-        QCOMPARE(app.minOS, QStringLiteral("10.13"));
-        QCOMPARE(app.license, QStringLiteral("Free"));
-        QCOMPARE(app.beta, QStringLiteral("release"));
-        QCOMPARE(app.vlDate, QStringLiteral("Nov 20, 2026"));
-        QCOMPARE(app.bundleID, QStringLiteral("com.velmora.sample.notes"));
-        QCOMPARE(app.download_url, m_base + QStringLiteral("/files/VelmoraNotes-2.0.zip"));
+        QCOMPARE((QStringList{app.name, app.displayName, app.developer, app.minOS, app.license, app.beta, app.vlDate,
+                              app.bundleID, app.download_url}),
+                 L({"Velmora Notes", "Velmora Notes", "Velmora Labs", "10.13", "Free", "release", "Nov 20, 2026",
+                    "com.velmora.sample.notes"})
+                     << m_base + QStringLiteral("/files/VelmoraNotes-2.0.zip"));
         QVERIFY(app.shortDescription.startsWith(QStringLiteral("A notebook")));
         QVERIFY(app.longDescription.contains(QStringLiteral("sample app")));
         QVERIFY(app.releaseNotes.startsWith(QStringLiteral("Version 2.0")));
@@ -156,12 +153,10 @@ private slots:
     void watchListChanges()
     {
         QByteArray output;
-        QCOMPARE(m_service.runCommand({QStringLiteral("add-member"), QStringLiteral("--email"),
-                                       QStringLiteral("wl@example.test"), QStringLiteral("--password"),
-                                       QStringLiteral("secret"), QStringLiteral("--first"), QStringLiteral("Wanda"),
-                                       QStringLiteral("--last"), QStringLiteral("Lister")},
-                                      &output),
-                 0);
+        const QStringList addMember =
+            QStringLiteral("add-member --email wl@example.test --password secret --first Wanda --last Lister")
+                .split(u' ');
+        QCOMPARE(m_service.runCommand(addMember, &output), 0);
         const QString memberId = QString::fromUtf8(output).trimmed();
         QVERIFY(!memberId.isEmpty());
         VLApp app = linkRecord("5003");
@@ -180,6 +175,8 @@ private slots:
         QCOMPARE(listed.name, QStringLiteral("Velmora Clock"));
         QVERIFY(listed.download_url.startsWith(m_base + QStringLiteral("/files/")));
         QCOMPARE(listed.localPath, QStringLiteral("-"));
+        QVERIFY(!listed.wlID.isEmpty());
+        QCOMPARE(listed.listname, QStringLiteral("All"));
 
         QVERIFY(VLAppOnServer::removeFromWatchListOnServer(app));
         QVERIFY(watchListEntries(m_base, memberId).isEmpty());

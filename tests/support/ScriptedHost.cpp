@@ -90,19 +90,25 @@ void ScriptedHost::accept()
 {
     while (QTcpSocket *socket = m_server->nextPendingConnection()) {
         connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-        auto head = std::make_shared<QByteArray>();
-        connect(socket, &QTcpSocket::readyRead, this, [this, socket, head] {
-            if (head->endsWith("\r\n\r\n")) {
-                socket->readAll(); // a request body, or the next request on a connection we close anyway
+        // The script runs once the whole request has come, its body included: closing a socket with unread bytes
+        // would reset the connection before the client reads the answer.
+        auto received = std::make_shared<QByteArray>();
+        auto answered = std::make_shared<bool>(false);
+        connect(socket, &QTcpSocket::readyRead, this, [this, socket, received, answered] {
+            *received += socket->readAll();
+            const qsizetype end = received->indexOf("\r\n\r\n");
+            if (*answered || end < 0) {
                 return;
             }
-            *head += socket->readAll();
-            if (head->contains("\r\n\r\n")) {
-                head->truncate(head->indexOf("\r\n\r\n") + 4);
-                const HostRequest request{head->split(' ').value(1), *head};
-                m_requests.append(request);
-                m_script(socket, request);
+            HostRequest request{received->split(' ').value(1), received->left(end + 4), {}};
+            const qsizetype length = request.header("Content-Length").trimmed().toLongLong();
+            if (received->size() < end + 4 + length) {
+                return;
             }
+            request.body = received->mid(end + 4, length);
+            *answered = true;
+            m_requests.append(request);
+            m_script(socket, request);
         });
     }
 }

@@ -21,6 +21,7 @@ struct HostRequest
 {
     QByteArray target;
     QByteArray head; // request line and headers, as sent
+    QByteArray body; // as long as its Content-Length says
     QByteArray header(const QByteArray &name) const;
 };
 
