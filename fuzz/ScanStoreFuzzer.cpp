@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         // Loading settles a record (the defaults for missing fields, the App Store mark): a second load changes
         // nothing more, or every start of the program would drift the store.
         for (qsizetype i = 0; i < apps->size(); ++i) {
-            if (VLScanData::archiveOf(*apps->at(i)) != VLScanData::archiveOf(*reloaded->at(i))) {
+            if (apps->at(i)->encodeWithCoder() != reloaded->at(i)->encodeWithCoder()) {
                 std::abort();
             }
         }

@@ -17,7 +17,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray bytes(reinterpret_cast<const char *>(data), qsizetype(size));
     QString problem;
-    if (!parseOldStylePlist(bytes, &problem) && problem.isEmpty()) {
+    if (!parseOldStylePlist(decodeStringsText(bytes), &problem) && problem.isEmpty()) {
         std::abort(); // a refusal always says why, for the log line
     }
     return 0;

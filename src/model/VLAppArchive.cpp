@@ -81,6 +81,8 @@ template <typename... Visitors> struct Overloaded : Visitors...
 {
     using Visitors::operator()...;
 };
+// clang 14 (the fuzz build's compiler) does not deduce an aggregate's arguments without this guide.
+template <typename... Visitors> Overloaded(Visitors...) -> Overloaded<Visitors...>;
 
 QJsonValue encodeField(const VLApp &app, const Member &member)
 {
