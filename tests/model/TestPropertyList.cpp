@@ -107,6 +107,15 @@ private slots:
         QCOMPARE(dict->value(QStringLiteral("k")).toString(), expected);
     }
 
+    // A binary key in UTF-16 holding U+0000 once stopped every scan that met it (an assertion in the library reader).
+    void binaryKeyHoldingNul()
+    {
+        const auto dict = PropertyList::parseDictionary(
+            QByteArray::fromBase64("YnBsaXN0MDDRAQJjAGEAAADpUXgICxIAAAAAAAABAQAAAAAAAAADAAAAAAAAAAAAAAAAAAAAFA=="));
+        QVERIFY(dict);
+        QCOMPARE(dict->value(QStringView(u"a\0\u00e9", 3).toString()).toString(), QStringLiteral("x"));
+    }
+
     void xmlAndBinaryRoundTrip()
     {
         const QVariantMap dict = {
