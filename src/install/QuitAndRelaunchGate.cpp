@@ -1,0 +1,61 @@
+#include "install/QuitAndRelaunchGate.h"
+
+#include "install/VLAppDownload.h"
+#include "platform/Log.h"
+#include "platform/UserFeedback.h"
+
+#include <QFileInfo>
+
+QuitAndRelaunchGate::QuitAndRelaunchGate(VLApp *app) : m_app(app) {}
+
+bool QuitAndRelaunchGate::prepareToReplace(const QString &target)
+{
+    QList<RunningProcess> running = RunningProcesses::inside(target);
+    running.removeIf([](const RunningProcess &process) { return process.pid == QCoreApplication::applicationPid(); });
+    if (running.isEmpty()) {
+        return true;
+    }
+    const QString appName = QFileInfo(target).completeBaseName();
+    const bool quit = UserFeedback::current().askQuestion(
+        tr("Please quit the application before continuing installation."), tr("%1 is running.").arg(appName),
+        tr("Quit App and Proceed"), tr("Skip Installation"));
+    if (!quit) {
+        vlLog(QStringLiteral("installation skipped, %1 is running").arg(target));
+        if (m_app) {
+            VLAppDownload::setFailure(*m_app, tr("Installation skipped: %1 is running").arg(appName));
+        }
+        return false;
+    }
+    bool allQuit = true;
+    for (const RunningProcess &process : std::as_const(running)) {
+        if (RunningProcesses::terminate(process.pid, kQuitWaitMs)) {
+            m_quit.append(process);
+        } else {
+            allQuit = false;
+            vlLog(QStringLiteral("process %1 did not quit").arg(process.pid));
+        }
+    }
+    if (!allQuit) {
+        relaunchQuit(); // nothing is replaced: what did quit comes back as it was
+        if (m_app) {
+            VLAppDownload::setFailure(*m_app, tr("%1 did not quit; the update was not installed").arg(appName));
+        }
+        return false;
+    }
+    return true;
+}
+
+void QuitAndRelaunchGate::finishedReplacing(const QString &, bool)
+{
+    relaunchQuit();
+}
+
+void QuitAndRelaunchGate::relaunchQuit()
+{
+    for (const RunningProcess &process : std::as_const(m_quit)) {
+        if (!RunningProcesses::relaunch(process)) {
+            vlLog(QStringLiteral("cannot relaunch %1").arg(process.executable));
+        }
+    }
+    m_quit.clear();
+}

@@ -1,0 +1,35 @@
+#pragma once
+
+// The running-app gate of one update: before an installed copy is replaced, its running processes (an executable
+// inside the bundle) are quit with the user's consent, and after the replacement they are started again, the new
+// copy if it is in place, the old one if it was put back. A refusal or a process that will not quit skips the
+// installation, with the reason as the record's failure.
+
+#include "install/RunningAppGate.h"
+#include "platform/RunningProcesses.h"
+
+#include <QCoreApplication>
+#include <QList>
+
+class VLApp;
+
+class QuitAndRelaunchGate : public RunningAppGate
+{
+    Q_DECLARE_TR_FUNCTIONS(QuitAndRelaunchGate)
+
+public:
+    // How long a process is given to quit after SIGTERM.
+    static constexpr int kQuitWaitMs = 10000;
+
+    // app receives the failure when the installation is skipped; may be null.
+    explicit QuitAndRelaunchGate(VLApp *app = nullptr);
+
+    bool prepareToReplace(const QString &target) override;
+    void finishedReplacing(const QString &target, bool placed) override;
+
+private:
+    void relaunchQuit();
+
+    VLApp *m_app;
+    QList<RunningProcess> m_quit;
+};

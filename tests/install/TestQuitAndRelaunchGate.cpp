@@ -1,0 +1,98 @@
+// Replacing a running app: a process whose executable lies inside a bundle is quit when the user agrees and started
+// again afterwards from the same place; when the user declines, it keeps running and the update says why.
+
+#include "install/QuitAndRelaunchGate.h"
+#include "model/VLApp.h"
+#include "platform/RunningProcesses.h"
+#include "platform/UserFeedback.h"
+#include "support/DataTable.h"
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+namespace {
+
+class AnsweringFeedback : public UserFeedback
+{
+public:
+    explicit AnsweringFeedback(bool answer) : m_answer(answer) { UserFeedback::install(this); }
+    ~AnsweringFeedback() override { UserFeedback::install(nullptr); }
+
+    void showAlert(const QString &, const QString &) override {}
+    void showSystemNotification(const QString &, const QString &, const QString &) override {}
+    bool askQuestion(const QString &message, const QString &, const QString &yes, const QString &no) override
+    {
+        asked = QStringList{message, yes, no};
+        return m_answer;
+    }
+
+    QStringList asked;
+
+private:
+    bool m_answer;
+};
+
+QList<qint64> pidsInside(const QString &folder)
+{
+    QList<qint64> pids;
+    for (const RunningProcess &process : RunningProcesses::inside(folder)) {
+        pids.append(process.pid);
+    }
+    return pids;
+}
+
+} // namespace
+
+class TestQuitAndRelaunchGate : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void runningApp_data()
+    {
+        columns<bool, bool, QString>("answer", "proceeds", "failure");
+        QTest::newRow("quit and relaunched") << true << true << "";
+        QTest::newRow("skipped: left running") << false << false << "Installation skipped: Sleeper is running";
+    }
+
+    void runningApp()
+    {
+        auto [answer, proceeds, failure] = fetch<bool, bool, QString>("answer", "proceeds", "failure");
+        QTemporaryDir root;
+        const QString bundle = root.filePath(QStringLiteral("Sleeper.app"));
+        const QString executable = bundle + QStringLiteral("/Contents/MacOS/Sleeper");
+        const QString sleep = QStandardPaths::findExecutable(QStringLiteral("sleep"));
+        QVERIFY2(!sleep.isEmpty(), "sleep is needed to stand for a running app");
+        QVERIFY(QDir().mkpath(QFileInfo(executable).path()) && QFile::copy(sleep, executable));
+        qint64 pid = 0;
+        QVERIFY(QProcess::startDetached(executable, {QStringLiteral("300")}, root.path(), &pid));
+        QVERIFY(QTest::qWaitFor([&] { return pidsInside(bundle) == QList<qint64>{pid}; }, 5000));
+
+        AnsweringFeedback feedback(answer);
+        VLApp app;
+        QuitAndRelaunchGate gate(&app);
+        QCOMPARE(gate.prepareToReplace(bundle), proceeds);
+        QCOMPARE(feedback.asked,
+                 (QStringList{QStringLiteral("Please quit the application before continuing installation."),
+                              QStringLiteral("Quit App and Proceed"), QStringLiteral("Skip Installation")}));
+        QCOMPARE(app.failMessage.load(), failure);
+        QCOMPARE(pidsInside(bundle), proceeds ? QList<qint64>() : QList<qint64>{pid});
+        if (proceeds) {
+            gate.finishedReplacing(bundle, true);
+            QVERIFY(QTest::qWaitFor([&] { return pidsInside(bundle).size() == 1; }, 5000));
+            const RunningProcess relaunched = RunningProcesses::inside(bundle).constFirst();
+            QVERIFY(relaunched.pid != pid);
+            QCOMPARE(relaunched.arguments.mid(1), QStringList{QStringLiteral("300")});
+        }
+        for (const qint64 running : pidsInside(bundle)) {
+            QVERIFY(RunningProcesses::terminate(running, 5000));
+        }
+    }
+};
+
+VELMORA_TEST_MAIN(TestQuitAndRelaunchGate)
+#include "TestQuitAndRelaunchGate.moc"
