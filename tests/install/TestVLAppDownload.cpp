@@ -24,6 +24,11 @@ QString sha256(const QByteArray &bytes)
     return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Sha256).toHex());
 }
 
+QByteArray finalUrl(quint16 port)
+{
+    return "http://localhost:" + QByteArray::number(port) + "/final.bin";
+}
+
 // First the head and half the file, then the connection breaks; a request for the rest gets it.
 void breaksAtHalf(QTcpSocket *socket, const HostRequest &request)
 {
@@ -38,6 +43,16 @@ void breaksAtHalf(QTcpSocket *socket, const HostRequest &request)
     socket->write("HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(kBody.size()) + "\r\n\r\n" +
                   kBody.left(half));
     socket->disconnectFromHost();
+}
+
+// Sends the client on to the same host under another name, where the file is.
+void redirectsAway(QTcpSocket *socket, const HostRequest &request)
+{
+    if (request.target == "/final.bin") {
+        ScriptedHost::answer(socket, 200, {}, kBody);
+    } else {
+        ScriptedHost::answer(socket, 302, "Location: " + finalUrl(socket->localPort()) + "\r\n");
+    }
 }
 
 void sendsNoLength(QTcpSocket *socket, const HostRequest &)
@@ -151,6 +166,27 @@ private slots:
             QVERIFY(downloaded.open(QIODevice::ReadOnly));
             QCOMPARE(downloaded.readAll(), kBody);
         }
+    }
+
+    // The browser-like request, and on a hop away from our own hosts a Referer that names the hop.
+    void requestHeaders()
+    {
+        ScriptedHost host(redirectsAway);
+        auto app = std::make_shared<VLApp>();
+        app->digestString = QStringLiteral("fedcba9876543210fedcba9876543210");
+        app->download_url = host.url("/update.bin").toString();
+        app->downloadPath = app->createDownloadPath();
+        VLAppDownload update(app);
+        std::thread worker([&] { update.download(); });
+        QVERIFY(QTest::qWaitFor([&] { return host.requests().size() == 2 && !app->isDownloading; }, 30000));
+        worker.join();
+        QCOMPARE(app->failMessage.load(), QString());
+        const HostRequest first = host.requests().at(0);
+        QCOMPARE(first.header("User-Agent"), "Mozilla/5.0 (Macintosh; U; PPC Mac OS X; en-us) AppleWebKit/125.2.3 "
+                                             "(KHTML, like Gecko) Velmora Desktop/6.0.4");
+        QCOMPARE(first.header("Referer"), m_service.baseUrl().toUtf8() + '/');
+        QCOMPARE(first.header("Accept-Encoding"), "identity");
+        QCOMPARE(host.requests().at(1).header("Referer"), finalUrl(host.url().port()));
     }
 
     void installKind_data()
