@@ -6,7 +6,7 @@
 
 #include <QFileInfo>
 
-QuitAndRelaunchGate::QuitAndRelaunchGate(VLApp *app) : m_app(app) {}
+QuitAndRelaunchGate::QuitAndRelaunchGate(VLApp *app, const QString &vlID) : m_app(app), m_vlID(vlID) {}
 
 bool QuitAndRelaunchGate::prepareToReplace(const QString &target)
 {
@@ -22,7 +22,7 @@ bool QuitAndRelaunchGate::prepareToReplace(const QString &target)
     if (!quit) {
         vlLog(QStringLiteral("installation skipped, %1 is running").arg(target));
         if (m_app) {
-            VLAppDownload::setFailure(*m_app, tr("Installation skipped: %1 is running").arg(appName));
+            VLAppDownload::setFailure(*m_app, m_vlID, tr("Installation skipped: %1 is running").arg(appName));
         }
         return false;
     }
@@ -38,7 +38,7 @@ bool QuitAndRelaunchGate::prepareToReplace(const QString &target)
     if (!allQuit) {
         relaunchQuit(); // nothing is replaced: what did quit comes back as it was
         if (m_app) {
-            VLAppDownload::setFailure(*m_app, tr("%1 did not quit; the update was not installed").arg(appName));
+            VLAppDownload::setFailure(*m_app, m_vlID, tr("%1 did not quit; the update was not installed").arg(appName));
         }
         return false;
     }

@@ -21,8 +21,8 @@ public:
     // How long a process is given to quit after SIGTERM.
     static constexpr int kQuitWaitMs = 10000;
 
-    // app receives the failure when the installation is skipped; may be null.
-    explicit QuitAndRelaunchGate(VLApp *app = nullptr);
+    // app (with its catalogue id) receives the failure when the installation is skipped; may be null.
+    explicit QuitAndRelaunchGate(VLApp *app = nullptr, const QString &vlID = QString());
 
     bool prepareToReplace(const QString &target) override;
     void finishedReplacing(const QString &target, bool placed) override;
@@ -31,5 +31,6 @@ private:
     void relaunchQuit();
 
     VLApp *m_app;
+    QString m_vlID;
     QList<RunningProcess> m_quit;
 };

@@ -78,9 +78,14 @@ VLAppDownload::InstallKind VLAppDownload::installKindFor(const QString &file)
 }
 
 VLAppDownload::VLAppDownload(std::shared_ptr<VLApp> app, UpdateRows *rows, RunningAppGate *gate)
-    : m_app(std::move(app)), m_rows(rows), m_gate(gate), m_vlID(m_app->vlID), m_displayName(m_app->displayName),
+    : m_app(std::move(app)), m_rows(rows), m_gate(gate), m_vlID(m_app->vlID), m_digest(m_app->digestString),
+      m_downloadFolder(m_app->createDownloadPath()), m_displayName(m_app->displayName),
       m_downloadURL(m_app->download_url), m_filehash(m_app->filehash), m_localPath(m_app->localPath)
 {
+    const VLSettings settings;
+    if (!settings.stringValue(SettingKey::lastlogin).isEmpty() && settings.boolValue(SettingKey::addDownloadWL)) {
+        m_watchListRecord = *m_app;
+    }
 }
 
 void VLAppDownload::download()
@@ -88,7 +93,7 @@ void VLAppDownload::download()
     VLApp &app = *m_app;
     // Each update starts in an empty private folder: nothing left by an earlier one is unpacked by mistake.
     cleanUp(app.downloadPath);
-    app.downloadPath = app.createDownloadPath();
+    app.downloadPath = m_downloadFolder;
     cleanUp(app.downloadPath);
     VLGoogleTracking::trackProgramEvent(QStringLiteral("UPDATE_APP"), m_vlID, m_vlID);
     app.didStartReceivingContent = false;
@@ -98,9 +103,8 @@ void VLAppDownload::download()
     app.isDownloading = true;
     app.percentDownloaded = 0.0;
 
-    const VLSettings settings;
-    if (!settings.stringValue(SettingKey::lastlogin).isEmpty() && settings.boolValue(SettingKey::addDownloadWL)) {
-        QThreadPool::globalInstance()->start([record = VLApp(app)] {
+    if (m_watchListRecord) {
+        QThreadPool::globalInstance()->start([record = *m_watchListRecord] {
             QThread::msleep(kWatchListDelayMs);
             VLAppOnServer::saveToWatchListOnServer(record);
         });
@@ -132,7 +136,7 @@ void VLAppDownload::sendDownloadRecord() const
 {
     const VLSettings settings;
     const QUrl url(settings.hostURL(SettingKey::serviceHost, QStringLiteral("http")) + QStringLiteral("/download604/") +
-                   m_vlID + QLatin1Char('/') + m_app->digestString + QLatin1Char('/') +
+                   m_vlID + QLatin1Char('/') + m_digest + QLatin1Char('/') +
                    settings.stringValue(SettingKey::lastlogin) + QStringLiteral("/0/0/") +
                    urlEncodeValue(settings.stringValue(SettingKey::penguin)) + QLatin1Char('/') +
                    urlEncodeValue(settings.stringValue(SettingKey::serial)));
@@ -142,9 +146,8 @@ void VLAppDownload::sendDownloadRecord() const
 
 bool VLAppDownload::prepareFolder()
 {
-    const QString digest = m_app->digestString;
-    if (AppPaths::privateTempFolder().isEmpty() || digest.isEmpty() || digest.contains(QLatin1Char('/')) ||
-        digest.startsWith(QLatin1Char('.'))) {
+    if (AppPaths::privateTempFolder().isEmpty() || m_digest.isEmpty() || m_digest.contains(QLatin1Char('/')) ||
+        m_digest.startsWith(QLatin1Char('.'))) {
         return false;
     }
     const QFileInfo folder(m_app->downloadPath);
@@ -417,11 +420,11 @@ void VLAppDownload::cancelUpdate(VLApp &app)
     VLNotificationCenter::defaultCenter().post(QStringLiteral("VLDownloadCanceled"), recordObject(app));
 }
 
-void VLAppDownload::setFailure(VLApp &app, const QString &message)
+void VLAppDownload::setFailure(VLApp &app, const QString &vlID, const QString &message)
 {
     app.didFail = true;
     app.failMessage = message;
-    VLGoogleTracking::trackProgramEvent(QStringLiteral("FAIL_UPDATE_APP"), app.vlID, app.vlID);
+    VLGoogleTracking::trackProgramEvent(QStringLiteral("FAIL_UPDATE_APP"), vlID, vlID);
     VLNotificationCenter::defaultCenter().post(QStringLiteral("VLDownloadFailed"));
 }
 

@@ -15,6 +15,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 class RunningAppGate;
 class UpdateRows;
@@ -47,15 +48,15 @@ public:
 
     // Stops the record's running update, from any thread.
     static void cancelUpdate(VLApp &app);
-    // Records a failure on the record and tells whoever listens ("VLDownloadFailed").
-    static void setFailure(VLApp &app, const QString &message);
+    // Records a failure on the record and tells whoever listens ("VLDownloadFailed"); vlID labels the event.
+    static void setFailure(VLApp &app, const QString &vlID, const QString &message);
     // Takes what an update learnt into the record; the caller holds the record's list lock.
     static void applyOutcome(VLApp &app, const UpdateOutcome &outcome);
     // Deletes the file or folder at path, if any; errors are ignored.
     static void cleanUp(const QString &path);
 
 private:
-    void setFailure(const QString &message) { setFailure(*m_app, message); }
+    void setFailure(const QString &message) { setFailure(*m_app, m_vlID, message); }
     bool prepareFolder();
     void sendDownloadRecord() const;
     // The file, continued from where a broken transfer stopped; "" when it did not arrive whole.
@@ -77,11 +78,15 @@ private:
     UpdateOutcome m_outcome;
     // The record's catalogue facts as they were when the update began.
     QString m_vlID;
+    QString m_digest;
+    QString m_downloadFolder;
     QString m_displayName;
     QString m_downloadURL;
     QString m_filehash;
     // The installed copy's path while the update runs; the installer puts the new version there.
     QString m_localPath;
+    // The record as the watch list gets it, when the user asked for downloads to be added there.
+    std::optional<VLApp> m_watchListRecord;
     double m_shownProgress = -1.0;
     bool m_pageRejected = false;
 };

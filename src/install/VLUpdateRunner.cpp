@@ -7,7 +7,7 @@
 VLUpdateRunner::VLUpdateRunner(std::shared_ptr<VLApp> app, UpdateRows *rows, QObject *parent)
     : QObject(parent), m_app(std::move(app))
 {
-    auto gate = std::make_shared<QuitAndRelaunchGate>(m_app.get());
+    auto gate = std::make_shared<QuitAndRelaunchGate>(m_app.get(), m_app->vlID);
     m_download = std::make_unique<VLAppDownload>(m_app, rows, gate.get());
     m_thread.reset(QThread::create([this, gate] { m_download->download(); }));
     m_thread->setObjectName(QStringLiteral("update ") + m_app->displayName);
