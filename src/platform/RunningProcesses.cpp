@@ -111,7 +111,9 @@ bool relaunch(const RunningProcess &process)
     if (!QFileInfo(process.executable).isExecutable()) {
         return false;
     }
-    return QProcess::startDetached(process.executable, process.arguments.mid(1), process.workingDirectory);
+    // A folder it ran in may have gone with the old copy.
+    const QString folder = QFileInfo(process.workingDirectory).isDir() ? process.workingDirectory : QDir::homePath();
+    return QProcess::startDetached(process.executable, process.arguments.mid(1), folder);
 }
 
 } // namespace RunningProcesses
