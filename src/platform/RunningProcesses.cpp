@@ -113,7 +113,15 @@ bool relaunch(const RunningProcess &process)
     }
     // A folder it ran in may have gone with the old copy.
     const QString folder = QFileInfo(process.workingDirectory).isDir() ? process.workingDirectory : QDir::homePath();
-    return QProcess::startDetached(process.executable, process.arguments.mid(1), folder);
+    // Started as from the desktop: not on our terminal, nor holding our output open.
+    QProcess starter;
+    starter.setProgram(process.executable);
+    starter.setArguments(process.arguments.mid(1));
+    starter.setWorkingDirectory(folder);
+    starter.setStandardInputFile(QProcess::nullDevice());
+    starter.setStandardOutputFile(QProcess::nullDevice());
+    starter.setStandardErrorFile(QProcess::nullDevice());
+    return starter.startDetached();
 }
 
 } // namespace RunningProcesses

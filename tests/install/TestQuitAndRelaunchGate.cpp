@@ -11,6 +11,7 @@
 #include <QDir>
 #include <QFile>
 #include <QProcess>
+#include <QScopeGuard>
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
@@ -69,7 +70,18 @@ private slots:
         QVERIFY2(!sleep.isEmpty(), "sleep is needed to stand for a running app");
         QVERIFY(QDir().mkpath(QFileInfo(executable).path()) && QFile::copy(sleep, executable));
         qint64 pid = 0;
-        QVERIFY(QProcess::startDetached(executable, {QStringLiteral("300")}, root.path(), &pid));
+        QProcess sleeper;
+        sleeper.setProgram(executable);
+        sleeper.setArguments({QStringLiteral("300")});
+        sleeper.setWorkingDirectory(root.path());
+        sleeper.setStandardOutputFile(QProcess::nullDevice());
+        sleeper.setStandardErrorFile(QProcess::nullDevice());
+        QVERIFY(sleeper.startDetached(&pid));
+        const auto stopAll = qScopeGuard([&bundle] {
+            for (const qint64 running : pidsInside(bundle)) {
+                RunningProcesses::terminate(running, 5000);
+            }
+        });
         QVERIFY(QTest::qWaitFor([&] { return pidsInside(bundle) == QList<qint64>{pid}; }, 5000));
 
         AnsweringFeedback feedback(answer);
@@ -87,9 +99,6 @@ private slots:
             const RunningProcess relaunched = RunningProcesses::inside(bundle).constFirst();
             QVERIFY(relaunched.pid != pid);
             QCOMPARE(relaunched.arguments.mid(1), QStringList{QStringLiteral("300")});
-        }
-        for (const qint64 running : pidsInside(bundle)) {
-            QVERIFY(RunningProcesses::terminate(running, 5000));
         }
     }
 };
