@@ -1,18 +1,19 @@
 #include "platform/DesktopOpener.h"
 
-#include "platform/Log.h"
-
 #include <QProcess>
+#include <QStandardPaths>
 
 namespace DesktopOpener {
 
+bool hasDisplay()
+{
+    return !qEnvironmentVariableIsEmpty("DISPLAY") || !qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
 bool open(const QString &path)
 {
-    if (QProcess::startDetached(QStringLiteral("xdg-open"), {path})) {
-        return true;
-    }
-    vlLog(QStringLiteral("cannot open %1 with the desktop's opener").arg(path));
-    return false;
+    const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
+    return !opener.isEmpty() && QProcess::startDetached(opener, {path});
 }
 
 } // namespace DesktopOpener

@@ -1,10 +1,14 @@
 #pragma once
 
-// Hands a file to the desktop's opener (xdg-open), as double-clicking it in the file manager would.
+// Opening a file or an app the way the desktop would on a double click (xdg-open), detached from us.
 
 #include <QString>
 
 namespace DesktopOpener {
-// true when the opener could be started; what it then does with the file is the desktop's business.
+
+// Whether a graphical session is there to open anything in.
+bool hasDisplay();
+// true when the opener was started.
 bool open(const QString &path);
+
 } // namespace DesktopOpener

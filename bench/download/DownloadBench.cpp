@@ -3,7 +3,7 @@
 // the catalogue hash's check against curl followed by sha256sum. Prints each run and the best and median of each, in
 // MB/s, and the ratio of the bests.
 //
-//     bench_install_download [MEGABYTES] [RUNS]     (default 256 MB, 5 runs)
+//     bench_download [MEGABYTES] [RUNS]     (default 256 MB, 5 runs)
 
 #include "install/VLAppDownload.h"
 #include "platform/VLSettings.h"
