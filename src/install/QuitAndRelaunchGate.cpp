@@ -1,6 +1,7 @@
 #include "install/QuitAndRelaunchGate.h"
 
 #include "install/VLAppDownload.h"
+#include "model/BundleReader.h"
 #include "platform/Log.h"
 #include "platform/UserFeedback.h"
 
@@ -36,7 +37,7 @@ bool QuitAndRelaunchGate::prepareToReplace(const QString &target)
         }
     }
     if (!allQuit) {
-        relaunchQuit(); // nothing is replaced: what did quit comes back as it was
+        relaunchQuit(QString()); // nothing is replaced: what did quit comes back as it was
         if (m_app) {
             VLAppDownload::setFailure(*m_app, m_vlID, tr("%1 did not quit; the update was not installed").arg(appName));
         }
@@ -45,14 +46,28 @@ bool QuitAndRelaunchGate::prepareToReplace(const QString &target)
     return true;
 }
 
-void QuitAndRelaunchGate::finishedReplacing(const QString &, bool)
+void QuitAndRelaunchGate::finishedReplacing(const QString &target, bool)
 {
-    relaunchQuit();
+    relaunchQuit(target);
 }
 
-void QuitAndRelaunchGate::relaunchQuit()
+void QuitAndRelaunchGate::relaunchQuit(const QString &target)
 {
-    for (const RunningProcess &process : std::as_const(m_quit)) {
+    // A new version may name its executable differently: what ran from a path that is gone starts as the new copy's
+    // main executable.
+    QString mainExecutable;
+    if (!target.isEmpty()) {
+        BundleReader bundle(target);
+        const std::optional<QVariantMap> &info = bundle.bundleInfoDict();
+        const QString name = info ? info->value(QStringLiteral("CFBundleExecutable")).toString() : QString();
+        if (!name.isEmpty() && !name.contains(QLatin1Char('/'))) {
+            mainExecutable = target + QStringLiteral("/Contents/MacOS/") + name;
+        }
+    }
+    for (RunningProcess process : std::as_const(m_quit)) {
+        if (!QFileInfo::exists(process.executable) && !mainExecutable.isEmpty()) {
+            process.executable = mainExecutable;
+        }
         if (!RunningProcesses::relaunch(process)) {
             vlLog(QStringLiteral("cannot relaunch %1").arg(process.executable));
         }

@@ -28,7 +28,8 @@ public:
     void finishedReplacing(const QString &target, bool placed) override;
 
 private:
-    void relaunchQuit();
+    // target: the bundle now in place, whose main executable stands in for an executable that is gone; "" for none.
+    void relaunchQuit(const QString &target);
 
     VLApp *m_app;
     QString m_vlID;

@@ -6,6 +6,7 @@
 #include "platform/RunningProcesses.h"
 #include "platform/UserFeedback.h"
 #include "support/DataTable.h"
+#include "support/PlistFiles.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -55,14 +56,19 @@ class TestQuitAndRelaunchGate : public QObject
 private slots:
     void runningApp_data()
     {
-        columns<bool, bool, QString>("answer", "proceeds", "failure");
-        QTest::newRow("quit and relaunched") << true << true << "";
-        QTest::newRow("skipped: left running") << false << false << "Installation skipped: Sleeper is running";
+        columns<bool, bool, QString, QString>("answer", "proceeds", "failure", "newName");
+        QTest::newRow("quit and relaunched") << true << true << ""
+                                             << "";
+        QTest::newRow("relaunched as the new copy's executable") << true << true << ""
+                                                                 << "Sleeper 2";
+        QTest::newRow("skipped: left running") << false << false << "Installation skipped: Sleeper is running"
+                                               << "";
     }
 
     void runningApp()
     {
-        auto [answer, proceeds, failure] = fetch<bool, bool, QString>("answer", "proceeds", "failure");
+        auto [answer, proceeds, failure, newName] =
+            fetch<bool, bool, QString, QString>("answer", "proceeds", "failure", "newName");
         QTemporaryDir root;
         const QString bundle = root.filePath(QStringLiteral("Sleeper.app"));
         const QString executable = bundle + QStringLiteral("/Contents/MacOS/Sleeper");
@@ -94,10 +100,19 @@ private slots:
         QCOMPARE(app.failMessage.load(), failure);
         QCOMPARE(pidsInside(bundle), proceeds ? QList<qint64>() : QList<qint64>{pid});
         if (proceeds) {
+            if (!newName.isEmpty()) { // the new version's executable has another name
+                const QString renamed = QFileInfo(executable).dir().filePath(newName);
+                QVERIFY(QFile::rename(executable, renamed));
+                QVariantMap info = PlistFiles::info(QStringLiteral("com.example.sleeper"), QStringLiteral("2.0"));
+                info.insert(QStringLiteral("CFBundleExecutable"), newName);
+                QVERIFY(PlistFiles::writePlist(bundle + QStringLiteral("/Contents/Info.plist"), info));
+            }
             gate.finishedReplacing(bundle, true);
             QVERIFY(QTest::qWaitFor([&] { return pidsInside(bundle).size() == 1; }, 5000));
             const RunningProcess relaunched = RunningProcesses::inside(bundle).constFirst();
             QVERIFY(relaunched.pid != pid);
+            QCOMPARE(QFileInfo(relaunched.executable).fileName(),
+                     newName.isEmpty() ? QStringLiteral("Sleeper") : newName);
             QCOMPARE(relaunched.arguments.mid(1), QStringList{QStringLiteral("300")});
         }
     }
