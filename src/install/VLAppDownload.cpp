@@ -91,8 +91,11 @@ VLAppDownload::VLAppDownload(std::shared_ptr<VLApp> app, UpdateRows *rows, Runni
 void VLAppDownload::download()
 {
     VLApp &app = *m_app;
-    // Each update starts in an empty private folder: nothing left by an earlier one is unpacked by mistake.
-    cleanUp(app.downloadPath);
+    // Each update starts in an empty private folder: nothing left by an earlier one is unpacked by mistake. Only what
+    // lies in our own temporary folder is ever deleted here.
+    if (app.downloadPath.startsWith(AppPaths::privateTempFolderName() + QLatin1Char('/'))) {
+        cleanUp(app.downloadPath);
+    }
     app.downloadPath = m_downloadFolder;
     cleanUp(app.downloadPath);
     VLGoogleTracking::trackProgramEvent(QStringLiteral("UPDATE_APP"), m_vlID, m_vlID);
