@@ -19,12 +19,14 @@ void CliFeedback::showAlert(const QString &message, const QString &informativeTe
 {
     m_alerted = true;
     const QMutexLocker lock(&m_mutex);
+    stepAside();
     m_err << "error: " << message << ": " << informativeText << Qt::endl;
 }
 
 void CliFeedback::showSystemNotification(const QString &title, const QString &informativeText, const QString &)
 {
     const QMutexLocker lock(&m_mutex);
+    stepAside();
     m_err << "notice: " << title << ": " << informativeText << Qt::endl;
 }
 
@@ -32,6 +34,7 @@ bool CliFeedback::askQuestion(const QString &message, const QString &informative
                               const QString &noButton)
 {
     const QMutexLocker lock(&m_mutex);
+    stepAside();
     if (m_answerYes) {
         m_err << "notice: " << message << ": " << yesButton << Qt::endl;
         return true;
@@ -46,4 +49,11 @@ bool CliFeedback::askQuestion(const QString &message, const QString &informative
     char line[64] = {};
     const bool yes = std::fgets(line, sizeof line, stdin) && (line[0] == 'y' || line[0] == 'Y');
     return yes;
+}
+
+void CliFeedback::stepAside()
+{
+    if (m_beforePrinting) {
+        m_beforePrinting();
+    }
 }

@@ -6,10 +6,11 @@
 
 #include "platform/UserFeedback.h"
 
-#include <QMutex>
+#include <QRecursiveMutex>
 #include <QTextStream>
 
 #include <atomic>
+#include <functional>
 
 class CliFeedback : public UserFeedback
 {
@@ -25,10 +26,17 @@ public:
 
     bool alerted() const { return m_alerted.load(); }
     void setAnswerYes(bool yes) { m_answerYes = yes; }
+    // Held while anything is printed on err; others that print there from other threads take it too.
+    QRecursiveMutex &outputLock() { return m_mutex; }
+    // Called before each message is printed (progress bars step aside); set before the threads start.
+    void setBeforePrinting(std::function<void()> beforePrinting) { m_beforePrinting = std::move(beforePrinting); }
 
 private:
+    void stepAside();
+
     QTextStream &m_err;
-    QMutex m_mutex;
+    QRecursiveMutex m_mutex;
     std::atomic<bool> m_alerted{false};
     std::atomic<bool> m_answerYes{false};
+    std::function<void()> m_beforePrinting;
 };

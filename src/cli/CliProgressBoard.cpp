@@ -27,7 +27,10 @@ public:
     QString state;
 };
 
-CliProgressBoard::CliProgressBoard(QTextStream &err, bool terminal) : m_err(err), m_terminal(terminal) {}
+CliProgressBoard::CliProgressBoard(QTextStream &err, QRecursiveMutex &outputLock, bool terminal)
+    : m_err(err), m_terminal(terminal), m_mutex(outputLock)
+{
+}
 
 CliProgressBoard::~CliProgressBoard() = default;
 

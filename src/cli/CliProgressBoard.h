@@ -3,7 +3,7 @@
 // One progress bar per running download on a terminal (stderr), redrawn in place; nothing when stderr is not a
 // terminal. The bars are fed from the updates' worker threads.
 
-#include <QMutex>
+#include <QRecursiveMutex>
 #include <QString>
 #include <QTextStream>
 
@@ -15,12 +15,14 @@ class UpdateRows;
 class CliProgressBoard
 {
 public:
-    CliProgressBoard(QTextStream &err, bool terminal);
+    // outputLock is held by everyone who prints on err.
+    CliProgressBoard(QTextStream &err, QRecursiveMutex &outputLock, bool terminal);
     ~CliProgressBoard();
 
     // A bar for one update, owned by the board.
     UpdateRows *add(const QString &name);
-    // Leaves the bars as they are last drawn; messages printed later go below them.
+    // Leaves the bars as they are last drawn; what is printed next goes below them, and the bars are drawn again
+    // below that when they move.
     void finish();
 
 private:
@@ -30,7 +32,7 @@ private:
 
     QTextStream &m_err;
     const bool m_terminal;
-    QMutex m_mutex;
+    QRecursiveMutex &m_mutex;
     std::vector<std::unique_ptr<Bar>> m_bars;
     int m_drawnLines = 0;
 };

@@ -22,14 +22,15 @@ UpdateRun::UpdateRun(CommandContext &ctx, VLScanData &store, bool answerYes)
 int UpdateRun::run(const AppList &apps, bool asUpdateAll)
 {
     CliFeedback feedback(m_ctx.err);
+    CliProgressBoard board(m_ctx.err, feedback.outputLock(), isatty(STDERR_FILENO) != 0);
     feedback.setAnswerYes(m_answerYes);
+    feedback.setBeforePrinting([&board] { board.finish(); });
     QObject context;
     VLNotificationCenter::defaultCenter().subscribe(
         QStringLiteral("VLShowSystemNotification"), &context, [&feedback](const QVariant &object) {
             const QStringList notice = object.toStringList();
             feedback.showSystemNotification(notice.value(0), notice.value(1), notice.value(2));
         });
-    CliProgressBoard board(m_ctx.err, isatty(STDERR_FILENO) != 0);
     QEventLoop loop;
     std::vector<std::unique_ptr<VLUpdateRunner>> runners;
     QHash<VLApp *, UpdateOutcome> outcomes;
@@ -70,6 +71,7 @@ int UpdateRun::run(const AppList &apps, bool asUpdateAll)
         loop.exec();
     }
     board.finish();
+    feedback.setBeforePrinting({}); // the board goes first
 
     const bool saved = applyToStore(outcomes, apps);
     bool allInstalled = saved;
