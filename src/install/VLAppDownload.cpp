@@ -93,11 +93,12 @@ void VLAppDownload::download()
     VLApp &app = *m_app;
     // Each update starts in an empty private folder: nothing left by an earlier one is unpacked by mistake. Only what
     // lies in our own temporary folder is ever deleted here.
-    if (app.downloadPath.startsWith(AppPaths::privateTempFolderName() + QLatin1Char('/'))) {
+    const QString temporary = AppPaths::privateTempFolderName() + QLatin1Char('/');
+    if (app.downloadPath.startsWith(temporary) && app.downloadPath.size() > temporary.size() &&
+        !app.downloadPath.contains(QLatin1String("/.."))) {
         cleanUp(app.downloadPath);
     }
     app.downloadPath = m_downloadFolder;
-    cleanUp(app.downloadPath);
     VLGoogleTracking::trackProgramEvent(QStringLiteral("UPDATE_APP"), m_vlID, m_vlID);
     app.didStartReceivingContent = false;
     app.didCancel = false;
@@ -153,8 +154,9 @@ bool VLAppDownload::prepareFolder()
         m_digest.startsWith(QLatin1Char('.'))) {
         return false;
     }
-    const QFileInfo folder(m_app->downloadPath);
-    return !folder.isSymLink() && QDir().mkpath(m_app->downloadPath);
+    // The record's own folder, never the whole temporary folder: the digest has been checked above.
+    cleanUp(m_downloadFolder);
+    return QDir().mkpath(m_downloadFolder);
 }
 
 QString VLAppDownload::fetch()
