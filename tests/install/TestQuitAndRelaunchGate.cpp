@@ -5,6 +5,7 @@
 #include "model/VLApp.h"
 #include "platform/RunningProcesses.h"
 #include "platform/UserFeedback.h"
+#include "platform/VLSettings.h"
 #include "support/DataTable.h"
 #include "support/PlistFiles.h"
 #include "support/TestMain.h"
@@ -54,6 +55,9 @@ class TestQuitAndRelaunchGate : public QObject
     Q_OBJECT
 
 private slots:
+    // The analytics hits these steps send are not what is tested here.
+    void initTestCase() { QVERIFY(VLSettings().setValue(QLatin1String(SettingKey::sendAnalytics), false)); }
+
     void runningApp_data()
     {
         columns<bool, bool, QString, QString>("answer", "proceeds", "failure", "newName");

@@ -82,9 +82,10 @@ private slots:
     {
         QVERIFY(m_service.start());
         VLSettings settings;
-        for (const char *host : {SettingKey::serviceHost, SettingKey::siteHost, SettingKey::analyticsHost}) {
+        for (const char *host : {SettingKey::serviceHost, SettingKey::siteHost}) {
             QVERIFY(settings.setValue(QLatin1String(host), m_service.baseUrl()));
         }
+        QVERIFY(settings.setValue(QLatin1String(SettingKey::sendAnalytics), false));
     }
 
     void download_data()

@@ -3,6 +3,7 @@
 // cancelled queue that stays empty.
 
 #include "install/VLUpdateAllQueue.h"
+#include "platform/VLSettings.h"
 #include "support/DataTable.h"
 #include "support/TestMain.h"
 
@@ -15,6 +16,9 @@ class TestVLUpdateAllQueue : public QObject
     Q_OBJECT
 
 private slots:
+    // The analytics hits these steps send are not what is tested here.
+    void initTestCase() { QVERIFY(VLSettings().setValue(QLatin1String(SettingKey::sendAnalytics), false)); }
+
     void updateAll_data()
     {
         columns<bool>("cancelAfterFirst");
