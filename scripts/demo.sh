@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # The main job on one machine: builds everything, starts velmora-service with its bundled sample catalogue,
 # installs the sample apps' old versions on a scratch "Mac volume", and has velmora-cli check them with the service
-# in one request: scan, match, keep the answers in the stored scan, list what is outdated.
+# in one request: scan, match, keep the answers in the stored scan, list what is outdated; then updates them all and
+# shows them current.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 build=${BUILD_DIR:-$root/build}
@@ -40,3 +41,11 @@ echo "== The service's request log"
 cat "$work/service.log"
 echo "== The stored scan after the check (name, installed, newest, path)"
 "$cli" list --installed
+echo "== Update All: each app downloaded, checked and installed (name, installed version, path)"
+update_status=0
+"$cli" update-all --yes || update_status=$?
+echo "== The stored scan after the updates (name, installed, newest, path)"
+"$cli" list --installed
+echo "== Still outdated"
+"$cli" list --outdated
+exit "$update_status"

@@ -8,6 +8,7 @@
 #include "cli/ListCommand.h"
 #include "cli/OpenLinkCommand.h"
 #include "cli/ScanCommand.h"
+#include "cli/UpdateCommand.h"
 #include "cli/VersionCommand.h"
 
 std::vector<std::unique_ptr<Command>> allCommands()
@@ -18,6 +19,8 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(std::make_unique<ScanCommand>());
     commands.push_back(std::make_unique<ListCommand>());
     commands.push_back(std::make_unique<CheckCommand>());
+    commands.push_back(std::make_unique<UpdateCommand>(UpdateCommand::Scope::Named));
+    commands.push_back(std::make_unique<UpdateCommand>(UpdateCommand::Scope::All));
     for (const auto choice : {ChoiceCommand::Choice::Ignore, ChoiceCommand::Choice::SetCurrent,
                               ChoiceCommand::Choice::UnsetCurrent, ChoiceCommand::Choice::DontCheck}) {
         commands.push_back(std::make_unique<ChoiceCommand>(choice));

@@ -1,6 +1,7 @@
 #include "cli/OpenLinkCommand.h"
 
 #include "cli/RecordLines.h"
+#include "cli/UpdateRun.h"
 #include "scan/InstallLinks.h"
 #include "scan/VLScanData.h"
 
@@ -25,39 +26,46 @@ QString decisionText(InstallLinks::Decision decision)
 
 QString OpenLinkCommand::description() const
 {
-    return Cli::tr("Show what an install link offers");
+    return Cli::tr("Install what an install link offers");
 }
 
 QString OpenLinkCommand::help() const
 {
     return Cli::tr(
-        "Usage: velmora-cli open-link URL\n"
+        "Usage: velmora-cli open-link URL [--yes]\n"
         "\n"
         "Reads an install link (velmora://bundle/ID or velmora://app/ID/NAME/VERSION), looks each linked app\n"
         "up in the stored scan or asks the service about it, and prints one line per app: display name,\n"
         "catalogue id and what the link asks for (update, install, up to date, or cannot be installed from\n"
-        "a link), separated by tabs.\n");
+        "a link), separated by tabs. Then it downloads and installs the apps to update or install, as\n"
+        "\"velmora-cli update\" does (see its help for --yes), and prints a line for each one installed.\n");
 }
 
 int OpenLinkCommand::execute(const QStringList &arguments, CommandContext &ctx)
 {
-    if (arguments.size() != 1) {
+    QStringList words = arguments;
+    const bool yes = words.removeAll(QStringLiteral("--yes")) > 0;
+    if (words.size() != 1) {
         ctx.err << "error: " << Cli::tr("give one link") << "\n\n" << help();
         return ExitUsage;
     }
-    const QString link = arguments.first();
+    const QString link = words.first();
     if (!link.startsWith(QLatin1String("velmora://"))) {
         ctx.err << "error: " << Cli::tr("%1 is not an install link").arg(link) << '\n';
         return ExitUsage;
     }
-    const VLScanData store;
+    VLScanData store;
     const QList<InstallLinks::LinkedApp> linked = InstallLinks::installFromLink(link, store);
     if (linked.isEmpty()) {
         ctx.err << "error: " << Cli::tr("the link names no app the service knows") << '\n';
         return ExitFailure;
     }
+    AppList toInstall;
     for (const InstallLinks::LinkedApp &entry : linked) {
         ctx.out << recordLine({entry.app->displayName, entry.app->vlID, decisionText(entry.decision)}) << '\n';
+        if (entry.decision == InstallLinks::Decision::Update || entry.decision == InstallLinks::Decision::Install) {
+            toInstall.append(entry.app);
+        }
     }
-    return ExitSuccess;
+    return toInstall.isEmpty() ? ExitSuccess : UpdateRun(ctx, store, yes).run(toInstall, false);
 }

@@ -110,7 +110,8 @@ void HttpDownload::send(qint64 offset)
     if (m_reply) {
         m_reply.release()->deleteLater(); // a restart comes from within that reply's own signal
     }
-    m_reply.reset(HttpSession::current().send(HttpSession::request(m_request.url, headers, true), "GET"));
+    const bool followRedirects = !m_request.onRedirect;
+    m_reply.reset(HttpSession::current().send(HttpSession::request(m_request.url, headers, followRedirects), "GET"));
     m_reply->setReadBufferSize(HttpSession::kReadBufferBytes);
     connect(m_reply.get(), &QNetworkReply::readyRead, this, &HttpDownload::writeData);
     connect(m_reply.get(), &QNetworkReply::finished, this, &HttpDownload::replyFinished);
@@ -215,6 +216,9 @@ void HttpDownload::replyFinished()
         writeData(); // what is left; an empty file has no readyRead, and is begun here
     }
     const int status = reply->attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    if (!broke && !m_canceled && m_failure.isEmpty() && followRedirect(*reply)) {
+        return;
+    }
     const bool cannotContinue = m_restart || (status == 416 && m_offset > 0);
     if (cannotContinue && !m_restarted && !m_canceled && m_failure.isEmpty()) {
         m_restart = false;
@@ -241,6 +245,26 @@ void HttpDownload::replyFinished()
     } else {
         finish(DownloadResult::Outcome::Finished, QString());
     }
+}
+
+bool HttpDownload::followRedirect(QNetworkReply &reply)
+{
+    constexpr int kMaxHops = 20;
+    const int status = reply.attribute(QNetworkRequest::HttpStatusCodeAttribute).toInt();
+    const QUrl location = reply.attribute(QNetworkRequest::RedirectionTargetAttribute).toUrl();
+    if (!m_request.onRedirect || status < 300 || status > 399 || !location.isValid() || m_hops >= kMaxHops) {
+        return false;
+    }
+    const QUrl next = reply.url().resolved(location);
+    if (reply.url().scheme() == QLatin1String("https") && next.scheme() != QLatin1String("https")) {
+        m_failure = QStringLiteral("Refused a redirect from https to %1").arg(next.scheme());
+        return false;
+    }
+    ++m_hops;
+    m_request.onRedirect(next, m_request.headers);
+    m_request.url = next;
+    send(m_offset);
+    return true;
 }
 
 void HttpDownload::finish(DownloadResult::Outcome outcome, const QString &errorText)

@@ -19,6 +19,7 @@
 #include <QUrl>
 
 #include <atomic>
+#include <functional>
 #include <memory>
 
 struct DownloadRequest
@@ -38,6 +39,9 @@ struct DownloadRequest
     const std::atomic<bool> *cancel = nullptr;
     // The name in the log line of a failed connection; "" logs nothing.
     QString logName;
+    // Called before each redirect is followed, with the address it leads to: it may change the headers sent there.
+    // Unset, the headers go unchanged to every hop.
+    std::function<void(const QUrl &next, HttpHeaders &headers)> onRedirect;
 };
 
 struct DownloadResult
@@ -98,6 +102,8 @@ private:
     bool beginFile();
     void writeData();
     void replyFinished();
+    // Follows the finished reply's redirect by hand (onRedirect is set); false when it is not one to follow.
+    bool followRedirect(QNetworkReply &reply);
     void stop(const QString &reason, bool timedOut);
     void finish(DownloadResult::Outcome outcome, const QString &errorText);
 
@@ -112,5 +118,6 @@ private:
     bool m_canceled = false;
     bool m_restart = false; // the host cannot continue the part: ask for the whole file once
     bool m_restarted = false;
+    int m_hops = 0;
     bool m_done = false;
 };

@@ -1,22 +1,127 @@
 #include "platform/RunningProcesses.h"
 
-// Interface only for now: the /proc reader arrives with the update's placing step.
+#include "platform/Log.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QProcess>
+#include <QThread>
+
+#include <cerrno>
+#include <csignal>
+
+namespace {
+
+const QString kProc = QStringLiteral("/proc");
+
+QStringList commandLine(const QString &pidFolder)
+{
+    QFile file(pidFolder + QStringLiteral("/cmdline"));
+    if (!file.open(QIODevice::ReadOnly)) {
+        return {};
+    }
+    QByteArray bytes = file.readAll();
+    if (bytes.endsWith('\0')) {
+        bytes.chop(1);
+    }
+    QStringList arguments;
+    for (const QByteArray &argument : bytes.split('\0')) {
+        arguments.append(QFile::decodeName(argument));
+    }
+    return arguments;
+}
+
+bool isAlive(qint64 pid)
+{
+    if (::kill(pid_t(pid), 0) != 0 && errno == ESRCH) {
+        return false;
+    }
+    // A child of ours that has ended stays a zombie until it is reaped: it has quit all the same.
+    QFile stat(kProc + QLatin1Char('/') + QString::number(pid) + QStringLiteral("/stat"));
+    if (!stat.open(QIODevice::ReadOnly)) {
+        return false;
+    }
+    const QByteArray line = stat.readAll();
+    const qsizetype afterName = line.lastIndexOf(')');
+    return afterName < 0 || line.mid(afterName + 2, 1) != "Z";
+}
+
+} // namespace
 
 namespace RunningProcesses {
 
 QList<RunningProcess> list()
 {
-    return {};
+    QList<RunningProcess> processes;
+    const QStringList entries = QDir(kProc).entryList(QDir::Dirs | QDir::NoDotAndDotDot);
+    for (const QString &entry : entries) {
+        bool numeric = false;
+        const qint64 pid = entry.toLongLong(&numeric);
+        if (!numeric) {
+            continue;
+        }
+        const QString folder = kProc + QLatin1Char('/') + entry;
+        QString executable = QFile::symLinkTarget(folder + QStringLiteral("/exe"));
+        if (executable.isEmpty()) {
+            continue;
+        }
+        // A replaced or removed executable reads as "PATH (deleted)".
+        executable.remove(QStringLiteral(" (deleted)"));
+        processes.append({pid, executable, commandLine(folder), QFile::symLinkTarget(folder + QStringLiteral("/cwd"))});
+    }
+    return processes;
 }
 
-QList<RunningProcess> inside(const QString &)
+QList<RunningProcess> inside(const QString &folder)
 {
-    return {};
+    const QString root = QDir::cleanPath(QFileInfo(folder).absoluteFilePath());
+    const QString canonical = QFileInfo(root).canonicalFilePath();
+    QList<RunningProcess> found;
+    for (const RunningProcess &process : list()) {
+        for (const QString &base : {root, canonical}) {
+            if (!base.isEmpty() &&
+                (process.executable == base || process.executable.startsWith(base + QLatin1Char('/')))) {
+                found.append(process);
+                break;
+            }
+        }
+    }
+    return found;
 }
 
-bool terminate(qint64, int)
+bool terminate(qint64 pid, int waitMs)
 {
-    return false;
+    if (::kill(pid_t(pid), SIGTERM) != 0 && errno != ESRCH) {
+        vlLog(QStringLiteral("cannot quit process %1").arg(pid));
+        return false;
+    }
+    constexpr int kStepMs = 50;
+    for (int waited = 0; isAlive(pid); waited += kStepMs) {
+        if (waited >= waitMs) {
+            return false;
+        }
+        QThread::msleep(kStepMs);
+    }
+    return true;
+}
+
+bool relaunch(const RunningProcess &process)
+{
+    if (!QFileInfo(process.executable).isExecutable()) {
+        return false;
+    }
+    // A folder it ran in may have gone with the old copy.
+    const QString folder = QFileInfo(process.workingDirectory).isDir() ? process.workingDirectory : QDir::homePath();
+    // Started as from the desktop: not on our terminal, nor holding our output open.
+    QProcess starter;
+    starter.setProgram(process.executable);
+    starter.setArguments(process.arguments.mid(1));
+    starter.setWorkingDirectory(folder);
+    starter.setStandardInputFile(QProcess::nullDevice());
+    starter.setStandardOutputFile(QProcess::nullDevice());
+    starter.setStandardErrorFile(QProcess::nullDevice());
+    return starter.startDetached();
 }
 
 } // namespace RunningProcesses

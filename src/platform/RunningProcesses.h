@@ -1,16 +1,20 @@
 #pragma once
 
 // The processes running on this machine, read from /proc: which of them run an executable from inside a folder (an
-// installed app), and quitting one politely.
+// installed app), quitting one politely, and starting one again as it was started.
 
 #include <QList>
 #include <QString>
+#include <QStringList>
 
 struct RunningProcess
 {
     qint64 pid = 0;
     // The executable's absolute path; processes whose executable cannot be read (other users') are left out.
     QString executable;
+    // The command line it was started with, its own name first.
+    QStringList arguments;
+    QString workingDirectory;
 };
 
 namespace RunningProcesses {
@@ -20,5 +24,7 @@ QList<RunningProcess> list();
 QList<RunningProcess> inside(const QString &folder);
 // SIGTERM, then up to waitMs for the process to end; true when it has ended.
 bool terminate(qint64 pid, int waitMs);
+// Starts the executable again, detached, with the arguments and folder it had; false when it could not start.
+bool relaunch(const RunningProcess &process);
 
 } // namespace RunningProcesses

@@ -24,6 +24,13 @@ std::atomic<UserFeedback *> g_current{&g_logFeedback};
 
 } // namespace
 
+bool UserFeedback::askQuestion(const QString &message, const QString &informativeText, const QString &,
+                               const QString &noButton)
+{
+    vlLog(message + QStringLiteral(": ") + informativeText + QStringLiteral(" - ") + noButton);
+    return false;
+}
+
 UserFeedback &UserFeedback::current()
 {
     return *g_current.load();

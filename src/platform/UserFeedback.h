@@ -15,6 +15,9 @@ public:
     // button: the action's caption ("View"), or "" for a notification without one.
     virtual void showSystemNotification(const QString &title, const QString &informativeText,
                                         const QString &button) = 0;
+    // A question with two answers; true for yesButton. A front end that cannot ask answers no (the default).
+    virtual bool askQuestion(const QString &message, const QString &informativeText, const QString &yesButton,
+                             const QString &noButton);
 
     // The process's front end; until one is installed, feedback goes to the log only.
     static UserFeedback &current();

@@ -49,6 +49,7 @@ const std::vector<SettingDefinition> &VLSettings::definitions()
         {lastlogin, SettingType::String, {}},
         {firstName, SettingType::String, {}},
         {quitBackGroundWhenStatusItemHidden, SettingType::Bool, {}},
+        {downloads, SettingType::String, {}},
     };
     return table;
 }

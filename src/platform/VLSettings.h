@@ -47,6 +47,7 @@ inline constexpr char searchpaths[] = "searchpaths";
 inline constexpr char lastlogin[] = "lastlogin";
 inline constexpr char firstName[] = "firstName";
 inline constexpr char quitBackGroundWhenStatusItemHidden[] = "quitBackGroundWhenStatusItemHidden";
+inline constexpr char downloads[] = "downloads";
 } // namespace SettingKey
 
 enum class SettingType { Bool, Int, Float, String, Array };

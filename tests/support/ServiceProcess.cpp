@@ -69,9 +69,16 @@ bool ServiceProcess::start(const QStringList &importFiles)
     if (!importFiles.isEmpty() && runCommand(QStringList{QStringLiteral("import")} + importFiles) != 0)
         return false;
     m_process.setStandardErrorFile(m_dir.filePath(QStringLiteral("service.log")));
-    m_process.start(binaryPath(), {QStringLiteral("serve"), QStringLiteral("--listen"), QStringLiteral("127.0.0.1:0"),
-                                   QStringLiteral("--db"), databasePath(), QStringLiteral("--key-file"),
-                                   m_dir.filePath(QStringLiteral("member.key"))});
+    QStringList arguments{QStringLiteral("serve"),
+                          QStringLiteral("--listen"),
+                          QStringLiteral("127.0.0.1:0"),
+                          QStringLiteral("--db"),
+                          databasePath(),
+                          QStringLiteral("--key-file"),
+                          m_dir.filePath(QStringLiteral("member.key"))};
+    if (!m_filesDir.isEmpty())
+        arguments << QStringLiteral("--files") << m_filesDir;
+    m_process.start(binaryPath(), arguments);
     const QDeadlineTimer deadline(startTimeoutMs);
     while (!m_process.canReadLine() && m_process.state() != QProcess::NotRunning && !deadline.hasExpired())
         m_process.waitForReadyRead(int(std::max<qint64>(1, deadline.remainingTime())));

@@ -19,6 +19,8 @@ public:
 
     // Imports these JSON files first; with none, the service loads its bundled sample catalogue.
     bool start(const QStringList &importFiles = {});
+    // Serves "/files/" from folder instead of the bundled update files; set before start().
+    void setFilesDir(const QString &folder) { m_filesDir = folder; }
     QString baseUrl() const; // "http://127.0.0.1:PORT"
     quint16 port() const;
     QString databasePath() const;
@@ -46,5 +48,6 @@ private:
     QTemporaryDir m_dir;
     QProcess m_process;
     QString m_baseUrl;
+    QString m_filesDir;
     quint16 m_port = 0;
 };

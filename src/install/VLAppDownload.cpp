@@ -1,0 +1,463 @@
+#include "install/VLAppDownload.h"
+
+#include "install/FileHash.h"
+#include "install/KeptDownload.h"
+#include "install/UpdateRows.h"
+#include "install/VLInstaller.h"
+#include "model/StringUtils.h"
+#include "platform/AppPaths.h"
+#include "platform/DesktopOpener.h"
+#include "platform/HttpDownload.h"
+#include "platform/Log.h"
+#include "platform/VLNotificationCenter.h"
+#include "platform/VLSettings.h"
+#include "platform/WebRequest.h"
+#include "services/VLAppOnServer.h"
+#include "services/VLGoogleTracking.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QThread>
+#include <QThreadPool>
+
+#include <cmath>
+
+namespace {
+
+// An old browser's identity: some download hosts answer nothing else with the file itself.
+const QByteArray kUserAgent = QByteArrayLiteral("Mozilla/5.0 (Macintosh; U; PPC Mac OS X; en-us) AppleWebKit/125.2.3 "
+                                                "(KHTML, like Gecko) Velmora Desktop/6.0.4");
+// The size assumed when the host does not say; progress may then pass 100%.
+constexpr qint64 kUnknownLength = 555555;
+constexpr int kTimeoutMs = 30000;
+// A transfer that breaks off is continued from where it stopped this many times, after a short pause.
+constexpr int kResumeTries = 3;
+constexpr unsigned long kResumePauseMs = 1000;
+constexpr unsigned long kWatchListDelayMs = 5000;
+
+void setHeader(HttpHeaders &headers, const QByteArray &name, const QByteArray &value)
+{
+    headers.removeIf([&name](const auto &header) { return header.first.compare(name, Qt::CaseInsensitive) == 0; });
+    headers.append({name, value});
+}
+
+QVariant recordObject(VLApp &app)
+{
+    return QVariant::fromValue(&app);
+}
+
+} // namespace
+
+VLAppDownload::InstallKind VLAppDownload::installKindFor(const QString &file)
+{
+    const QString extension = QFileInfo(file).suffix().toLower();
+    const QString path = file.toLower();
+    if (extension == QLatin1String("dmg")) {
+        return InstallKind::DiskImage;
+    }
+    if (extension == QLatin1String("zip")) {
+        return InstallKind::Zip;
+    }
+    if (extension == QLatin1String("safariextz")) {
+        return InstallKind::SafariExtension;
+    }
+    if (extension == QLatin1String("pkg")) {
+        return InstallKind::Package;
+    }
+    if (extension == QLatin1String("tgz") || extension == QLatin1String("tar") || extension == QLatin1String("gz") ||
+        path.contains(QLatin1String(".tar.gz"))) {
+        return InstallKind::TarGzip;
+    }
+    if (extension == QLatin1String("tbz") || path.contains(QLatin1String(".tar.bz2"))) {
+        return InstallKind::TarBzip2;
+    }
+    if (extension == QLatin1String("bz2")) {
+        return InstallKind::Bzip2;
+    }
+    return InstallKind::None;
+}
+
+VLAppDownload::VLAppDownload(std::shared_ptr<VLApp> app, UpdateRows *rows, RunningAppGate *gate)
+    : m_app(std::move(app)), m_rows(rows), m_gate(gate), m_vlID(m_app->vlID), m_digest(m_app->digestString),
+      m_downloadFolder(m_app->createDownloadPath()), m_displayName(m_app->displayName),
+      m_downloadURL(m_app->download_url), m_filehash(m_app->filehash), m_localPath(m_app->localPath)
+{
+    const VLSettings settings;
+    if (!settings.stringValue(SettingKey::lastlogin).isEmpty() && settings.boolValue(SettingKey::addDownloadWL)) {
+        m_watchListRecord = *m_app;
+    }
+}
+
+void VLAppDownload::download()
+{
+    VLApp &app = *m_app;
+    // Each update starts in an empty private folder: nothing left by an earlier one is unpacked by mistake. Only what
+    // lies in our own temporary folder is ever deleted here.
+    const QString temporary = AppPaths::privateTempFolderName() + QLatin1Char('/');
+    if (app.downloadPath.startsWith(temporary) && app.downloadPath.size() > temporary.size() &&
+        !app.downloadPath.contains(QLatin1String("/.."))) {
+        cleanUp(app.downloadPath);
+    }
+    app.downloadPath = m_downloadFolder;
+    VLGoogleTracking::trackProgramEvent(QStringLiteral("UPDATE_APP"), m_vlID, m_vlID);
+    app.didStartReceivingContent = false;
+    app.didCancel = false;
+    app.didFail = false;
+    app.failMessage = QString();
+    app.isDownloading = true;
+    app.percentDownloaded = 0.0;
+
+    if (m_watchListRecord) {
+        QThreadPool::globalInstance()->start([record = *m_watchListRecord] {
+            QThread::msleep(kWatchListDelayMs);
+            VLAppOnServer::saveToWatchListOnServer(record);
+        });
+    }
+    sendDownloadRecord();
+
+    if (m_rows) {
+        m_rows->hideFieldsShowProgressBar();
+        m_rows->updateMainProgressBar(0.0);
+        m_rows->updateProgressBar(0.01);
+    }
+    if (!prepareFolder()) {
+        setFailure(tr("Problem saving download file"));
+    } else if (const QString file = fetch(); !file.isEmpty() && !app.didCancel) {
+        downloadDidFinish(file);
+    }
+    app.isDownloading = false;
+    app.isInstalling = false;
+    if (m_rows) {
+        m_rows->hideProgressBarShowFields(app.percentDownloaded);
+    }
+    if (app.didFail) {
+        VLNotificationCenter::defaultCenter().post(QStringLiteral("VLDownloadFailed"), recordObject(app));
+        vlLog(QStringLiteral("canceled download run loop due to failure - %1").arg(app.failMessage.load()));
+    }
+}
+
+void VLAppDownload::sendDownloadRecord() const
+{
+    const VLSettings settings;
+    const QUrl url(settings.hostURL(SettingKey::serviceHost, QStringLiteral("http")) + QStringLiteral("/download604/") +
+                   m_vlID + QLatin1Char('/') + m_digest + QLatin1Char('/') +
+                   settings.stringValue(SettingKey::lastlogin) + QStringLiteral("/0/0/") +
+                   urlEncodeValue(settings.stringValue(SettingKey::penguin)) + QLatin1Char('/') +
+                   urlEncodeValue(settings.stringValue(SettingKey::serial)));
+    // Only counted by the service: the download does not wait for it.
+    QThreadPool::globalInstance()->start([url] { sendWebRequest(WebRequest::get(url)); });
+}
+
+bool VLAppDownload::prepareFolder()
+{
+    if (AppPaths::privateTempFolder().isEmpty() || m_digest.isEmpty() || m_digest.contains(QLatin1Char('/')) ||
+        m_digest.startsWith(QLatin1Char('.'))) {
+        return false;
+    }
+    // The record's own folder, never the whole temporary folder: the digest has been checked above.
+    cleanUp(m_downloadFolder);
+    return QDir().mkpath(m_downloadFolder);
+}
+
+QString VLAppDownload::fetch()
+{
+    VLApp &app = *m_app;
+    const QUrl url(m_downloadURL.trimmed(), QUrl::StrictMode);
+    if (!url.isValid() || url.isRelative()) {
+        vlLog(QStringLiteral("no download url for %1").arg(m_displayName));
+        return {};
+    }
+    const VLSettings settings;
+    DownloadRequest request;
+    request.url = url;
+    request.folder = app.downloadPath;
+    request.timeoutMs = kTimeoutMs;
+    request.cancel = &app.didCancel;
+    request.headers.append({QByteArrayLiteral("User-Agent"), kUserAgent});
+    if (!m_downloadURL.contains(QLatin1String("sourceforge"))) {
+        request.headers.append(
+            {QByteArrayLiteral("Referer"),
+             (settings.hostURL(SettingKey::siteHost, QStringLiteral("http")) + QLatin1Char('/')).toUtf8()});
+    }
+    // A hop away from our own hosts names where it came from, as a browser following the link would.
+    const QString serviceDomain = QUrl(settings.hostURL(SettingKey::serviceHost)).host();
+    request.onRedirect = [serviceDomain](const QUrl &next, HttpHeaders &headers) {
+        if (!next.host().contains(serviceDomain)) {
+            setHeader(headers, QByteArrayLiteral("Referer"), next.toEncoded());
+        }
+    };
+    for (int tries = 0;; ++tries) {
+        HttpDownload transfer(request);
+        QObject::connect(&transfer, &HttpDownload::responded, &transfer, [this, &transfer](const DownloadResult &r) {
+            if (!takeResponse(r)) {
+                transfer.cancel();
+            }
+        });
+        QObject::connect(&transfer, &HttpDownload::progress, &transfer,
+                         [this](qint64 received, qint64 expected) { takeProgress(received, expected); });
+        const DownloadResult result = transfer.run();
+        if (!result.filePath.isEmpty()) {
+            app.downloadPath = result.filePath;
+            request.fileName = QFileInfo(result.filePath).fileName();
+        }
+        if (m_pageRejected || app.didCancel || result.outcome == DownloadResult::Outcome::Canceled) {
+            return {};
+        }
+        if (result.finished()) {
+            return result.filePath;
+        }
+        const bool broke = result.status == 0 || (result.status >= 200 && result.status < 300);
+        if (!broke || result.received <= 0 || tries >= kResumeTries) {
+            failTransfer(result);
+            return {};
+        }
+        vlLog(QStringLiteral("try resume downloading from %1").arg(result.filePath));
+        QThread::msleep(kResumePauseMs);
+    }
+}
+
+bool VLAppDownload::takeResponse(const DownloadResult &result)
+{
+    if (result.mimeType == "text/html") {
+        rejectPage();
+        return false;
+    }
+    m_app->downloadPath = result.filePath;
+    m_app->expectedContentLength = result.expected > 0 ? result.expected : kUnknownLength;
+    m_app->receivedContentLength = result.received;
+    return true;
+}
+
+void VLAppDownload::rejectPage()
+{
+    m_pageRejected = true;
+    m_outcome.opensInWindow = true;
+    m_app->isDownloading = false;
+    m_app->isInstalling = false;
+    setFailure(tr("No direct download found"));
+}
+
+void VLAppDownload::failTransfer(const DownloadResult &result)
+{
+    if (result.mimeType == "text/html") {
+        rejectPage();
+    } else if (result.status >= 400) {
+        vlLog(QStringLiteral("download didReceiveResponse 400 error %1 %2")
+                  .arg(result.status)
+                  .arg(result.finalUrl.toString()));
+        m_outcome.opensInWindow = true;
+        m_app->isDownloading = false;
+        m_app->isInstalling = false;
+        setFailure(tr("Download - 404 Not Found"));
+    } else {
+        vlLog(QStringLiteral("didFailWithError %1").arg(result.errorText));
+        setFailure(result.errorText);
+    }
+}
+
+void VLAppDownload::takeProgress(qint64 received, qint64)
+{
+    VLApp &app = *m_app;
+    if (app.expectedContentLength < 1) {
+        app.expectedContentLength = kUnknownLength;
+    }
+    app.receivedContentLength = received;
+    const double fraction = double(received) / double(app.expectedContentLength.load());
+    if (fraction >= 0.0001) {
+        app.percentDownloaded = fraction;
+        if (received > 0) {
+            app.didStartReceivingContent = true;
+        }
+    }
+    showProgress();
+}
+
+void VLAppDownload::showProgress()
+{
+    const double percent = m_app->percentDownloaded;
+    if (!m_rows || (percent == m_shownProgress && !std::isnan(percent))) {
+        return;
+    }
+    m_shownProgress = percent;
+    // A bar that stays empty looks stuck: the first few percent are nudged forward.
+    const double shown = percent < 0.07 ? percent + 0.003 : percent;
+    m_rows->updateMainProgressBar(shown);
+    m_rows->updateProgressBar(shown);
+}
+
+void VLAppDownload::downloadDidFinish(const QString &file)
+{
+    VLApp &app = *m_app;
+    if (!m_filehash.isEmpty() && !FileHash::matches(file, m_filehash)) {
+        vlLog(QStringLiteral("download hash mismatch %1").arg(file));
+        cleanUp(file);
+        setFailure(tr("The downloaded file does not match the catalogue's checksum; nothing was installed"));
+        return;
+    }
+    const VLSettings settings;
+    if (settings.boolValue(SettingKey::keepDownload)) {
+        KeptDownload::keep(file, settings);
+    }
+    if (m_rows) {
+        m_rows->disableCancelButtons();
+    }
+    app.isInstalling = true;
+    app.isDownloading = false;
+    VLInstaller installer;
+    installer.setSenderApp(m_app.get());
+    installer.setRunningAppGate(m_gate);
+    switch (installKindFor(file)) {
+    case InstallKind::DiskImage:
+        mountAndInstallFromDMG(installer, file);
+        break;
+    case InstallKind::Zip: {
+        const QString folder = installer.extractZIP(file);
+        if (folder.isEmpty()) {
+            setFailure(tr("Error extracting zip file"));
+        } else {
+            installFrom(installer, folder);
+        }
+        cleanUp(file);
+        break;
+    }
+    case InstallKind::SafariExtension:
+        DesktopOpener::open(file);
+        break;
+    case InstallKind::Package:
+        installFromPKG(installer, file);
+        cleanUp(file);
+        break;
+    case InstallKind::TarGzip: {
+        const QString folder = installer.extractTGZ(file);
+        if (folder.isEmpty()) {
+            setFailure(tr("Error extracting tgz file"));
+        } else {
+            installFrom(installer, folder);
+            app.didFail = false;
+        }
+        cleanUp(file);
+        break;
+    }
+    case InstallKind::TarBzip2: {
+        const QString folder = installer.extractTBZ(file);
+        if (folder.isEmpty()) {
+            setFailure(tr("Error extracting tbz file"));
+        } else {
+            installFrom(installer, folder);
+        }
+        break;
+    }
+    case InstallKind::Bzip2: {
+        const QString folder = installer.extractBZ2(file);
+        if (folder.isEmpty()) {
+            setFailure(tr("Error extracting bz2 file"));
+        } else {
+            installFrom(installer, folder);
+        }
+        break;
+    }
+    case InstallKind::None:
+        break;
+    }
+    app.isInstalling = false;
+}
+
+bool VLAppDownload::installFrom(VLInstaller &installer, const QString &folder)
+{
+    const QString installed = installer.installNewVersionFrom(folder, m_localPath);
+    if (installed.isEmpty()) {
+        return false;
+    }
+    m_localPath = installed;
+    m_outcome.installedPath = installed;
+    updateCompleteNotification();
+    return true;
+}
+
+void VLAppDownload::mountAndInstallFromDMG(VLInstaller &installer, const QString &file)
+{
+    const QString mountPoint = installer.mountDMG(file);
+    if (mountPoint.isEmpty()) {
+        return; // the installer has said why
+    }
+    if (installFrom(installer, mountPoint)) {
+        cleanUp(file);
+    } else if (!m_app->didFail) {
+        setFailure(tr("Problem installing from DMG"));
+    }
+    installer.unmount(mountPoint, file);
+    cleanUp(file);
+}
+
+void VLAppDownload::installFromPKG(VLInstaller &installer, const QString &file)
+{
+    if (m_localPath == RecordText::unknown) {
+        m_localPath = VLSettings().volumeRoot() + QStringLiteral("Applications/");
+    }
+    const QString installed = installer.installNewVersionFromPKG(file, m_localPath);
+    if (installed.isEmpty() || installed == RecordText::unknown) {
+        setFailure(tr("Problem installing from PKG"));
+        return;
+    }
+    m_localPath = installed;
+    m_outcome.installedPath = installed;
+    VLNotificationCenter::defaultCenter().post(
+        QStringLiteral("VLShowSystemNotification"),
+        QStringList{tr("Install Complete"), m_displayName + tr(" has been installed"), tr("Launch")});
+}
+
+void VLAppDownload::updateCompleteNotification()
+{
+    VLGoogleTracking::trackProgramEvent(QStringLiteral("INSTALL_COMPLETED_SUSSESS"), m_vlID, m_vlID);
+    if (VLSettings().boolValue(SettingKey::showUpdatesNotification)) {
+        VLNotificationCenter::defaultCenter().post(
+            QStringLiteral("VLShowSystemNotification"),
+            QStringList{tr("Update Complete"), m_displayName + tr(" has been updated"), tr("Launch"), m_localPath});
+    }
+}
+
+void VLAppDownload::cancelUpdate(VLApp &app)
+{
+    VLGoogleTracking::trackProgramEvent(QStringLiteral("CANCEL_UPDATE_APP"));
+    app.didCancel = true;
+    app.isDownloading = false;
+    app.isInstalling = false;
+    VLNotificationCenter::defaultCenter().post(QStringLiteral("VLDownloadCanceled"), recordObject(app));
+}
+
+void VLAppDownload::setFailure(VLApp &app, const QString &vlID, const QString &message)
+{
+    app.didFail = true;
+    app.failMessage = message;
+    VLGoogleTracking::trackProgramEvent(QStringLiteral("FAIL_UPDATE_APP"), vlID, vlID);
+    VLNotificationCenter::defaultCenter().post(QStringLiteral("VLDownloadFailed"));
+}
+
+void VLAppDownload::applyOutcome(VLApp &app, const UpdateOutcome &outcome)
+{
+    if (outcome.opensInWindow) {
+        app.opens_in_window = QStringLiteral("1");
+        app.vld_install_from_link = QStringLiteral("2");
+    }
+    if (outcome.installedPath.isEmpty()) {
+        return;
+    }
+    // The record keeps its name and display name: it is the same app, now at the installed item's path.
+    app.localPath = outcome.installedPath;
+    app.refreshLocalVersion();
+    app.appIcon = app.iconFilePath();
+    app.checkIfOutdated();
+}
+
+void VLAppDownload::cleanUp(const QString &path)
+{
+    const QFileInfo info(path);
+    if (path.isEmpty() || (!info.exists() && !info.isSymLink())) {
+        return;
+    }
+    if (info.isDir() && !info.isSymLink()) {
+        QDir(path).removeRecursively();
+    } else {
+        QFile::remove(path);
+    }
+}

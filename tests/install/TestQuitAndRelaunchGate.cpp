@@ -1,0 +1,126 @@
+// Replacing a running app: a process whose executable lies inside a bundle is quit when the user agrees and started
+// again afterwards from the same place; when the user declines, it keeps running and the update says why.
+
+#include "install/QuitAndRelaunchGate.h"
+#include "model/VLApp.h"
+#include "platform/RunningProcesses.h"
+#include "platform/UserFeedback.h"
+#include "platform/VLSettings.h"
+#include "support/DataTable.h"
+#include "support/PlistFiles.h"
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QFile>
+#include <QProcess>
+#include <QScopeGuard>
+#include <QStandardPaths>
+#include <QTemporaryDir>
+
+namespace {
+
+class AnsweringFeedback : public UserFeedback
+{
+public:
+    explicit AnsweringFeedback(bool answer) : m_answer(answer) { UserFeedback::install(this); }
+    ~AnsweringFeedback() override { UserFeedback::install(nullptr); }
+
+    void showAlert(const QString &, const QString &) override {}
+    void showSystemNotification(const QString &, const QString &, const QString &) override {}
+    bool askQuestion(const QString &message, const QString &, const QString &yes, const QString &no) override
+    {
+        asked = QStringList{message, yes, no};
+        return m_answer;
+    }
+
+    QStringList asked;
+
+private:
+    bool m_answer;
+};
+
+QList<qint64> pidsInside(const QString &folder)
+{
+    QList<qint64> pids;
+    for (const RunningProcess &process : RunningProcesses::inside(folder)) {
+        pids.append(process.pid);
+    }
+    return pids;
+}
+
+} // namespace
+
+class TestQuitAndRelaunchGate : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    // The analytics hits these steps send are not what is tested here.
+    void initTestCase() { QVERIFY(VLSettings().setValue(QLatin1String(SettingKey::sendAnalytics), false)); }
+
+    void runningApp_data()
+    {
+        columns<bool, bool, QString, QString>("answer", "proceeds", "failure", "newName");
+        QTest::newRow("quit and relaunched") << true << true << ""
+                                             << "";
+        QTest::newRow("relaunched as the new copy's executable") << true << true << ""
+                                                                 << "Sleeper 2";
+        QTest::newRow("skipped: left running") << false << false << "Installation skipped: Sleeper is running"
+                                               << "";
+    }
+
+    void runningApp()
+    {
+        auto [answer, proceeds, failure, newName] =
+            fetch<bool, bool, QString, QString>("answer", "proceeds", "failure", "newName");
+        QTemporaryDir root;
+        const QString bundle = root.filePath(QStringLiteral("Sleeper.app"));
+        const QString executable = bundle + QStringLiteral("/Contents/MacOS/Sleeper");
+        const QString sleep = QStandardPaths::findExecutable(QStringLiteral("sleep"));
+        QVERIFY2(!sleep.isEmpty(), "sleep is needed to stand for a running app");
+        QVERIFY(QDir().mkpath(QFileInfo(executable).path()) && QFile::copy(sleep, executable));
+        qint64 pid = 0;
+        QProcess sleeper;
+        sleeper.setProgram(executable);
+        sleeper.setArguments({QStringLiteral("300")});
+        sleeper.setWorkingDirectory(root.path());
+        sleeper.setStandardOutputFile(QProcess::nullDevice());
+        sleeper.setStandardErrorFile(QProcess::nullDevice());
+        QVERIFY(sleeper.startDetached(&pid));
+        const auto stopAll = qScopeGuard([&bundle] {
+            for (const qint64 running : pidsInside(bundle)) {
+                RunningProcesses::terminate(running, 5000);
+            }
+        });
+        QVERIFY(QTest::qWaitFor([&] { return pidsInside(bundle) == QList<qint64>{pid}; }, 5000));
+
+        AnsweringFeedback feedback(answer);
+        VLApp app;
+        QuitAndRelaunchGate gate(&app);
+        QCOMPARE(gate.prepareToReplace(bundle), proceeds);
+        QCOMPARE(feedback.asked,
+                 (QStringList{QStringLiteral("Please quit the application before continuing installation."),
+                              QStringLiteral("Quit App and Proceed"), QStringLiteral("Skip Installation")}));
+        QCOMPARE(app.failMessage.load(), failure);
+        QCOMPARE(pidsInside(bundle), proceeds ? QList<qint64>() : QList<qint64>{pid});
+        if (proceeds) {
+            if (!newName.isEmpty()) { // the new version's executable has another name
+                const QString renamed = QFileInfo(executable).dir().filePath(newName);
+                QVERIFY(QFile::rename(executable, renamed));
+                QVariantMap info = PlistFiles::info(QStringLiteral("com.example.sleeper"), QStringLiteral("2.0"));
+                info.insert(QStringLiteral("CFBundleExecutable"), newName);
+                QVERIFY(PlistFiles::writePlist(bundle + QStringLiteral("/Contents/Info.plist"), info));
+            }
+            gate.finishedReplacing(bundle, true);
+            QVERIFY(QTest::qWaitFor([&] { return pidsInside(bundle).size() == 1; }, 5000));
+            const RunningProcess relaunched = RunningProcesses::inside(bundle).constFirst();
+            QVERIFY(relaunched.pid != pid);
+            QCOMPARE(QFileInfo(relaunched.executable).fileName(),
+                     newName.isEmpty() ? QStringLiteral("Sleeper") : newName);
+            QCOMPARE(relaunched.arguments.mid(1), QStringList{QStringLiteral("300")});
+        }
+    }
+};
+
+VELMORA_TEST_MAIN(TestQuitAndRelaunchGate)
+#include "TestQuitAndRelaunchGate.moc"
