@@ -45,8 +45,12 @@ public:
     bool checkIfAppIsRunningAndInstall(const QString &item, const QString &target);
 
 private:
+    // An installer app of the vendor's own: run it, then find what it installed.
+    QString installWithVendorInstaller(const QString &installer, const QString &localPath);
+
     QMap<QString, QString> m_mountPoints;
     AuthHelper m_authhelper;
     VLApp *m_senderApp = nullptr;
     RunningAppGate *m_gate = nullptr;
+    bool m_shouldInstall = true;
 };
