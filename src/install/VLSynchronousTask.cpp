@@ -10,8 +10,8 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
-#include <sys/pidfd.h>
 #include <sys/socket.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
@@ -67,7 +67,7 @@ int statusOf(int waitStatus)
 int awaitExit(pid_t pid)
 {
     int waitStatus = 0;
-    const Descriptor handle(pidfd_open(pid, 0));
+    const Descriptor handle(static_cast<int>(syscall(SYS_pidfd_open, pid, 0)));
     if (handle.get() >= 0) {
         pollfd exitFd{handle.get(), POLLIN, 0};
         while (poll(&exitFd, 1, kExitGraceMs) < 0 && errno == EINTR) {
