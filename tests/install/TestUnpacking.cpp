@@ -2,8 +2,10 @@
 // no __MACOSX), and archives that fail or try to write outside their folder, which must fail and write nothing.
 
 #include "install/VLInstaller.h"
+#include "support/BundleTree.h"
 #include "support/DataTable.h"
 #include "support/InstallFixtures.h"
+#include "support/PlistFiles.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -13,16 +15,8 @@ using namespace Qt::StringLiterals;
 
 namespace {
 
-const QStringList kApp = {
-    QStringLiteral("Applications -> /"),           QStringLiteral("Foo.app/"),
-    QStringLiteral("Foo.app/Contents/"),           QStringLiteral("Foo.app/Contents/Current -> MacOS"),
-    QStringLiteral("Foo.app/Contents/Info.plist"), QStringLiteral("Foo.app/Contents/MacOS/"),
-    QStringLiteral("Foo.app/Contents/MacOS/foo*")};
-
-QStringList words(const QString &text)
-{
-    return text.split(u' ');
-}
+const QString kApp = u"Applications -> /|Foo.app/|Foo.app/Contents/|Foo.app/Contents/Current -> MacOS|"
+                     u"Foo.app/Contents/Info.plist|Foo.app/Contents/MacOS/|Foo.app/Contents/MacOS/foo*"_s;
 
 } // namespace
 
@@ -35,77 +29,63 @@ private slots:
     {
         // recipe: the folder it runs in (src: the app tree; esc: a link "l" to the outside folder and a file "x"),
         // then the tool and its arguments; %A is the archive, %O the outside folder, a final ">" sends output to %A.
-        columns<QString, QString, QStringList, bool, QStringList, QString>("op", "name", "recipe", "unpacks", "listing",
-                                                                           "beside");
-        const QStringList image = kApp + QStringList{QStringLiteral("__MACOSX/"), QStringLiteral("__MACOSX/._Foo.app")};
-        const QString appEntries = QStringLiteral(" %A Foo.app Applications");
-        QTest::newRow("zip: links, modes, no __MACOSX")
-            << "zip"
-            << "Foo.zip" << words(u"src bsdtar --format zip -cf"_s + appEntries + u" __MACOSX") << true << kApp << "";
-        QTest::newRow("tar.gz") << "tgz"
-                                << "Foo.tar.gz" << words(u"src bsdtar -czf"_s + appEntries) << true << kApp << "";
-        QTest::newRow("X.TAR.GZ") << "tgz"
-                                  << "X.TAR.GZ" << words(u"src bsdtar -czf"_s + appEntries) << true << kApp << "";
-        QTest::newRow("tar.bz2 through x.tar")
-            << "tbz"
-            << "Foo.tar.bz2" << words(u"src bsdtar -cjf"_s + appEntries) << true << kApp << "Foo.tar";
-        QTest::newRow("tbz through x.tar")
-            << "tbz"
-            << "Foo.tbz" << words(u"src bsdtar -cjf"_s + appEntries) << true << kApp << "Foo.tar";
+        // listing: what the work folder holds ("a|b"); beside: a file expected beside the download.
+        columns<QString, QString, QString, bool, QString, QString>("op", "name", "recipe", "unpacks", "listing",
+                                                                   "beside");
+        const auto row = [](const QString &name, const QString &op, const QString &file, const QString &recipe,
+                            const QString &listing, const QString &beside = {}) {
+            QTest::newRow(qPrintable(name)) << op << file << recipe << !listing.isEmpty() << listing << beside;
+        };
+        const QString app = u" %A Foo.app Applications"_s;
+        row(u"zip: links, modes, no __MACOSX"_s, u"zip"_s, u"Foo.zip"_s,
+            u"src bsdtar --format zip -cf"_s + app + u" __MACOSX", kApp);
+        row(u"tar.gz"_s, u"tgz"_s, u"Foo.tar.gz"_s, u"src bsdtar -czf"_s + app, kApp);
+        row(u"X.TAR.GZ"_s, u"tgz"_s, u"X.TAR.GZ"_s, u"src bsdtar -czf"_s + app, kApp);
+        row(u"tar.bz2 through x.tar"_s, u"tbz"_s, u"Foo.tar.bz2"_s, u"src bsdtar -cjf"_s + app, kApp, u"Foo.tar"_s);
+        row(u"tbz through x.tar"_s, u"tbz"_s, u"Foo.tbz"_s, u"src bsdtar -cjf"_s + app, kApp, u"Foo.tar"_s);
         QTest::newRow("bz2 in place, work folder empty")
-            << "bz2"
-            << "Info.plist.bz2" << words(u"src bzip2 -c Foo.app/Contents/Info.plist >"_s) << true << QStringList()
-            << "Info.plist";
-        QTest::newRow("ISO/HFS+ image") << "dmg"
-                                        << "Foo.dmg" << words(u"src xorriso -as mkisofs -hfsplus -R -V Vol -o %A ."_s)
-                                        << true << image << "";
-        for (const char *op : {"zip", "tgz", "tbz", "bz2", "dmg"}) {
-            QTest::addRow("%s unreadable", op)
-                << op << u"Foo."_s + QString::fromLatin1(op) << words(u"src garbage"_s) << false << kApp << "";
+            << u"bz2"_s << u"Info.plist.bz2"_s << u"src bzip2 -c Foo.app/Contents/Info.plist >"_s << true << QString()
+            << u"Info.plist"_s;
+        row(u"ISO/HFS+ image"_s, u"dmg"_s, u"Foo.dmg"_s, u"src xorriso -as mkisofs -hfsplus -R -V Vol -o %A ."_s,
+            kApp + u"|__MACOSX/|__MACOSX/._Foo.app");
+        for (const QString op : {u"zip"_s, u"tgz"_s, u"tbz"_s, u"bz2"_s, u"dmg"_s}) {
+            row(op + u" unreadable", op, u"Foo."_s + op, u"src garbage"_s, {});
         }
-        const QList<std::pair<QString, QString>> formats = {{QStringLiteral("zip"), QStringLiteral("--format zip -cf")},
-                                                            {QStringLiteral("tgz"), QStringLiteral("-czf")},
-                                                            {QStringLiteral("tbz"), QStringLiteral("-cjf")}};
-        for (const auto &[op, format] : formats) {
-            for (const char *escape : {",^x$,../evil,", ",^x$,../../evil,", ",^x$,%O/evil,", ",^x$,l/evil,"}) {
-                QTest::addRow("%s %s", qPrintable(op), escape)
-                    << op << u"Foo."_s + op
-                    << words(QStringLiteral("esc bsdtar -P %1 %A -s %2 l x").arg(format, QString::fromLatin1(escape)))
-                    << false << kApp << "";
+        const QStringList formats = {u"zip --format zip -cf"_s, u"tgz -czf"_s, u"tbz -cjf"_s};
+        for (const QString &format : formats) {
+            for (const QString escape : {u"../evil"_s, u"../../evil"_s, u"%O/evil"_s, u"l/evil"_s}) {
+                const QString op = format.section(u' ', 0, 0);
+                row(op + u' ' + escape, op, u"Foo."_s + op,
+                    u"esc bsdtar -P %1 %A -s ,^x$,%2, l x"_s.arg(format.section(u' ', 1), escape), {});
             }
         }
     }
 
     void unpack()
     {
-        auto [op, name, recipe, unpacks, listing, beside] =
-            fetch<QString, QString, QStringList, bool, QStringList, QString>("op", "name", "recipe", "unpacks",
-                                                                             "listing", "beside");
+        auto [op, name, recipe, unpacks, listing, beside] = fetch<QString, QString, QString, bool, QString, QString>(
+            "op", "name", "recipe", "unpacks", "listing", "beside");
         QTemporaryDir sandbox;
-        const QString downloads = sandbox.filePath(QStringLiteral("dl"));
-        const QString outside = sandbox.filePath(QStringLiteral("outside"));
+        const QString downloads = BundleTree(sandbox.filePath(u"dl"_s)).root();
+        const QString outside = BundleTree(sandbox.filePath(u"outside"_s)).root();
         const QString archive = downloads + u'/' + name;
-        for (const QString &folder : {downloads, outside, sandbox.filePath(QStringLiteral("esc"))}) {
-            QDir().mkpath(folder);
-        }
-        InstallFixtures::makeAppTree(sandbox.filePath(QStringLiteral("src")));
-        QFile::link(outside, sandbox.filePath(QStringLiteral("esc/l")));
-        QFile x(sandbox.filePath(QStringLiteral("esc/x")));
-        QVERIFY(x.open(QIODevice::WriteOnly) && x.write("escaped") > 0);
-        x.close();
+        InstallFixtures::makeAppTree(sandbox.filePath(u"src"_s));
+        BundleTree escaping(sandbox.filePath(u"esc"_s));
+        escaping.addSymlink(u"l"_s, outside);
+        escaping.addFile(u"x"_s, "escaped");
 
-        const QString folder = sandbox.filePath(recipe.takeFirst());
-        const QString tool = recipe.takeFirst();
+        QStringList args = recipe.split(u' ');
+        const QString folder = sandbox.filePath(args.takeFirst());
+        const QString tool = args.takeFirst();
         if (tool == u"garbage") {
-            QFile file(archive);
-            QVERIFY(file.open(QIODevice::WriteOnly) && file.write("not an archive") > 0);
+            QVERIFY(PlistFiles::writeFile(archive, "not an archive"));
         } else {
-            const bool toArchive = recipe.last() == u">";
+            const bool toArchive = args.last() == u">";
             if (toArchive) {
-                recipe.removeLast();
+                args.removeLast();
             }
-            recipe.replaceInStrings(QStringLiteral("%A"), archive).replaceInStrings(QStringLiteral("%O"), outside);
-            QVERIFY(InstallFixtures::run(tool, recipe, folder, toArchive ? archive : QString()));
+            args.replaceInStrings(u"%A"_s, archive).replaceInStrings(u"%O"_s, outside);
+            QVERIFY(InstallFixtures::run(tool, args, folder, toArchive ? archive : QString()));
         }
 
         VLInstaller installer;
@@ -116,7 +96,7 @@ private slots:
                                             : installer.mountDMG(archive);
         QCOMPARE(!work.isEmpty(), unpacks);
         if (unpacks) {
-            QCOMPARE(InstallFixtures::describe(work), listing);
+            QCOMPARE(InstallFixtures::describe(work).join(u'|'), listing);
             QVERIFY(beside.isEmpty() || QFile::exists(downloads + u'/' + beside));
             installer.cleanUp(archive);
             QVERIFY(!QFile::exists(downloads));

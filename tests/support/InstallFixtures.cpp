@@ -15,26 +15,6 @@ namespace InstallFixtures {
 
 namespace {
 
-bool runWithInput(const QString &program, const QStringList &args, const QString &folder, const QString &outFile,
-                  const QString &inFile)
-{
-    QProcess process;
-    process.setWorkingDirectory(folder);
-    if (!outFile.isEmpty()) {
-        process.setStandardOutputFile(outFile);
-    }
-    if (!inFile.isEmpty()) {
-        process.setStandardInputFile(inFile);
-    }
-    process.start(program, args);
-    const bool ok =
-        process.waitForFinished(120000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
-    if (!ok) {
-        qWarning() << program << args << "failed:" << process.errorString() << process.readAllStandardError();
-    }
-    return ok;
-}
-
 QByteArray bigEndian(quint64 value)
 {
     QByteArray bytes(8, 0);
@@ -42,17 +22,22 @@ QByteArray bigEndian(quint64 value)
     return bytes;
 }
 
-QByteArray readAll(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
-bool run(const QString &program, const QStringList &args, const QString &folder, const QString &outFile)
+bool run(const QString &program, const QStringList &args, const QString &folder, const QString &outFile,
+         const QString &inFile)
 {
-    return runWithInput(program, args, folder, outFile, {});
+    QProcess process;
+    process.setWorkingDirectory(folder);
+    process.setStandardOutputFile(outFile.isEmpty() ? QProcess::nullDevice() : outFile);
+    process.setStandardInputFile(inFile.isEmpty() ? QProcess::nullDevice() : inFile);
+    process.start(program, args);
+    const bool ok =
+        process.waitForFinished(120000) && process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+    if (!ok) {
+        qWarning() << program << args << "failed:" << process.errorString() << process.readAllStandardError();
+    }
+    return ok;
 }
 
 void makeAppTree(const QString &root)
@@ -102,8 +87,8 @@ bool makeFlatPackage(const QString &root, const QString &package, const QString 
         !PlistFiles::writeFile(flat + QStringLiteral("/Foo.pkg/PackageInfo"),
                                QStringLiteral("<pkg-info identifier=\"com.example.foo\"%1/>").arg(location).toUtf8()) ||
         !run(QStringLiteral("find"), {QStringLiteral(".")}, root, list) ||
-        !runWithInput(QStringLiteral("cpio"), {QStringLiteral("-o"), QStringLiteral("--format"), QStringLiteral("odc")},
-                      root, cpio, list)) {
+        !run(QStringLiteral("cpio"), {QStringLiteral("-o"), QStringLiteral("--format"), QStringLiteral("odc")}, root,
+             cpio, list)) {
         return false;
     }
     if (!pbzx) {
@@ -111,13 +96,15 @@ bool makeFlatPackage(const QString &root, const QString &package, const QString 
             return false;
         }
     } else {
-        const QByteArray archive = readAll(cpio);
+        QFile cpioFile(cpio);
+        const QByteArray archive = cpioFile.open(QIODevice::ReadOnly) ? cpioFile.readAll() : QByteArray();
         const QString firstHalf = cpio + QStringLiteral(".1");
         PlistFiles::writeFile(firstHalf, archive.left(archive.size() / 2));
         if (!run(QStringLiteral("xz"), {QStringLiteral("-kf"), firstHalf}, root)) {
             return false;
         }
-        const QByteArray xz = readAll(firstHalf + QStringLiteral(".xz"));
+        QFile xzFile(firstHalf + QStringLiteral(".xz"));
+        const QByteArray xz = xzFile.open(QIODevice::ReadOnly) ? xzFile.readAll() : QByteArray();
         const QByteArray rest = archive.mid(archive.size() / 2);
         const quint64 more = 1 << 24;
         PlistFiles::writeFile(payload, "pbzx" + bigEndian(more) + bigEndian(more) + bigEndian(xz.size()) + xz +

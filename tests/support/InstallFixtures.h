@@ -8,9 +8,10 @@
 
 namespace InstallFixtures {
 
-// Runs program with args in folder; with outFile, its standard output goes there. false, with a warning, when the
-// tool is missing or fails: a test then fails, it never skips.
-bool run(const QString &program, const QStringList &args, const QString &folder, const QString &outFile = {});
+// Runs program with args in folder, its standard output into outFile and its input from inFile when given. false,
+// with a warning, when the tool is missing or fails: a test then fails, it never skips.
+bool run(const QString &program, const QStringList &args, const QString &folder, const QString &outFile = {},
+         const QString &inFile = {});
 // Under root: Foo.app (Contents/Info.plist, Contents/MacOS/foo executable, Contents/Current -> MacOS),
 // Applications -> /Applications and __MACOSX/._Foo.app.
 void makeAppTree(const QString &root);
