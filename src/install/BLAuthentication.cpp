@@ -58,8 +58,8 @@ bool BLAuthentication::executeCommand(const QString &command, const QStringList 
     if (!authenticate(command)) {
         return failedExecute(-1);
     }
-    const CommandLine line = PrivilegedCommand::commandLine(QStringList{command} + args.mid(0, kMostArguments),
-                                                            m_escalation);
+    const CommandLine line =
+        PrivilegedCommand::commandLine(QStringList{command} + args.mid(0, kMostArguments), m_escalation);
     if (line.program.isEmpty() || !QProcess::startDetached(line.program, line.arguments)) {
         return failedExecute(-1);
     }
@@ -75,8 +75,8 @@ std::optional<QByteArray> BLAuthentication::executeCommandSynced(const QString &
         failedExecute(-1);
         return std::nullopt;
     }
-    const CommandLine line = PrivilegedCommand::commandLine(QStringList{command} + args.mid(0, kMostArguments),
-                                                            m_escalation);
+    const CommandLine line =
+        PrivilegedCommand::commandLine(QStringList{command} + args.mid(0, kMostArguments), m_escalation);
     VLSynchronousTask task;
     task.run(line.program, {}, line.arguments, QByteArray());
     if (!task.done() || task.result() != 0) {

@@ -13,7 +13,8 @@
 
 // Unpacking and attaching. Every step works in a fresh folder beside the download, runs its tool there, and checks
 // that the archive named nothing outside that folder: the tools refuse such entries or rewrite them inside, and
-// either way the unpacking counts as failed.
+// either way the unpacking counts as failed. The download's path is made absolute first, since the tools run inside
+// the work folder.
 
 namespace {
 
@@ -51,8 +52,9 @@ void VLInstaller::setRunningAppGate(RunningAppGate *gate)
     m_gate = gate;
 }
 
-QString VLInstaller::extractZIP(const QString &file)
+QString VLInstaller::extractZIP(const QString &download)
 {
+    const QString file = QFileInfo(download).absoluteFilePath();
     const QString workFolder = siblingWorkFolder(file);
     if (!WorkFolder::prepare(workFolder)) {
         return {};
@@ -72,8 +74,9 @@ QString VLInstaller::extractZIP(const QString &file)
     return workFolder;
 }
 
-QString VLInstaller::extractTGZ(const QString &file)
+QString VLInstaller::extractTGZ(const QString &download)
 {
+    const QString file = QFileInfo(download).absoluteFilePath();
     const QString workFolder = siblingWorkFolder(file);
     if (!WorkFolder::prepare(workFolder)) {
         return {};
@@ -85,8 +88,9 @@ QString VLInstaller::extractTGZ(const QString &file)
     return workFolder;
 }
 
-QString VLInstaller::extractBZ2(const QString &file)
+QString VLInstaller::extractBZ2(const QString &download)
 {
+    const QString file = QFileInfo(download).absoluteFilePath();
     const QString workFolder = siblingWorkFolder(file);
     if (!WorkFolder::prepare(workFolder)) {
         return {};
@@ -100,8 +104,9 @@ QString VLInstaller::extractBZ2(const QString &file)
     return workFolder;
 }
 
-QString VLInstaller::extractTBZ(const QString &file)
+QString VLInstaller::extractTBZ(const QString &download)
 {
+    const QString file = QFileInfo(download).absoluteFilePath();
     const QString workFolder = siblingWorkFolder(file);
     if (!WorkFolder::prepare(workFolder)) {
         return {};
@@ -150,8 +155,9 @@ QString VLInstaller::findTarFile(const QString &folder)
     return {};
 }
 
-QString VLInstaller::mountDMG(const QString &file)
+QString VLInstaller::mountDMG(const QString &download)
 {
+    const QString file = QFileInfo(download).absoluteFilePath();
     const QString temp = AppPaths::privateTempFolder();
     if (temp.isEmpty()) {
         return {};
@@ -171,7 +177,7 @@ QString VLInstaller::mountDMG(const QString &file)
 void VLInstaller::unmount(const QString &mountPoint, const QString &originalDMG)
 {
     WorkFolder::remove(mountPoint);
-    m_mountPoints.remove(originalDMG);
+    m_mountPoints.remove(QFileInfo(originalDMG).absoluteFilePath());
 }
 
 void VLInstaller::cleanUp(const QString &path)

@@ -163,12 +163,13 @@ QString VLInstaller::mountDMGandInstall(const QString &image, const QString &loc
 QString VLInstaller::installNewVersionFromPKG(const QString &package, const QString &localPath)
 {
     Q_UNUSED(localPath)
-    const QString workFolder = QFileInfo(package).path() + QLatin1Char('/') + WorkFolder::uniqueName();
+    const QFileInfo packageFile(package);
+    const QString workFolder = packageFile.absolutePath() + QLatin1Char('/') + WorkFolder::uniqueName();
     const QString opened = workFolder + QStringLiteral("/package");
     if (!WorkFolder::prepare(opened)) {
         return {};
     }
-    const auto payloads = FlatPackage::open(package, opened);
+    const auto payloads = FlatPackage::open(packageFile.absoluteFilePath(), opened);
     QString installed = QStringLiteral("-");
     bool complete = payloads.has_value();
     const QString root = VLSettings().volumeRoot();
