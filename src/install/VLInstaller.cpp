@@ -59,14 +59,16 @@ QString VLInstaller::extractZIP(const QString &download)
     if (!WorkFolder::prepare(workFolder)) {
         return {};
     }
-    // unzip reads the names from the archive's directory alone, so checking them first costs next to nothing.
+    // unzip reads the names from the archive's directory alone, so checking them first costs next to nothing; unzip
+    // itself then refuses to write through a link.
     const QString unzip = WorkFolder::tool(QStringLiteral("unzip"));
     const std::optional<QByteArray> names = VLSynchronousTask::task(unzip, workFolder, {QStringLiteral("-Z1"), file});
-    const bool unpacked = names && WorkFolder::listsContainedNames(*names) &&
-                          VLSynchronousTask::task(unzip, workFolder,
-                                                  {QStringLiteral("-o"), file, QStringLiteral("-x"),
-                                                   QStringLiteral("__MACOSX/*"), QStringLiteral("-d"), workFolder}) &&
-                          WorkFolder::holdsOnlyPlainEntries(workFolder);
+    const bool unpacked =
+        names && WorkFolder::listsContainedNames(*names) &&
+        VLSynchronousTask::task(unzip, workFolder,
+                                {QStringLiteral("-q"), QStringLiteral("-o"), file, QStringLiteral("-x"),
+                                 QStringLiteral("__MACOSX/*"), QStringLiteral("-d"), workFolder}) &&
+        WorkFolder::holdsOnlyPlainEntries(workFolder);
     if (!unpacked) {
         vlLog(QStringLiteral("error extracting to %1").arg(workFolder));
         return {};
