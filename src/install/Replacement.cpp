@@ -3,6 +3,7 @@
 #include "install/AuthHelper.h"
 #include "install/VLSynchronousTask.h"
 #include "install/WorkFolder.h"
+#include "platform/FolderReader.h"
 #include "platform/Log.h"
 #include "platform/NativePath.h"
 
@@ -55,7 +56,16 @@ bool Replacement::replace(const QString &item, const QString &target)
 
 bool Replacement::merge(const QString &folder, const QString &target)
 {
-    return copy(folder, target, needsRights(QFileInfo(target).absolutePath()) || needsRights(target));
+    const bool privileged = needsRights(QFileInfo(target).absolutePath()) || needsRights(target);
+    // Entry by entry, so that target itself keeps its owner, mode and times.
+    FolderReader reader(NativePath::encode(folder));
+    for (const FolderReader::Entry &entry : reader.entries()) {
+        const QString name = QLatin1Char('/') + NativePath::decode(entry.name);
+        if (!copy(folder + name, target + name, privileged)) {
+            return false;
+        }
+    }
+    return reader.failure().isEmpty();
 }
 
 bool Replacement::copy(const QString &source, const QString &destination, bool privileged)

@@ -16,7 +16,8 @@ public:
 
     // Copies item to target, replacing what is there; true when the new item is in place.
     bool replace(const QString &item, const QString &target);
-    // Copies what folder holds into target (made when missing), merged with what target holds already.
+    // Copies what folder holds into target (made when missing), merged with what target holds already; target
+    // itself is left as it is.
     bool merge(const QString &folder, const QString &target);
 
 private:
