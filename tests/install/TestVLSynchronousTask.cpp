@@ -49,7 +49,8 @@ private slots:
             << "" << QStringList{u"-c"_s, u"(sleep 1; echo late) & echo early"_s} << none << Output("early\nlate\n");
         QTest::newRow("a tool that closed its output early is not waited for")
             << "/bin/sh"
-            << "" << QStringList{u"-c"_s, u"echo early; exec >&- 2>&-; sleep 30; exit 1"_s} << none << Output("early\n");
+            << "" << QStringList{u"-c"_s, u"echo early; exec >&- 2>&-; sleep 30; exit 1"_s} << none
+            << Output("early\n");
     }
 
     void task()
