@@ -48,12 +48,12 @@ private slots:
             << u"Info.plist"_s;
         row(u"ISO/HFS+ image"_s, u"dmg"_s, u"Foo.dmg"_s, u"src xorriso -as mkisofs -hfsplus -R -V Vol -o %A ."_s,
             kApp + u"|__MACOSX/|__MACOSX/._Foo.app");
-        for (const QString op : {u"zip"_s, u"tgz"_s, u"tbz"_s, u"bz2"_s, u"dmg"_s}) {
+        for (const QString &op : {u"zip"_s, u"tgz"_s, u"tbz"_s, u"bz2"_s, u"dmg"_s}) {
             row(op + u" unreadable", op, u"Foo."_s + op, u"src garbage"_s, {});
         }
         const QStringList formats = {u"zip --format zip -cf"_s, u"tgz -czf"_s, u"tbz -cjf"_s};
         for (const QString &format : formats) {
-            for (const QString escape : {u"../evil"_s, u"../../evil"_s, u"%O/evil"_s, u"l/evil"_s}) {
+            for (const QString &escape : {u"../evil"_s, u"../../evil"_s, u"%O/evil"_s, u"l/evil"_s}) {
                 const QString op = format.section(u' ', 0, 0);
                 row(op + u' ' + escape, op, u"Foo."_s + op,
                     u"esc bsdtar -P %1 %A -s ,^x$,%2, l x"_s.arg(format.section(u' ', 1), escape), {});
