@@ -11,6 +11,8 @@
 
 #include <unistd.h>
 
+using namespace Qt::StringLiterals;
+
 namespace InstallFixtures {
 
 namespace {
@@ -18,6 +20,19 @@ namespace {
 QByteArray bigEndian(quint64 value)
 {
     QByteArray bytes(8, 0);
+    qToBigEndian(value, bytes.data());
+    return bytes;
+}
+
+QByteArray readFile(const QString &path)
+{
+    QFile file(path);
+    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+}
+
+QByteArray bigEndian32(quint32 value)
+{
+    QByteArray bytes(4, 0);
     qToBigEndian(value, bytes.data());
     return bytes;
 }
@@ -77,42 +92,56 @@ QStringList describe(const QString &folder)
 
 bool makeFlatPackage(const QString &root, const QString &package, const QString &installLocation, bool pbzx)
 {
-    const QString flat = package + QStringLiteral(".flat");
-    const QString list = package + QStringLiteral(".list");
-    const QString cpio = package + QStringLiteral(".cpio");
-    const QString payload = flat + QStringLiteral("/Foo.pkg/Payload");
-    const QString location =
-        installLocation.isEmpty() ? QString() : QStringLiteral(" install-location=\"%1\"").arg(installLocation);
-    if (!PlistFiles::writeFile(flat + QStringLiteral("/Distribution"), "<installer-gui-script/>") ||
-        !PlistFiles::writeFile(flat + QStringLiteral("/Foo.pkg/PackageInfo"),
-                               QStringLiteral("<pkg-info identifier=\"com.example.foo\"%1/>").arg(location).toUtf8()) ||
-        !run(QStringLiteral("find"), {QStringLiteral(".")}, root, list) ||
-        !run(QStringLiteral("cpio"), {QStringLiteral("-o"), QStringLiteral("--format"), QStringLiteral("odc")}, root,
-             cpio, list)) {
+    const QString flat = package + u".flat";
+    const QString cpio = package + u".cpio";
+    const QString payload = flat + u"/Foo.pkg/Payload";
+    const QString location = installLocation.isEmpty() ? QString() : u" install-location=\"%1\""_s.arg(installLocation);
+    if (!PlistFiles::writeFile(flat + u"/Distribution", "<installer-gui-script/>") ||
+        !PlistFiles::writeFile(flat + u"/Foo.pkg/PackageInfo",
+                               u"<pkg-info identifier=\"com.example.foo\"%1/>"_s.arg(location).toUtf8()) ||
+        !run(u"find"_s, {u"."_s}, root, package + u".list") ||
+        !run(u"cpio"_s, {u"-o"_s, u"--format"_s, u"odc"_s}, root, cpio, package + u".list") ||
+        (!pbzx && !run(u"gzip"_s, {u"-9nc"_s, cpio}, root, payload))) {
         return false;
     }
-    if (!pbzx) {
-        if (!run(QStringLiteral("gzip"), {QStringLiteral("-9nc"), cpio}, root, payload)) {
-            return false;
-        }
-    } else {
-        QFile cpioFile(cpio);
-        const QByteArray archive = cpioFile.open(QIODevice::ReadOnly) ? cpioFile.readAll() : QByteArray();
-        const QString firstHalf = cpio + QStringLiteral(".1");
-        PlistFiles::writeFile(firstHalf, archive.left(archive.size() / 2));
-        if (!run(QStringLiteral("xz"), {QStringLiteral("-kf"), firstHalf}, root)) {
-            return false;
-        }
-        QFile xzFile(firstHalf + QStringLiteral(".xz"));
-        const QByteArray xz = xzFile.open(QIODevice::ReadOnly) ? xzFile.readAll() : QByteArray();
+    if (pbzx) {
+        const QByteArray archive = readFile(cpio);
         const QByteArray rest = archive.mid(archive.size() / 2);
+        if (!PlistFiles::writeFile(cpio + u".1", archive.left(archive.size() / 2)) ||
+            !run(u"xz"_s, {u"-kf"_s, cpio + u".1"}, root)) {
+            return false;
+        }
+        const QByteArray xz = readFile(cpio + u".1.xz");
         const quint64 more = 1 << 24;
         PlistFiles::writeFile(payload, "pbzx" + bigEndian(more) + bigEndian(more) + bigEndian(xz.size()) + xz +
                                            bigEndian(0) + bigEndian(rest.size()) + rest);
     }
-    return run(QStringLiteral("bsdtar"),
-               {QStringLiteral("--format"), QStringLiteral("xar"), QStringLiteral("-cf"), package, QStringLiteral(".")},
-               flat);
+    return run(u"bsdtar"_s, {u"--format"_s, u"xar"_s, u"-cf"_s, package, u"."_s}, flat);
+}
+
+bool makeUdif(const QString &volume, const QString &image)
+{
+    QByteArray data = readFile(volume);
+    data.append(QByteArray((512 - data.size() % 512) % 512, 0));
+    const quint64 sectors = quint64(data.size()) / 512;
+    const auto chunk = [](quint32 type, quint64 first, quint64 count, quint64 length) -> QByteArray {
+        return bigEndian32(type) + bigEndian32(0) + bigEndian(first) + bigEndian(count) + bigEndian(0) +
+               bigEndian(length);
+    };
+    const QByteArray table = "mish" + bigEndian32(1) + bigEndian(0) + bigEndian(sectors) + bigEndian(0) +
+                             bigEndian32(0) + bigEndian32(0) + QByteArray(24 + 136, 0) + bigEndian32(2) +
+                             chunk(1, 0, sectors, data.size()) + chunk(0xFFFFFFFF, sectors, 0, 0);
+    const QByteArray plist = "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>resource-fork</key><dict>"
+                             "<key>blkx</key><array><dict><key>Data</key><data>" +
+                             table.toBase64() +
+                             "</data><key>Name</key><string>disk image (Apple_HFS : 1)</string></dict></array>"
+                             "</dict></dict></plist>";
+    const QByteArray trailer = "koly" + bigEndian32(4) + bigEndian32(512) + bigEndian32(1) + bigEndian(0) +
+                               bigEndian(0) + bigEndian(data.size()) + bigEndian(0) + bigEndian(0) + bigEndian32(1) +
+                               bigEndian32(1) + QByteArray(16 + 136, 0) + bigEndian(data.size()) +
+                               bigEndian(plist.size()) + QByteArray(120 + 136, 0) + bigEndian32(1) +
+                               bigEndian(sectors) + QByteArray(12, 0);
+    return PlistFiles::writeFile(image, data + plist + trailer);
 }
 
 } // namespace InstallFixtures
