@@ -1,6 +1,39 @@
 #include "install/VLInstaller.h"
 
-// Interface only for now: every operation fails until the unpacking and placing code arrives.
+#include "install/DiskImage.h"
+#include "install/VLSynchronousTask.h"
+#include "install/WorkFolder.h"
+#include "platform/AppPaths.h"
+#include "platform/FolderReader.h"
+#include "platform/Log.h"
+#include "platform/NativePath.h"
+
+#include <QDir>
+#include <QFileInfo>
+
+// Unpacking and attaching. Every step works in a fresh folder beside the download, runs its tool there, and checks
+// that the archive named nothing outside that folder: the tools refuse such entries or rewrite them inside, and
+// either way the unpacking counts as failed. The download's path is made absolute first, since the tools run inside
+// the work folder.
+
+namespace {
+
+QString siblingWorkFolder(const QString &file)
+{
+    return QFileInfo(file).path() + QLatin1Char('/') + WorkFolder::uniqueName();
+}
+
+// tar's listing of what it unpacked (-v) names every entry as the archive spells it, before tar strips a leading
+// "/", so it tells whether the archive tried to leave the folder.
+bool untar(const QString &tarFile, const QString &workFolder)
+{
+    const std::optional<QByteArray> listing =
+        VLSynchronousTask::task(WorkFolder::tool(QStringLiteral("tar")), workFolder,
+                                {QStringLiteral("--no-same-owner"), QStringLiteral("-xvf"), tarFile});
+    return listing && WorkFolder::listsContainedNames(*listing) && WorkFolder::holdsOnlyPlainEntries(workFolder);
+}
+
+} // namespace
 
 VLInstaller::VLInstaller() = default;
 
@@ -19,71 +52,140 @@ void VLInstaller::setRunningAppGate(RunningAppGate *gate)
     m_gate = gate;
 }
 
-QString VLInstaller::extractZIP(const QString &)
+QString VLInstaller::extractZIP(const QString &download)
 {
+    const QString file = QFileInfo(download).absoluteFilePath();
+    const QString workFolder = siblingWorkFolder(file);
+    if (!WorkFolder::prepare(workFolder)) {
+        return {};
+    }
+    // unzip reads the names from the archive's directory alone, so checking them first costs next to nothing; unzip
+    // itself then refuses to write through a link.
+    const QString unzip = WorkFolder::tool(QStringLiteral("unzip"));
+    const std::optional<QByteArray> names = VLSynchronousTask::task(unzip, workFolder, {QStringLiteral("-Z1"), file});
+    const bool unpacked =
+        names && WorkFolder::listsContainedNames(*names) &&
+        VLSynchronousTask::task(unzip, workFolder,
+                                {QStringLiteral("-q"), QStringLiteral("-o"), file, QStringLiteral("-x"),
+                                 QStringLiteral("__MACOSX/*"), QStringLiteral("-d"), workFolder}) &&
+        WorkFolder::holdsOnlyPlainEntries(workFolder);
+    if (!unpacked) {
+        vlLog(QStringLiteral("error extracting to %1").arg(workFolder));
+        return {};
+    }
+    return workFolder;
+}
+
+QString VLInstaller::extractTGZ(const QString &download)
+{
+    const QString file = QFileInfo(download).absoluteFilePath();
+    const QString workFolder = siblingWorkFolder(file);
+    if (!WorkFolder::prepare(workFolder)) {
+        return {};
+    }
+    if (!untar(file, workFolder)) {
+        vlLog(QStringLiteral("error extracting tgz to %1").arg(workFolder));
+        return {};
+    }
+    return workFolder;
+}
+
+QString VLInstaller::extractBZ2(const QString &download)
+{
+    const QString file = QFileInfo(download).absoluteFilePath();
+    const QString workFolder = siblingWorkFolder(file);
+    if (!WorkFolder::prepare(workFolder)) {
+        return {};
+    }
+    // bunzip2 writes beside the download, not into the work folder; the work folder stays empty.
+    if (!VLSynchronousTask::task(WorkFolder::tool(QStringLiteral("bunzip2")), workFolder,
+                                 {QStringLiteral("-d"), file})) {
+        vlLog(QStringLiteral("error extracting to %1").arg(workFolder));
+        return {};
+    }
+    return workFolder;
+}
+
+QString VLInstaller::extractTBZ(const QString &download)
+{
+    const QString file = QFileInfo(download).absoluteFilePath();
+    const QString workFolder = siblingWorkFolder(file);
+    if (!WorkFolder::prepare(workFolder)) {
+        return {};
+    }
+    if (!VLSynchronousTask::task(WorkFolder::tool(QStringLiteral("bunzip2")), workFolder,
+                                 {QStringLiteral("-d"), file})) {
+        vlLog(QStringLiteral("error extracting to %1").arg(workFolder));
+        return {};
+    }
+    const QFileInfo info(file);
+    const QString withoutExtension = info.path() + QLatin1Char('/') + info.completeBaseName();
+    QString tarFile =
+        file.contains(QLatin1String(".tar"), Qt::CaseInsensitive) ? withoutExtension : withoutExtension + u".tar";
+    if (!QFileInfo(tarFile).isFile()) {
+        vlLog(QStringLiteral("did not find tar file - searching %1").arg(workFolder));
+        tarFile = findTarFile(workFolder);
+        if (tarFile.isEmpty()) {
+            const QString parent = QFileInfo(workFolder).path();
+            vlLog(QStringLiteral("did not find tar file again - searching - %1").arg(parent));
+            tarFile = findTarFile(parent);
+        }
+    }
+    if (tarFile.isEmpty()) {
+        vlLog(QStringLiteral("error extracting tar to %1").arg(workFolder));
+        return {};
+    }
+    vlLog(QStringLiteral("found tar file - %1").arg(tarFile));
+    if (!untar(tarFile, workFolder)) {
+        vlLog(QStringLiteral("error extracting to %1").arg(workFolder));
+        return {};
+    }
+    return workFolder;
+}
+
+QString VLInstaller::findTarFile(const QString &folder)
+{
+    // An extension is compared without its dot here, so no entry ever matches: the name computed from the download
+    // is the only way a tar file is found, as it always has been.
+    FolderReader reader(NativePath::encode(folder));
+    const std::vector<FolderReader::Entry> entries = reader.entries();
+    for (auto it = entries.rbegin(); it != entries.rend(); ++it) {
+        if (QFileInfo(NativePath::decode(it->name)).suffix() == QLatin1String(".tar")) {
+            return folder + QLatin1Char('/') + NativePath::decode(it->name);
+        }
+    }
     return {};
 }
 
-QString VLInstaller::extractTGZ(const QString &)
+QString VLInstaller::mountDMG(const QString &download)
 {
-    return {};
+    const QString file = QFileInfo(download).absoluteFilePath();
+    const QString temp = AppPaths::privateTempFolder();
+    if (temp.isEmpty()) {
+        return {};
+    }
+    const QString mountPoint = temp + QStringLiteral("/Volumes/") + WorkFolder::uniqueName();
+    if (!WorkFolder::prepare(mountPoint)) {
+        return {};
+    }
+    m_mountPoints.insert(file, mountPoint);
+    if (!DiskImage::attach(file, mountPoint)) {
+        vlLog(QStringLiteral("error extracting to %1 - could not mount dmg").arg(mountPoint));
+        return {};
+    }
+    return mountPoint;
 }
 
-QString VLInstaller::extractTBZ(const QString &)
+void VLInstaller::unmount(const QString &mountPoint, const QString &originalDMG)
 {
-    return {};
+    WorkFolder::remove(mountPoint);
+    m_mountPoints.remove(QFileInfo(originalDMG).absoluteFilePath());
 }
 
-QString VLInstaller::extractBZ2(const QString &)
+void VLInstaller::cleanUp(const QString &path)
 {
-    return {};
-}
-
-QString VLInstaller::mountDMG(const QString &)
-{
-    return {};
-}
-
-void VLInstaller::unmount(const QString &, const QString &) {}
-
-QString VLInstaller::findTarFile(const QString &)
-{
-    return {};
-}
-
-void VLInstaller::cleanUp(const QString &) {}
-
-QString VLInstaller::installNewVersionFrom(const QString &, const QString &)
-{
-    return {};
-}
-
-QStringList VLInstaller::installCandidates(const QString &)
-{
-    return {};
-}
-
-QString VLInstaller::findBestMatchFromCandidates(const QStringList &, const QString &)
-{
-    return {};
-}
-
-QString VLInstaller::handleBestMatch(const QString &, const QString &)
-{
-    return {};
-}
-
-QString VLInstaller::installNewVersionFromPKG(const QString &, const QString &)
-{
-    return {};
-}
-
-QString VLInstaller::mountDMGandInstall(const QString &, const QString &)
-{
-    return {};
-}
-
-bool VLInstaller::checkIfAppIsRunningAndInstall(const QString &, const QString &)
-{
-    return false;
+    const QString folder = QFileInfo(path).path();
+    if (QFileInfo::exists(folder) || QFileInfo(folder).isSymLink()) {
+        WorkFolder::remove(folder);
+    }
 }

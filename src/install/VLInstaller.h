@@ -28,7 +28,8 @@ public:
     QString extractTGZ(const QString &file);
     QString extractTBZ(const QString &file);
     QString extractBZ2(const QString &file);
-    // Attaches a disk image at a mount point of the installer's choosing and answers it.
+    // Attaches a disk image at a mount point of the installer's choosing (Volumes/<unique name> in the private
+    // temporary folder: the volume's contents copied out by 7zz) and answers it; unmount removes that folder.
     QString mountDMG(const QString &file);
     void unmount(const QString &mountPoint, const QString &originalDMG);
     QString findTarFile(const QString &folder);
@@ -40,13 +41,21 @@ public:
     QStringList installCandidates(const QString &folder);
     QString findBestMatchFromCandidates(const QStringList &candidates, const QString &match);
     QString handleBestMatch(const QString &best, const QString &localPath);
+    // Installs a flat package's payloads at their install location under the setting volumeRoot; answers the
+    // installed app named like the record, else the first app the payload carries, "-" when it carries none.
     QString installNewVersionFromPKG(const QString &package, const QString &localPath);
     QString mountDMGandInstall(const QString &image, const QString &localPath);
+    // Copies item over target (links and modes kept), the gate asked before and told after; the old copy is kept
+    // aside until the new one is in place and put back on failure.
     bool checkIfAppIsRunningAndInstall(const QString &item, const QString &target);
 
 private:
+    // An installer app of the vendor's own: run it, then find what it installed.
+    QString installWithVendorInstaller(const QString &installer, const QString &localPath);
+
     QMap<QString, QString> m_mountPoints;
     AuthHelper m_authhelper;
     VLApp *m_senderApp = nullptr;
     RunningAppGate *m_gate = nullptr;
+    bool m_shouldInstall = true;
 };

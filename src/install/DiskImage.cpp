@@ -1,0 +1,104 @@
+#include "install/DiskImage.h"
+
+#include "install/VLSynchronousTask.h"
+#include "install/WorkFolder.h"
+#include "platform/FolderReader.h"
+#include "platform/NativePath.h"
+
+#include <QFile>
+
+#include <cstdio>
+
+namespace {
+
+struct Volume
+{
+    const char *type;
+    bool hasRootFolder; // 7zz names the volume's root folder first for these
+};
+
+constexpr Volume kVolumes[] = {{"HFS", true}, {"APFS", true}, {"Iso", false}};
+
+bool isUDIF(const QString &image)
+{
+    QFile file(image);
+    return file.open(QIODevice::ReadOnly) && file.size() >= 512 && file.seek(file.size() - 512) &&
+           file.read(4) == "koly";
+}
+
+// "yes" answers the licence agreement some images show before they open.
+bool sevenZipExtract(const QString &type, const QString &archive, const QString &into)
+{
+    return VLSynchronousTask::task(WorkFolder::tool(QStringLiteral("7zz")), into,
+                                   {QStringLiteral("x"), QStringLiteral("-t") + type, QStringLiteral("-y"),
+                                    QStringLiteral("-bd"), QStringLiteral("-o") + into, archive},
+                                   QByteArray("yes\n"))
+        .has_value();
+}
+
+// The largest partition of an unpacked UDIF wrapper: the volume.
+QString largestFile(const QString &folder)
+{
+    FolderReader reader(NativePath::encode(folder));
+    QString largest;
+    qint64 largestSize = -1;
+    for (const FolderReader::Entry &entry : reader.entries()) {
+        const QString path = folder + QLatin1Char('/') + NativePath::decode(entry.name);
+        const qint64 size = QFile(path).size();
+        if (entry.kind == FolderReader::Kind::File && !entry.isLink && size > largestSize) {
+            largest = path;
+            largestSize = size;
+        }
+    }
+    return largest;
+}
+
+// Moves what staging holds to mountPoint: the volume's root folder itself, when 7zz named one.
+bool lift(const QString &staging, const QString &mountPoint, bool hasRootFolder)
+{
+    FolderReader reader(NativePath::encode(staging));
+    const std::vector<FolderReader::Entry> entries = reader.entries();
+    QString source = staging;
+    if (hasRootFolder && entries.size() == 1 && entries.front().kind == FolderReader::Kind::Folder &&
+        !entries.front().isLink) {
+        source = staging + QLatin1Char('/') + NativePath::decode(entries.front().name);
+    }
+    return WorkFolder::remove(mountPoint) &&
+           std::rename(NativePath::encode(source).constData(), NativePath::encode(mountPoint).constData()) == 0;
+}
+
+bool attachVolume(const QString &volume, const QString &mountPoint)
+{
+    const QString staging = mountPoint + QStringLiteral(".volume");
+    for (const Volume &kind : kVolumes) {
+        if (!WorkFolder::prepare(staging)) {
+            return false;
+        }
+        if (sevenZipExtract(QLatin1String(kind.type), volume, staging) && WorkFolder::holdsOnlyPlainEntries(staging)) {
+            const bool lifted = lift(staging, mountPoint, kind.hasRootFolder);
+            WorkFolder::remove(staging);
+            return lifted;
+        }
+        WorkFolder::remove(staging);
+    }
+    return false;
+}
+
+} // namespace
+
+namespace DiskImage {
+
+bool attach(const QString &image, const QString &mountPoint)
+{
+    if (!isUDIF(image)) {
+        return attachVolume(image, mountPoint);
+    }
+    const QString partitions = mountPoint + QStringLiteral(".partitions");
+    const bool attached = WorkFolder::prepare(partitions) &&
+                          sevenZipExtract(QStringLiteral("dmg"), image, partitions) &&
+                          attachVolume(largestFile(partitions), mountPoint);
+    WorkFolder::remove(partitions);
+    return attached;
+}
+
+} // namespace DiskImage

@@ -1,0 +1,14 @@
+#pragma once
+
+// The payload form of newer installer packages: the magic "pbzx", the chunk size, then chunks of flags, length and
+// data, each an xz stream (or, when it would not shrink, the bytes as they are). Together they make a cpio archive.
+
+#include <QString>
+
+namespace PbzxPayload {
+
+bool isPbzx(const QString &payload);
+// Writes the cpio archive that payload holds to cpioFile; false on a damaged or cut-off payload.
+bool decode(const QString &payload, const QString &cpioFile);
+
+} // namespace PbzxPayload

@@ -1,0 +1,185 @@
+// Putting the chosen item in place: each kind's route (apps, user folders, vendor installers, disk images, flat
+// packages with gzip and pbzx payloads at their install location), the old copy kept until the new one is in place,
+// the running-app gate asked around it, and administrator rights through a stand-in escalation command.
+
+#include "install/AuthHelper.h"
+#include "install/BLAuthentication.h"
+#include "install/RunningAppGate.h"
+#include "install/VLInstaller.h"
+#include "model/VLApp.h"
+#include "platform/VLSettings.h"
+#include "support/BundleTree.h"
+#include "support/DataTable.h"
+#include "support/InstallFixtures.h"
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+using namespace Qt::StringLiterals;
+
+namespace {
+
+struct RecordingGate : RunningAppGate
+{
+    bool allow = true;
+    QStringList calls;
+
+    bool prepareToReplace(const QString &target) override { return calls.append(target), allow; }
+    void finishedReplacing(const QString &, bool placed) override { calls.append(placed ? u"placed"_s : u"back"_s); }
+};
+
+} // namespace
+
+class TestInstalling : public QObject
+{
+    Q_OBJECT
+
+    QTemporaryDir m_dir;
+    QString m_root = m_dir.filePath(u"volume"_s);
+
+private slots:
+    void initTestCase()
+    {
+        qunsetenv("DISPLAY");
+        qunsetenv("WAYLAND_DISPLAY");
+        QVERIFY(VLSettings().setValue(QString::fromLatin1(SettingKey::volumeRoot), m_root));
+    }
+
+    void init() { QDir(m_root).removeRecursively(); }
+
+    void handleBestMatch_data()
+    {
+        // make: folder, file, iso (an image of payload), gzip:LOCATION or pbzx:LOCATION (a flat package of payload
+        // installing at LOCATION, none when empty). payload: "a|b", folders ending in "/". expected: %R the volume
+        // root, %H the home folder.
+        columns<QString, QString, QString, QString, QString, QString>("item", "make", "payload", "record", "expected",
+                                                                      "failure");
+        const QString apps = u"Bar.app/Contents/|Foo.app/Contents/MacOS/"_s;
+        const QString fooApp = u"%R/Applications/Foo.app"_s;
+        const auto row = [](const char *name, const QString &item, const QString &make, const QString &payload,
+                            const QString &record, const QString &expected, const QString &failure = {}) {
+            QTest::newRow(name) << item << make << payload << record << expected << failure;
+        };
+        row("app into the applications folder", u"Foo.app"_s, u"folder"_s, {}, u"Foo.app"_s, fooApp);
+        row("preference pane into the user's folder", u"Foo.prefPane"_s, u"folder"_s, {}, u"Foo.prefPane"_s,
+            u"%H/Library/PreferencePanes/Foo.prefPane"_s);
+        row("screen saver into the user's folder", u"Foo.saver"_s, u"folder"_s, {}, u"Foo.saver"_s,
+            u"%H/Library/Screen Savers/Foo.saver"_s);
+        row("vendor installer without a display", u"Install Foo.app"_s, u"folder"_s, {}, u"Foo.app"_s, {},
+            u"Installer did not complete"_s);
+        row("anything else", u"Foo.zip"_s, u"file"_s, {}, u"Foo.app"_s, {});
+        row("disk image inside the download", u"Foo.dmg"_s, u"iso"_s, u"Foo.app/Contents/|Read Me.txt"_s, u"Foo.app"_s,
+            fooApp);
+        row("package, gzip payload", u"Foo.pkg"_s, u"gzip:/Applications"_s, apps, u"Foo.app"_s, fooApp);
+        row("package, pbzx payload", u"Foo.pkg"_s, u"pbzx:/Applications"_s, apps, u"Foo.app"_s, fooApp);
+        row("package without install location: /", u"Foo.mpkg"_s, u"gzip:"_s,
+            u"Applications/Bar.app/Contents/|Applications/Foo.app/Contents/"_s, u"Foo.app"_s, fooApp);
+        row("package: first app when none has the record's name", u"Foo.pkg"_s, u"pbzx:/Applications"_s, apps,
+            u"Baz.app"_s, u"%R/Applications/Bar.app"_s);
+        row("package installing outside the volume root", u"Foo.pkg"_s, u"gzip:/../../outside"_s, apps, u"Foo.app"_s,
+            {});
+        row("package unreadable", u"Foo.pkg"_s, u"file"_s, {}, u"Foo.app"_s, {});
+    }
+
+    void handleBestMatch()
+    {
+        auto [item, make, payload, record, expected, failure] =
+            fetch<QString, QString, QString, QString, QString, QString>("item", "make", "payload", "record", "expected",
+                                                                        "failure");
+        QTemporaryDir dir;
+        BundleTree download(dir.filePath(u"dl"_s));
+        BundleTree source(dir.filePath(u"payload"_s));
+        for (const QString &entry : payload.split(u'|', Qt::SkipEmptyParts)) {
+            entry.endsWith(u'/') ? source.addFolder(entry) : source.addFile(entry, "text");
+        }
+        const QString best = download.path(item);
+        if (make == u"folder") {
+            download.addBundle(item + u"/Contents"_s);
+        } else if (make == u"file") {
+            download.addFile(item, "not a package");
+        } else if (make == u"iso") {
+            QVERIFY(InstallFixtures::run(
+                u"xorriso"_s, u"-as mkisofs -hfsplus -R -V Foo -o %1 ."_s.arg(best).split(u' '), source.root()));
+        } else {
+            QVERIFY(
+                InstallFixtures::makeFlatPackage(source.root(), best, make.section(u':', 1), make.startsWith(u"pbzx")));
+        }
+        VLApp app;
+        app.name = record;
+        VLInstaller installer;
+        installer.setSenderApp(&app);
+        expected.replace(u"%R"_s, m_root).replace(u"%H"_s, QDir::homePath());
+        QCOMPARE(installer.handleBestMatch(best, u"-"_s), expected);
+        QVERIFY(expected.isEmpty() || QFileInfo(expected).isDir());
+        QCOMPARE(app.failMessage.load(), failure);
+        QCOMPARE(app.didFail.load(), !failure.isEmpty());
+        QVERIFY(!QFile::exists(m_root + u"/../../outside"));
+    }
+
+    void replace_data()
+    {
+        columns<bool, bool, bool, QString>("itemExists", "gateAllows", "placed", "calls");
+        QTest::newRow("replaced") << true << true << true << u"%T|placed"_s;
+        QTest::newRow("copy fails: the old copy is back") << false << true << false << u"%T|back"_s;
+        QTest::newRow("the running copy was not quit") << true << false << false << u"%T"_s;
+    }
+
+    void replace()
+    {
+        auto [itemExists, gateAllows, placed, calls] =
+            fetch<bool, bool, bool, QString>("itemExists", "gateAllows", "placed", "calls");
+        QTemporaryDir dir;
+        InstallFixtures::makeAppTree(dir.filePath(u"new"_s));
+        BundleTree installed(dir.filePath(u"Applications"_s));
+        installed.addFile(u"Foo.app/Contents/old"_s, "old");
+        const QString item = itemExists ? dir.filePath(u"new/Foo.app"_s) : dir.filePath(u"missing.app"_s);
+        const QString target = installed.path(u"Foo.app"_s);
+        RecordingGate gate;
+        gate.allow = gateAllows;
+        VLInstaller installer;
+        installer.setRunningAppGate(&gate);
+
+        QCOMPARE(installer.checkIfAppIsRunningAndInstall(item, target), placed);
+        QCOMPARE(gate.calls.join(u'|'), calls.replace(u"%T"_s, target));
+        const QStringList oldCopy = {u"Contents/"_s, u"Contents/old"_s};
+        QCOMPARE(InstallFixtures::describe(target), placed ? InstallFixtures::describe(item) : oldCopy);
+        QCOMPARE(QDir(installed.root()).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QStringList{u"Foo.app"_s});
+    }
+
+    // The stand-in records what it is asked to run, then runs it; after a refusal the helper never asks again.
+    void privileged()
+    {
+        QTemporaryDir dir;
+        BundleTree tree(dir.path());
+        const QString standIn = tree.addFile(u"escalate"_s, "#!/bin/sh\nprintf '%s\\n' \"$@\" >> \"$0.argv\"\n"
+                                                            "[ -e \"$0.refuse\" ] && exit 126\nshift\nexec \"$@\"\n");
+        QFile::setPermissions(standIn, QFile::permissions(standIn) | QFile::ExeOwner);
+        QVERIFY(VLSettings().setValue(QString::fromLatin1(SettingKey::escalationCommand),
+                                      QString(standIn + u" --stand-in"_s)));
+        tree.addFile(u"from/file"_s, "data");
+        const QString copy = tree.path(u"to"_s);
+        AuthHelper helper(PrivilegedCommand::Escalation::Always);
+
+        QVERIFY(helper.copyPathWithForcedAuthentication(tree.path(u"from"_s), copy));
+        QVERIFY(QFile::exists(copy + u"/file"_s));
+        tree.addFile(u"escalate.refuse"_s);
+        QVERIFY(!helper.removePathWithForcedAuthentication(copy));
+        QVERIFY(!helper.movePathWithForcedAuthentication(copy, copy + u"2"_s));
+        QFile recorded(standIn + u".argv"_s);
+        QVERIFY(recorded.open(QIODevice::ReadOnly));
+        QCOMPARE(QString::fromUtf8(recorded.readAll()).split(u'\n', Qt::SkipEmptyParts),
+                 (QStringList{u"--stand-in"_s, u"/usr/bin/cp"_s, u"-a"_s, u"-T"_s, u"--"_s, tree.path(u"from"_s), copy,
+                              u"--stand-in"_s, u"/usr/bin/rm"_s, u"-rf"_s, u"--"_s, copy}));
+        QVERIFY(QFile::exists(copy + u"/file"_s));
+
+        QFile::remove(standIn + u".refuse"_s);
+        BLAuthentication shared(PrivilegedCommand::Escalation::Always);
+        const QStringList numbers = u"0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20"_s.split(u' ');
+        QCOMPARE(shared.executeCommandSynced(u"/bin/echo"_s, numbers), numbers.mid(0, 19).join(u' ').toUtf8() + '\n');
+    }
+};
+
+VELMORA_TEST_MAIN(TestInstalling)
+#include "TestInstalling.moc"

@@ -1,0 +1,112 @@
+// Real archives and images of an app bundle, unpacked by the installer: what lands in the work folder (links, modes,
+// no __MACOSX), and archives that fail or try to write outside their folder, which must fail and write nothing.
+
+#include "install/VLInstaller.h"
+#include "support/BundleTree.h"
+#include "support/DataTable.h"
+#include "support/InstallFixtures.h"
+#include "support/PlistFiles.h"
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QTemporaryDir>
+
+using namespace Qt::StringLiterals;
+
+static const QString kApp = u"Applications -> /|Foo.app/|Foo.app/Contents/|Foo.app/Contents/Current -> MacOS|"
+                            u"Foo.app/Contents/Info.plist|Foo.app/Contents/MacOS/|Foo.app/Contents/MacOS/foo*"_s;
+
+class TestUnpacking : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void unpack_data()
+    {
+        // recipe: the folder it runs in (src: the app tree; esc: a link "l" to the outside folder and a file "x"),
+        // then the tool and its arguments; %A is the archive, %O the outside folder, a final ">" sends output to %A.
+        // listing: what the work folder holds ("a|b"); beside: a file left beside the download; neither: must fail.
+        columns<QString, QString, QString, QString, QString>("op", "name", "recipe", "listing", "beside");
+        const auto row = [](const QString &name, const QString &op, const QString &file, const QString &recipe,
+                            const QString &listing, const QString &beside = {}) {
+            QTest::newRow(qPrintable(name)) << op << file << recipe << listing << beside;
+        };
+        const QString app = u" %A Foo.app Applications"_s;
+        row(u"zip: links, modes, no __MACOSX"_s, u"zip"_s, u"Foo.zip"_s,
+            u"src bsdtar --format zip -cf"_s + app + u" __MACOSX", kApp);
+        row(u"tar.gz"_s, u"tgz"_s, u"Foo.tar.gz"_s, u"src bsdtar -czf"_s + app, kApp);
+        row(u"X.TAR.GZ"_s, u"tgz"_s, u"X.TAR.GZ"_s, u"src bsdtar -czf"_s + app, kApp);
+        row(u"tar.bz2 through x.tar"_s, u"tbz"_s, u"Foo.tar.bz2"_s, u"src bsdtar -cjf"_s + app, kApp, u"Foo.tar"_s);
+        row(u"tbz through x.tar"_s, u"tbz"_s, u"Foo.tbz"_s, u"src bsdtar -cjf"_s + app, kApp, u"Foo.tar"_s);
+        row(u"bz2 in place, work folder empty"_s, u"bz2"_s, u"Info.plist.bz2"_s,
+            u"src bzip2 -c Foo.app/Contents/Info.plist >"_s, {}, u"Info.plist"_s);
+        for (const QString &image : {u"xorriso"_s, u"udif"_s}) {
+            row(image + u" image", u"dmg"_s, u"Foo.dmg"_s,
+                u"src %1 -as mkisofs -hfsplus -R -V Vol -o %A ."_s.arg(image), kApp + u"|__MACOSX/|__MACOSX/._Foo.app");
+        }
+        for (const QString &op : {u"zip"_s, u"tgz"_s, u"tbz"_s, u"bz2"_s, u"dmg"_s}) {
+            row(op + u" unreadable", op, u"Foo."_s + op, u"src garbage"_s, {});
+        }
+        const QStringList formats = {u"zip --format zip -cf"_s, u"tgz -czf"_s, u"tbz -cjf"_s};
+        for (const QString &format : formats) {
+            for (const QString &escape : {u"../evil"_s, u"../../evil"_s, u"%O/evil"_s, u"l/evil"_s}) {
+                const QString op = format.section(u' ', 0, 0);
+                row(op + u' ' + escape, op, u"Foo."_s + op,
+                    u"esc bsdtar -P %1 %A -s ,^x$,%2, l x"_s.arg(format.section(u' ', 1), escape), {});
+            }
+        }
+    }
+
+    void unpack()
+    {
+        auto [op, name, recipe, listing, beside] =
+            fetch<QString, QString, QString, QString, QString>("op", "name", "recipe", "listing", "beside");
+        const bool unpacks = !listing.isEmpty() || !beside.isEmpty();
+        QTemporaryDir sandbox;
+        const QString downloads = BundleTree(sandbox.filePath(u"dl"_s)).root();
+        const QString outside = BundleTree(sandbox.filePath(u"outside"_s)).root();
+        const QString archive = downloads + u'/' + name;
+        InstallFixtures::makeAppTree(sandbox.filePath(u"src"_s));
+        BundleTree escaping(sandbox.filePath(u"esc"_s));
+        escaping.addSymlink(u"l"_s, outside);
+        escaping.addFile(u"x"_s, "escaped");
+
+        QStringList args = recipe.split(u' ');
+        const QString folder = sandbox.filePath(args.takeFirst());
+        const QString tool = args.takeFirst();
+        if (tool == u"udif") {
+            QVERIFY(InstallFixtures::run(u"xorriso"_s, args.replaceInStrings(u"%A"_s, archive + u".iso"), folder));
+            QVERIFY(InstallFixtures::makeUdif(archive + u".iso", archive));
+        } else if (tool == u"garbage") {
+            QVERIFY(PlistFiles::writeFile(archive, "not an archive"));
+        } else {
+            const bool toArchive = args.last() == u">";
+            if (toArchive) {
+                args.removeLast();
+            }
+            args.replaceInStrings(u"%A"_s, archive).replaceInStrings(u"%O"_s, outside);
+            QVERIFY(InstallFixtures::run(tool, args, folder, toArchive ? archive : QString()));
+        }
+
+        VLInstaller installer;
+        const QString work = op == u"zip"   ? installer.extractZIP(archive)
+                             : op == u"tgz" ? installer.extractTGZ(archive)
+                             : op == u"tbz" ? installer.extractTBZ(archive)
+                             : op == u"bz2" ? installer.extractBZ2(archive)
+                                            : installer.mountDMG(archive);
+        QCOMPARE(!work.isEmpty(), unpacks);
+        if (unpacks) {
+            QCOMPARE(InstallFixtures::describe(work).join(u'|'), listing);
+            QVERIFY(beside.isEmpty() || QFile::exists(downloads + u'/' + beside));
+            installer.cleanUp(archive);
+            QVERIFY(!QFile::exists(downloads));
+        }
+        for (const QString &escaped :
+             QStringList{outside + u"/evil", downloads + u"/evil", sandbox.filePath(u"evil"_s)}) {
+            QVERIFY2(!QFile::exists(escaped), qPrintable(escaped));
+        }
+    }
+};
+
+VELMORA_TEST_MAIN(TestUnpacking)
+#include "TestUnpacking.moc"
