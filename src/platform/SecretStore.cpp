@@ -88,8 +88,14 @@ SecretStore::Outcome search(const SecretStore::Attributes &attributes, SecretSea
     if (!service) {
         return failure(error);
     }
-    const HashTable table = toHashTable(attributes);
-    found.items = secret_service_search_sync(service, genericSchema(), table.get(), flags, nullptr, &error);
+    // A search needs one attribute at least: with none, every item of ours is meant, and each carries its schema's
+    // name.
+    SecretStore::Attributes wanted = attributes;
+    if (wanted.isEmpty()) {
+        wanted.insert(QStringLiteral("xdg:schema"), QString::fromLatin1(genericSchema()->name));
+    }
+    const HashTable table = toHashTable(wanted);
+    found.items = secret_service_search_sync(service, nullptr, table.get(), flags, nullptr, &error);
     g_object_unref(service);
     if (error) {
         return failure(error);

@@ -67,9 +67,9 @@ void VLMainWindowController::checkMemberAndTryLogin()
             account.loadAccountFromCookie();
         }
         account.login();
-        if (!account.isLoggedIn) {
-            account.reset();
-        } else {
+        // A refused log-in has forgotten the member already; one the service did not answer keeps the stored
+        // password for the next start rather than throwing it away.
+        if (account.isLoggedIn) {
             vlLog(QStringLiteral("member logged in %1").arg(account.memberID));
             vlLog(QStringLiteral("member name %1").arg(account.fullname));
         }

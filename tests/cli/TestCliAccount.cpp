@@ -87,7 +87,7 @@ private slots:
         QVERIFY(ok(run(words("report 5001 --text Wrong-icon"))));
         const QByteArray shortLink =
             run(words("shorten") << m_service.baseUrl() + QStringLiteral("/desktop/discover")).out.trimmed();
-        QVERIFY(shortLink.startsWith(m_service.baseUrl().toLatin1() + "/s/"));
+        QVERIFY(shortLink.startsWith(QByteArray(m_service.baseUrl().toLatin1() + "/s/")));
         QVERIFY(ok(run(words("account logout"))));
         QVERIFY(!run(words("--json list")).out.contains("\"listname\": \"All\""));
 

@@ -26,8 +26,9 @@ private slots:
     void saveAndFetch_data()
     {
         columns<QStringList, QString, int>("passwords", "fetched", "code");
-        QTest::newRow("second save replaces the first") << QStringList{"one", "two"} << "two" << 0;
-        QTest::newRow("empty password is kept") << QStringList{""} << QString() << 0;
+        QTest::newRow("second save replaces the first")
+            << QStringList{QStringLiteral("one"), QStringLiteral("two")} << "two" << 0;
+        QTest::newRow("empty password is kept") << QStringList{QStringLiteral("")} << QString() << 0;
         QTest::newRow("no password: argument error")
             << QStringList{} << QString() << int(SSKeychainQuery::kBadArguments);
     }
@@ -55,8 +56,9 @@ private slots:
         }
         const QList<QVariantMap> accounts = VLKeychain::accountsForLabel(service);
         QCOMPARE(accounts.size(), 1);
-        QCOMPARE(accounts.first().value("labl").toString(), service);
-        QCOMPARE(accounts.first().value("acct").toString(), QStringLiteral("a@b.com"));
+        QCOMPARE(VLKeychain::allAccounts().size(), 1);
+        QCOMPARE(accounts.first().value(QStringLiteral("labl")).toString(), service);
+        QCOMPARE(accounts.first().value(QStringLiteral("acct")).toString(), QStringLiteral("a@b.com"));
         const QString password = VLKeychain::passwordForLabel(service, QStringLiteral("a@b.com"));
         QCOMPARE(password, fetched);
         QCOMPARE(password.isNull(), fetched.isNull());
@@ -64,7 +66,7 @@ private slots:
         QVERIFY(VLKeychain::accountsForLabel(service).isEmpty());
     }
 
-    void missingItemAndNoService()
+    void missingItemAndNoServiceName()
     {
         SSKeychainError error;
         QVERIFY(VLKeychain::passwordForService(service, QStringLiteral("nobody"), &error).isNull());

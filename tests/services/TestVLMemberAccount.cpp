@@ -202,7 +202,8 @@ private slots:
         QCOMPARE(account.memberID, 7);
         QCOMPARE(account.firstname, firstname);
         QCOMPARE(account.email, email);
-        QVERIFY(host.requests().first().target.contains("/u/" + md5HexHash(QStringLiteral("a@b.com")).toLatin1()));
+        QVERIFY(host.requests().first().target.contains(
+            QByteArray("/u/" + md5HexHash(QStringLiteral("a@b.com")).toLatin1())));
     }
 
     void campaignCookie_data()
@@ -221,7 +222,8 @@ private slots:
         setHosts(host.url().toString(QUrl::StripTrailingSlash));
         setCookie("__utmz", "campaign|x", subdomain + VLMemberAccount::serviceCookieDomain());
         QVERIFY(signedUp(QStringLiteral("u@example.com"), QStringLiteral("pw")).isLoggedIn);
-        QCOMPARE(host.requests().first().target.endsWith("/utmz/" + QByteArray("campaign|x").toBase64()), sent);
+        QCOMPARE(host.requests().first().target.endsWith(QByteArray("/utmz/" + QByteArray("campaign|x").toBase64())),
+                 sent);
     }
 
     void isValidEmail_data()

@@ -104,9 +104,9 @@ private slots:
         QCOMPARE(store.apps()->size(), 3);
 
         VLMemberLists::removePurchasesAndWatchListApps(store);
-        VLScanData reread(store.filePath());
-        QCOMPARE(reread.apps()->size(), 3);
-        for (const AppRef &app : *reread.apps()) {
+        const AppList reread = VLScanData(store.filePath()).apps().value_or(AppList());
+        QCOMPARE(reread.size(), 3);
+        for (const AppRef &app : reread) {
             QVERIFY2(app->listname.isEmpty() && app->orderid.isEmpty() && app->wlID.isEmpty(), qPrintable(app->vlID));
         }
     }
