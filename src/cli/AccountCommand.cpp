@@ -4,6 +4,7 @@
 #include "cli/MemberSession.h"
 #include "platform/TerminalInput.h"
 #include "scan/VLScanData.h"
+#include "services/VLKeychain.h"
 #include "services/VLMemberAccount.h"
 #include "services/VLMemberLists.h"
 #include "services/VLMemberProfileSaver.h"
@@ -45,6 +46,15 @@ Options parseOptions(const QStringList &words, const QStringList &valued)
         }
     }
     return options;
+}
+
+// Signed in: said so, with a word when the keychain could not keep the password for the next run.
+int signedIn(CommandContext &ctx)
+{
+    if (VLKeychain::accountsForLabel(QString::fromLatin1(VLMemberAccount::kKeychainName)).isEmpty()) {
+        ctx.err << "notice: " << Cli::tr("no keychain is available; the sign-in holds for this run only") << '\n';
+    }
+    return ExitSuccess;
 }
 
 std::optional<QString> password(bool fromStdin)
@@ -148,7 +158,7 @@ int AccountCommand::login(const QStringList &words, CommandContext &ctx)
         return ExitFailure;
     }
     printMember(account, ctx);
-    return ExitSuccess;
+    return signedIn(ctx);
 }
 
 int AccountCommand::signup(const QStringList &words, CommandContext &ctx)
@@ -172,7 +182,7 @@ int AccountCommand::signup(const QStringList &words, CommandContext &ctx)
         return ExitFailure;
     }
     printMember(account, ctx);
-    return ExitSuccess;
+    return signedIn(ctx);
 }
 
 void AccountCommand::printMember(const VLMemberAccount &account, CommandContext &ctx) const

@@ -42,10 +42,12 @@ class TestCliAccount : public QObject
     ServiceProcess m_service;
     QByteArray m_seen; // every output, log line and listing of the run
 
-    CliResult run(const QStringList &arguments, const QByteArray &input = {})
+    CliResult run(const QStringList &arguments, const QByteArray &input = {},
+                  const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment())
     {
-        const CliResult result = runCli(QStringList{QStringLiteral("--verbose")} + arguments, input + '\n',
-                                        [this] { m_seen += processListing(); });
+        const CliResult result = runCli(
+            QStringList{QStringLiteral("--verbose")} + arguments, input + '\n', [this] { m_seen += processListing(); },
+            environment);
         m_seen += result.out + result.err;
         return result;
     }
@@ -90,6 +92,13 @@ private slots:
         QVERIFY(shortLink.startsWith(QByteArray(m_service.baseUrl().toLatin1() + "/s/")));
         QVERIFY(ok(run(words("account logout"))));
         QVERIFY(!run(words("--json list")).out.contains("\"listname\": \"All\""));
+
+        // Without a Secret Service the sign-in holds for its run only, and the password goes nowhere else.
+        QProcessEnvironment noBus = QProcessEnvironment::systemEnvironment();
+        noBus.insert(QStringLiteral("DBUS_SESSION_BUS_ADDRESS"), QStringLiteral("unix:path=/nonexistent"));
+        const CliResult alone = run(words("account login --password-stdin --email") << email, password, noBus);
+        QVERIFY(alone.exitCode == 0 && alone.err.contains("no keychain is available"));
+        QVERIFY(run(words("account status"), {}, noBus).out.contains("Not signed in"));
 
         const QList<QByteArray> secrets = {password, md5HexHash(QString::fromLatin1(password)).toLatin1(),
                                            password.toBase64(), QUrl::toPercentEncoding(QString::fromLatin1(password))};

@@ -10,6 +10,7 @@
 #include "support/KeyringSession.h"
 #include "support/ServiceProcess.h"
 
+#include <QDir>
 #include <QSignalSpy>
 #include <QTcpServer>
 
@@ -60,6 +61,22 @@ private slots:
         QVERIFY(member_.first().first().toBool());
         QCOMPARE(driver.memberAccount().fullname, QStringLiteral("D R"));
 
+        // A scan that meets an unreadable property list uploads it, with the member's id.
+        const QString bundle = QDir::tempPath() + QStringLiteral("/volume/Applications/Broken.app/Contents");
+        QVERIFY(QDir().mkpath(bundle));
+        QFile plist(bundle + QStringLiteral("/Info.plist"));
+        QVERIFY(plist.open(QIODevice::WriteOnly) && plist.write("<plist><dict><key>CFBundleName") > 0);
+        plist.close();
+        settings.setValue(QString::fromLatin1(SettingKey::volumeRoot),
+                          QString(QDir::tempPath() + QStringLiteral("/volume")));
+        driver.checkForUpdates();
+        QTRY_COMPARE_WITH_TIMEOUT(checked.count(), 2, 60000);
+        QByteArray reports;
+        QTRY_VERIFY_WITH_TIMEOUT((m_service.runCommand({QStringLiteral("reports")}, &reports),
+                                  reports.contains("\"plist\":\"<plist><dict><key>CFBundleName\"")),
+                                 30000);
+        QVERIFY(reports.contains(QByteArray("\"member_id\":" + QByteArray::number(driver.memberAccount().memberID))));
+
         driver.loadPromos();
         driver.loadWatchLists();
         QTRY_COMPARE_WITH_TIMEOUT(lists.count(), 1, 60000);
@@ -68,7 +85,8 @@ private slots:
 
         driver.logout();
         QTRY_COMPARE_WITH_TIMEOUT(member_.count(), 2, 30000);
-        QVERIFY(added->listname.isEmpty());
+        const AppRef stripped = driver.scanData()->appWithVLID(QStringLiteral("5003"));
+        QVERIFY(stripped && stripped->listname.isEmpty());
         QVERIFY(VLKeychain::accountsForLabel(QStringLiteral("Velmora Desktop")).isEmpty());
     }
 };

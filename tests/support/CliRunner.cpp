@@ -29,9 +29,11 @@ CliResult runCli(const QStringList &arguments, const QProcessEnvironment &enviro
     return finish(process);
 }
 
-CliResult runCli(const QStringList &arguments, const QByteArray &input, const std::function<void()> &beforeInput)
+CliResult runCli(const QStringList &arguments, const QByteArray &input, const std::function<void()> &beforeInput,
+                 const QProcessEnvironment &environment)
 {
     QProcess process;
+    process.setProcessEnvironment(environment);
     process.start(QStringLiteral(VELMORA_BINARY_DIR "/src/velmora-cli"), arguments);
     process.waitForStarted();
     if (beforeInput) {
