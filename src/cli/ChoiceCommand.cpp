@@ -1,10 +1,10 @@
 #include "cli/ChoiceCommand.h"
 
+#include "cli/AppLookup.h"
+
 #include "model/UserChoices.h"
 #include "scan/VLScanData.h"
 #include "services/VLGoogleTracking.h"
-
-#include <QDir>
 
 QString ChoiceCommand::name() const
 {
@@ -81,7 +81,6 @@ int ChoiceCommand::execute(const QStringList &arguments, CommandContext &ctx)
         return ExitUsage;
     }
     const QString wanted = words.first();
-    const QString wantedPath = QDir::cleanPath(QDir::current().absoluteFilePath(wanted));
 
     VLScanData store;
     VLScanData::Change change(store);
@@ -89,13 +88,7 @@ int ChoiceCommand::execute(const QStringList &arguments, CommandContext &ctx)
         ctx.err << "error: " << Cli::tr("no check has been made yet; run velmora-cli check first") << '\n';
         return ExitFailure;
     }
-    AppList matches;
-    const AppList apps = store.apps().value_or(AppList());
-    for (const AppRef &app : apps) {
-        if (app->displayName == wanted || app->vlID == wanted || app->localPath == wantedPath) {
-            matches.append(app);
-        }
-    }
+    const AppList matches = appsNamed(store.apps().value_or(AppList()), wanted);
     if (matches.size() != 1) {
         ctx.err << "error: "
                 << (matches.isEmpty()

@@ -1,6 +1,7 @@
 // velmora-cli: Velmora Desktop without a display, for terminals, scripts and servers.
 
 #include "cli/Command.h"
+#include "platform/CookieFile.h"
 #include "platform/Log.h"
 #include "services/VLGoogleTracking.h"
 
@@ -114,8 +115,11 @@ int main(int argc, char **argv)
         }
     }
     installLogRouting(ctx.verbose);
+    // Cookies the service and the site set (the site's sign-in among them) hold across runs.
+    CookieFile::load();
     const int exitCode = command->execute(arguments, ctx);
     VLGoogleTracking::waitForPendingHits(5000);
+    CookieFile::save();
     out.flush();
     err.flush();
     return exitCode;

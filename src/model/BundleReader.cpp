@@ -18,6 +18,7 @@ const BundleReader::File &BundleReader::load(const QString &relativePath, bool s
     if (!result.problem.isEmpty()) {
         vlLog(QStringLiteral("exception 2 checking %1 %2").arg(m_path, result.problem));
         m_problems.append(result.problem);
+        m_problemFiles.append(path);
     }
     return m_files.emplace(relativePath, File{std::move(result.dictionary), result.exists}).first->second;
 }

@@ -30,6 +30,8 @@ public:
 
     // Files that exist but could not be read or parsed, with the reason.
     QStringList problems() const { return m_problems; }
+    // Those files' full paths, in the same order.
+    QStringList problemFiles() const { return m_problemFiles; }
 
 private:
     struct File
@@ -45,4 +47,5 @@ private:
     // A node-based map: references handed out stay valid while more files are loaded.
     std::map<QString, File> m_files;
     QStringList m_problems;
+    QStringList m_problemFiles;
 };

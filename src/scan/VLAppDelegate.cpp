@@ -15,6 +15,8 @@
 VLAppDelegate::VLAppDelegate(VLMainWindowController &driver, const QStringList &loginItemCommand, QObject *parent)
     : QObject(parent), m_driver(driver), m_loginItemCommand(loginItemCommand)
 {
+    connect(this, &VLAppDelegate::updateWatchListBackground, &m_driver, &VLMainWindowController::loadWatchLists);
+    connect(this, &VLAppDelegate::updatePromosBackground, &m_driver, &VLMainWindowController::loadPromos);
     connect(&VLSettingsNotifier::instance(), &VLSettingsNotifier::changed, this, [this](const QString &key) {
         if (key == QLatin1String(SettingKey::startupItem)) {
             addAppAsLoginItem();
@@ -37,6 +39,7 @@ void VLAppDelegate::applicationDidFinishLaunching(bool appLaunchedFromLoginItem)
     QTimer::singleShot(kPreviousAgentDelaySeconds * 1000, this, &VLAppDelegate::disableVLD5scanner);
     addAppAsLoginItem();
     m_driver.loadScanDataOrRunScan(appLaunchedFromLoginItem);
+    m_driver.checkMemberAndTryLogin();
     startTimer(m_fastCheck, kFastCheckSeconds, &VLAppDelegate::checkFast);
     startTimer(m_watchLists, kWatchListSeconds, &VLAppDelegate::updateWatchListBackground);
     startTimer(m_promos, kPromosSeconds, &VLAppDelegate::updatePromosBackground);

@@ -29,6 +29,9 @@ AppRef recordFor(const QString &path, const VLBlacklist &blacklist)
     if (blacklist.appIsOnBlackList(lastComponent(path), bundle)) {
         return nullptr;
     }
+    if (!bundle.problemFiles().isEmpty()) {
+        VLNotificationCenter::defaultCenter().post(QString::fromLatin1(kVLBadPlistFound), bundle.problemFiles());
+    }
     return std::make_shared<VLApp>(VLApp::initWithMdItem(VLMdItem::fromBundle(bundle), bundle));
 }
 

@@ -24,6 +24,8 @@ struct VLMdItem;
 
 inline constexpr char kVLAppScannerFinished[] = "VLAppScannerFinished";
 inline constexpr char kVLAppScannerFinishedBackground[] = "VLAppScannerFinishedBackground";
+// A bundle's property lists that could not be read; object: their paths.
+inline constexpr char kVLBadPlistFound[] = "VLBadPlistFound";
 
 class VLAppScanner : public QObject
 {

@@ -14,6 +14,7 @@
 #include "scan/VLScanData.h"
 #include "scan/VLSendAllatOnceHelper.h"
 #include "services/VLGoogleTracking.h"
+#include "services/VLMemberAccount.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -28,8 +29,10 @@ const QString kDoneFlag = QStringLiteral("VLUpdateDoneScannerFlag");
 
 } // namespace
 
-VLMainWindowController::VLMainWindowController(QObject *parent) : QObject(parent)
+VLMainWindowController::VLMainWindowController(QObject *parent)
+    : QObject(parent), m_memberAccount(std::make_unique<VLMemberAccount>())
 {
+    subscribeToMemberFlags();
     auto &center = VLNotificationCenter::defaultCenter();
     center.subscribe(QString::fromLatin1(kVLAppScannerFinished), this,
                      [this](const QVariant &apps) { matchScanData(apps.value<AppList>(), Mode::Foreground); });
@@ -45,6 +48,8 @@ VLMainWindowController::VLMainWindowController(QObject *parent) : QObject(parent
 
 VLMainWindowController::~VLMainWindowController()
 {
+    m_stopping = true;
+    m_memberThreads.waitForDone();
     if (m_worker.joinable()) {
         m_worker.join();
     }

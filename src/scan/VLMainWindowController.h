@@ -12,7 +12,9 @@
 #include "scan/AppList.h"
 
 #include <QObject>
+#include <QSet>
 #include <QString>
+#include <QThreadPool>
 
 #include <atomic>
 #include <functional>
@@ -20,6 +22,7 @@
 #include <thread>
 
 class VLAppScanner;
+class VLMemberAccount;
 class VLScanData;
 class VLSendAllatOnceHelper;
 
@@ -52,6 +55,19 @@ public:
     // The outdated list the panel, the window, the badge and Update All show; empty while a check runs.
     AppList outdatedApps() const;
 
+    // The member (VLMainWindowControllerMember.cpp). The account is changed on a member thread while a log-in
+    // runs; read it after memberChanged.
+    VLMemberAccount &memberAccount() { return *m_memberAccount; }
+    // At start: the stored log-in (keychain, else the "login" cookie) on a member thread, then memberChanged.
+    void checkMemberAndTryLogin();
+    void logout();
+    // Each runs on a member thread and ends with its signal.
+    void loadWatchLists();
+    // The purchases the store holds, sorted; loadPurchases asks the service first.
+    void loadPurchaseHistory();
+    void loadPurchases();
+    void loadPromos();
+
 signals:
     void progressChanged(double fraction);
     void statusChanged(const QString &status);
@@ -61,6 +77,11 @@ signals:
     void changeStatusIconBlue();
     // A check ended; matched is false when the exchange with the service failed or nothing was found.
     void checkFinished(bool matched);
+    // The member signed in or out.
+    void memberChanged(bool isLoggedIn);
+    void watchListsLoaded();
+    void purchasesLoaded(const AppList &purchasedApps);
+    void promosLoaded(const AppList &featuredPromoApps, const AppList &promoApps);
 
 private:
     enum class Mode { Foreground, Background };
@@ -85,6 +106,16 @@ private:
     // Ends an exchange, success or failure, and passes matched on.
     bool finishCheck(bool matched);
 
+    void subscribeToMemberFlags();
+    void runOnMemberThread(std::function<void()> work);
+    // Turns the calling thread's event loop in slices of 0.7 s until done() holds.
+    // Gives up when the driver is going away.
+    void waitUntil(const std::function<bool()> &done) const;
+    void loadWatchListsFromServer();
+    void loadPurchasesFromServer();
+    void loadPromosFromServer();
+    void sendBadPlists(const QStringList &paths);
+
     std::unique_ptr<VLScanData> m_scanData;
     std::unique_ptr<VLAppScanner> m_scanner;
     std::thread m_worker;
@@ -94,4 +125,16 @@ private:
     bool m_forceServerMatch = false;
     std::atomic<bool> m_checkForUpdatesManual{false};
     double m_shownProgress = 0.0;
+
+    std::unique_ptr<VLMemberAccount> m_memberAccount;
+    QThreadPool m_memberThreads;
+    std::atomic<bool> m_doneLoadWatchLists{true};
+    std::atomic<bool> m_doneLoadPurchases{true};
+    std::atomic<bool> m_doneLoadPromos{true};
+    std::atomic<bool> m_loadingWatchListsInProgress{false};
+    std::atomic<bool> m_alreadyLoadedWatchLists{false};
+    std::atomic<bool> m_loadingPurchasesInProgress{false};
+    std::atomic<bool> m_alreadyLoadedPurchases{false};
+    QSet<QString> m_reportedPlists;
+    std::atomic<bool> m_stopping{false};
 };

@@ -2,11 +2,10 @@
 
 #include <QProcess>
 
-CliResult runCli(const QStringList &arguments, const QProcessEnvironment &environment)
+namespace {
+
+CliResult finish(QProcess &process)
 {
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(QStringLiteral(VELMORA_BINARY_DIR "/src/velmora-cli"), arguments);
     CliResult result;
     if (!process.waitForFinished(120000) || process.exitStatus() != QProcess::NormalExit) {
         process.kill();
@@ -18,4 +17,29 @@ CliResult runCli(const QStringList &arguments, const QProcessEnvironment &enviro
     result.out = process.readAllStandardOutput();
     result.err = process.readAllStandardError();
     return result;
+}
+
+} // namespace
+
+CliResult runCli(const QStringList &arguments, const QProcessEnvironment &environment)
+{
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(VELMORA_BINARY_DIR "/src/velmora-cli"), arguments);
+    return finish(process);
+}
+
+CliResult runCli(const QStringList &arguments, const QByteArray &input, const std::function<void()> &beforeInput,
+                 const QProcessEnvironment &environment)
+{
+    QProcess process;
+    process.setProcessEnvironment(environment);
+    process.start(QStringLiteral(VELMORA_BINARY_DIR "/src/velmora-cli"), arguments);
+    process.waitForStarted();
+    if (beforeInput) {
+        beforeInput();
+    }
+    process.write(input);
+    process.closeWriteChannel();
+    return finish(process);
 }

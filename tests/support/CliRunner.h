@@ -6,6 +6,8 @@
 #include <QProcessEnvironment>
 #include <QStringList>
 
+#include <functional>
+
 struct CliResult
 {
     int exitCode = -1;
@@ -14,4 +16,7 @@ struct CliResult
 };
 
 CliResult runCli(const QStringList &arguments,
+                 const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());
+// The same with input on stdin. beforeInput runs while velmora-cli waits for it (to look at the running process).
+CliResult runCli(const QStringList &arguments, const QByteArray &input, const std::function<void()> &beforeInput = {},
                  const QProcessEnvironment &environment = QProcessEnvironment::systemEnvironment());

@@ -1,0 +1,39 @@
+#include "cli/MemberSession.h"
+
+#include "scan/VLAppDelegate.h"
+#include "services/VLMemberAccount.h"
+
+namespace MemberSession {
+
+void prepare()
+{
+    VLAppDelegate::writeStartupSettings();
+}
+
+bool restore(VLMemberAccount &account)
+{
+    prepare();
+    account.loadAccountFromKeychain();
+    if (account.password.isEmpty()) {
+        account.loadAccountFromCookie();
+    }
+    if (account.email.isEmpty() || account.password.isEmpty()) {
+        return false;
+    }
+    account.login();
+    return account.isLoggedIn;
+}
+
+bool require(VLMemberAccount &account, CommandContext &ctx)
+{
+    if (restore(account)) {
+        return true;
+    }
+    ctx.err << "error: "
+            << (account.errorfield.isEmpty() ? Cli::tr("not signed in; run velmora-cli account login first")
+                                             : account.errorfield)
+            << '\n';
+    return false;
+}
+
+} // namespace MemberSession

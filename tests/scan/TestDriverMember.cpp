@@ -1,0 +1,95 @@
+// The driver's member side against the real service and Secret Service: the start-up log-in from the keychain, a
+// watch-list load that waits for the deals (which fail here, and must still let it go on), and log-out.
+
+#include "platform/VLSettings.h"
+#include "scan/VLMainWindowController.h"
+#include "scan/VLScanData.h"
+#include "services/VLAppOnServer.h"
+#include "services/VLKeychain.h"
+#include "services/VLMemberAccount.h"
+#include "support/KeyringSession.h"
+#include "support/ServiceProcess.h"
+
+#include <QDir>
+#include <QSignalSpy>
+#include <QTcpServer>
+
+class TestDriverMember : public QObject
+{
+    Q_OBJECT
+
+    ServiceProcess m_service;
+
+private slots:
+    void loginWatchListLogout()
+    {
+        QVERIFY(m_service.start());
+        VLSettings settings;
+        for (const char *key : {SettingKey::serviceHost, SettingKey::siteHost, SettingKey::analyticsHost}) {
+            settings.setValue(QString::fromLatin1(key), m_service.baseUrl());
+        }
+        QTcpServer closed;
+        closed.listen(QHostAddress::LocalHost);
+        settings.setValue(QString::fromLatin1(SettingKey::dealsHost),
+                          QStringLiteral("http://127.0.0.1:%1").arg(closed.serverPort()));
+        closed.close();
+
+        VLMemberAccount member;
+        member.signupEmail = QStringLiteral("driver@example.com");
+        member.signupPassword = QStringLiteral("pw");
+        member.signupFirstName = QStringLiteral("D");
+        member.signupLastName = QStringLiteral("R");
+        member.createAccount();
+        QVERIFY(member.isLoggedIn);
+        VLApp watched;
+        watched.vlID = QStringLiteral("5003");
+        QVERIFY(VLAppOnServer::saveToWatchListOnServer(watched));
+        VLScanData stored(VLScanData::pathForDataFile());
+        auto installed = std::make_shared<VLApp>(*VLApp::initWithLink(QStringLiteral("velmora://app/5001/Notes/1.0")));
+        installed->localPath = QStringLiteral("/Applications/Notes.app");
+        stored.setApps(AppList{installed});
+        QVERIFY(stored.saveDataToDisk());
+
+        VLMainWindowController driver;
+        QSignalSpy checked(&driver, &VLMainWindowController::checkFinished);
+        QSignalSpy member_(&driver, &VLMainWindowController::memberChanged);
+        QSignalSpy lists(&driver, &VLMainWindowController::watchListsLoaded);
+        driver.loadScanDataOrRunScan(true);
+        QTRY_COMPARE_WITH_TIMEOUT(checked.count(), 1, 30000);
+        driver.checkMemberAndTryLogin();
+        QTRY_COMPARE_WITH_TIMEOUT(member_.count(), 1, 30000);
+        QVERIFY(member_.first().first().toBool());
+        QCOMPARE(driver.memberAccount().fullname, QStringLiteral("D R"));
+
+        // A scan that meets an unreadable property list uploads it, with the member's id.
+        const QString bundle = QDir::tempPath() + QStringLiteral("/volume/Applications/Broken.app/Contents");
+        QVERIFY(QDir().mkpath(bundle));
+        QFile plist(bundle + QStringLiteral("/Info.plist"));
+        QVERIFY(plist.open(QIODevice::WriteOnly) && plist.write("<plist><dict><key>CFBundleName") > 0);
+        plist.close();
+        settings.setValue(QString::fromLatin1(SettingKey::volumeRoot),
+                          QString(QDir::tempPath() + QStringLiteral("/volume")));
+        driver.checkForUpdates();
+        QTRY_COMPARE_WITH_TIMEOUT(checked.count(), 2, 60000);
+        QByteArray reports;
+        QTRY_VERIFY_WITH_TIMEOUT((m_service.runCommand({QStringLiteral("reports")}, &reports),
+                                  reports.contains("\"plist\":\"<plist><dict><key>CFBundleName\"")),
+                                 30000);
+        QVERIFY(reports.contains(QByteArray("\"member_id\":" + QByteArray::number(driver.memberAccount().memberID))));
+
+        driver.loadPromos();
+        driver.loadWatchLists();
+        QTRY_COMPARE_WITH_TIMEOUT(lists.count(), 1, 60000);
+        const AppRef added = driver.scanData()->appWithVLID(QStringLiteral("5003"));
+        QVERIFY(added && !added->isInstalled() && !added->listname.isEmpty());
+
+        driver.logout();
+        QTRY_COMPARE_WITH_TIMEOUT(member_.count(), 2, 30000);
+        const AppRef stripped = driver.scanData()->appWithVLID(QStringLiteral("5003"));
+        QVERIFY(stripped && stripped->listname.isEmpty());
+        QVERIFY(VLKeychain::accountsForLabel(QStringLiteral("Velmora Desktop")).isEmpty());
+    }
+};
+
+VELMORA_KEYRING_TEST_MAIN(TestDriverMember)
+#include "TestDriverMember.moc"

@@ -1,0 +1,245 @@
+// The member account against the real velmora-service and a real Secret Service; a scripted host stands in for
+// replies the service never gives (a null name, credentials that are not base64).
+
+#include "model/StringUtils.h"
+#include "platform/HttpCookieJar.h"
+#include "platform/VLSettings.h"
+#include "platform/WebRequest.h"
+#include "services/VLKeychain.h"
+#include "services/VLMemberAccount.h"
+#include "support/DataTable.h"
+#include "support/KeyringSession.h"
+#include "support/ScriptedHost.h"
+#include "support/ServiceProcess.h"
+
+#include <QNetworkCookie>
+#include <QTcpSocket>
+
+namespace {
+
+const QString keychainName = QStringLiteral("Velmora Desktop");
+
+void setHosts(const QString &base)
+{
+    VLSettings settings;
+    for (const char *key : {SettingKey::serviceHost, SettingKey::siteHost, SettingKey::analyticsHost}) {
+        settings.setValue(QString::fromLatin1(key), base);
+    }
+}
+
+void setCookie(const QByteArray &name, const QByteArray &value, const QString &domain)
+{
+    QNetworkCookie cookie(name, value);
+    cookie.setDomain(domain);
+    cookie.setPath(QStringLiteral("/"));
+    HttpCookieJar::shared().insertCookie(cookie);
+}
+
+QString storedPassword(const QString &email)
+{
+    return VLKeychain::passwordForLabel(keychainName, email);
+}
+
+} // namespace
+
+class TestVLMemberAccount : public QObject
+{
+    Q_OBJECT
+
+    ServiceProcess m_service;
+
+    VLMemberAccount signedUp(const QString &email, const QString &password)
+    {
+        VLMemberAccount account;
+        account.signupEmail = email;
+        account.signupPassword = password;
+        account.signupFirstName = QStringLiteral("Ann");
+        account.signupLastName = QStringLiteral("Lee");
+        account.createAccount();
+        return account;
+    }
+
+private slots:
+    void initTestCase() { QVERIFY(m_service.start()); }
+
+    void init()
+    {
+        setHosts(m_service.baseUrl());
+        HttpCookieJar::shared().setCookies({});
+        VLMemberAccount().reset();
+    }
+
+    void signup_data()
+    {
+        columns<QString, QString, QString>("email", "password", "status");
+        QTest::newRow("new member") << "ann@example.com"
+                                    << "s3cret+/pw"
+                                    << "";
+        QTest::newRow("address taken") << "ann@example.com"
+                                       << "other"
+                                       << "taken";
+        QTest::newRow("five-letter domain") << "ann@example.velmo"
+                                            << "pw"
+                                            << "Invalid Email address";
+        QTest::newRow("no password") << "ann@example.com"
+                                     << ""
+                                     << "Please enter required account info";
+    }
+    void signup()
+    {
+        auto [email, password, status] = fetch<QString, QString, QString>("email", "password", "status");
+        const VLMemberAccount account = signedUp(email, password);
+        QCOMPARE(account.isLoggedIn, status.isEmpty());
+        if (status.isEmpty()) {
+            QCOMPARE(account.createErrorfield, QStringLiteral("Processing..."));
+            QCOMPARE(storedPassword(email), password);
+            QCOMPARE(VLMemberAccount::lastLoginMemberID(), account.memberID);
+            QCOMPARE(VLMemberAccount::lastLoginName(), QStringLiteral("Ann"));
+        } else if (status == u"taken") {
+            QVERIFY(!account.createErrorfield.isEmpty() && !account.createErrorfield.contains(u"Error"));
+        } else {
+            QCOMPARE(account.createErrorfield, status);
+        }
+    }
+
+    void login_data()
+    {
+        columns<QString, QString, QString>("email", "password", "errorfield");
+        QTest::newRow("right password") << "ann@example.com"
+                                        << "s3cret+/pw"
+                                        << "";
+        QTest::newRow("wrong password") << "ann@example.com"
+                                        << "wrong"
+                                        << "Incorrect email or password";
+        QTest::newRow("no password") << "ann@example.com"
+                                     << ""
+                                     << "Please enter email and password";
+    }
+    void login()
+    {
+        auto [email, password, errorfield] = fetch<QString, QString, QString>("email", "password", "errorfield");
+        // A stored member whose log-in fails is forgotten, keychain item and all.
+        VLKeychain::setPasswordForServiceAccountDesc(QStringLiteral("old"), keychainName, email,
+                                                     QString::fromLatin1(VLKeychain::kInternetPassword));
+        VLSettings().setValue(QString::fromLatin1(SettingKey::lastlogin), 99);
+        VLMemberAccount account;
+        account.email = email;
+        account.password = password;
+        account.login();
+        QCOMPARE(account.errorfield, errorfield);
+        QCOMPARE(account.isLoggedIn, errorfield.isEmpty());
+        if (errorfield.isEmpty()) {
+            QCOMPARE(account.fullname, QStringLiteral("Ann Lee"));
+            QCOMPARE(storedPassword(email), password);
+        } else if (!password.isEmpty()) {
+            QVERIFY(VLKeychain::accountsForLabel(keychainName).isEmpty());
+            QCOMPARE(VLMemberAccount::lastLoginMemberID(), -1);
+        }
+    }
+
+    void cookieLogin_data()
+    {
+        columns<int, QByteArray, QString, QString>("storedId", "cookie", "email", "password");
+        QTest::newRow("pair split at the encoded colon") << 0 << QByteArray("12345%3Aabc") << "12345"
+                                                         << "abc";
+        QTest::newRow("stored member id skips the cookie") << 7 << QByteArray("12345%3Aabc") << ""
+                                                           << "";
+    }
+    void cookieLogin()
+    {
+        auto [storedId, cookie, email, password] =
+            fetch<int, QByteArray, QString, QString>("storedId", "cookie", "email", "password");
+        VLSettings().setValue(QString::fromLatin1(SettingKey::lastlogin), storedId);
+        setCookie("login", cookie, VLMemberAccount::serviceCookieDomain());
+        VLMemberAccount account;
+        account.loadAccountFromCookie();
+        QCOMPARE(account.email, email);
+        QCOMPARE(account.password, password);
+        QCOMPARE(account.memberID, storedId ? storedId : email.toInt());
+    }
+
+    void siteCookieLogsIn()
+    {
+        // The site's sign-in sets the cookie; the cookie log-in learns the real credentials from the reply.
+        signedUp(QStringLiteral("cookie@example.com"), QStringLiteral("pw-cookie"));
+        VLMemberAccount().reset();
+        const WebResult signIn =
+            sendWebRequest(WebRequest::postForm(QUrl(m_service.baseUrl() + QStringLiteral("/member/login")),
+                                                "email=cookie%40example.com&password=pw-cookie"));
+        QCOMPARE(signIn.status, 200);
+        VLMemberAccount account;
+        account.loadAccountFromCookie();
+        QVERIFY(!account.email.contains(u'@'));
+        account.login();
+        QVERIFY(account.isLoggedIn);
+        QCOMPARE(account.email, QStringLiteral("cookie@example.com"));
+        QCOMPARE(account.password, QStringLiteral("pw-cookie"));
+        QVERIFY(m_service.waitForLog("/vld6member/jlogincheckcookie/"));
+    }
+
+    void scriptedReplies_data()
+    {
+        columns<QByteArray, QString, QString>("reply", "firstname", "email");
+        QTest::newRow("null first name")
+            << QByteArray(R"({"id":7,"first":null,"last":"Lee","email":"YkBjLmNvbQ==","password":"cHc="})") << ""
+            << "b@c.com";
+        QTest::newRow("credentials not base64")
+            << QByteArray(R"({"id":7,"first":"Ann","last":"Lee","email":"!!","password":"??"})") << "Ann"
+            << "a@b.com";
+    }
+    void scriptedReplies()
+    {
+        auto [reply, firstname, email] = fetch<QByteArray, QString, QString>("reply", "firstname", "email");
+        ScriptedHost host([reply](QTcpSocket *socket, const HostRequest &) {
+            ScriptedHost::answer(socket, 200, "Content-Type: application/json\r\n", reply);
+        });
+        setHosts(host.url().toString(QUrl::StripTrailingSlash));
+        VLMemberAccount account;
+        account.email = QStringLiteral("a@b.com");
+        account.password = QStringLiteral("pw");
+        account.login();
+        QVERIFY(account.isLoggedIn);
+        QCOMPARE(account.memberID, 7);
+        QCOMPARE(account.firstname, firstname);
+        QCOMPARE(account.email, email);
+        QVERIFY(host.requests().first().target.contains(
+            QByteArray("/u/" + md5HexHash(QStringLiteral("a@b.com")).toLatin1())));
+    }
+
+    void campaignCookie_data()
+    {
+        columns<QString, bool>("subdomain", "sent");
+        QTest::newRow("service domain") << "" << true;
+        QTest::newRow("deals sub-domain left out") << "deals." << false;
+    }
+    void campaignCookie()
+    {
+        auto [subdomain, sent] = fetch<QString, bool>("subdomain", "sent");
+        ScriptedHost host([](QTcpSocket *socket, const HostRequest &) {
+            ScriptedHost::answer(socket, 200, "Content-Type: application/json\r\n",
+                                 R"({"id":5,"first":"A","last":"B"})");
+        });
+        setHosts(host.url().toString(QUrl::StripTrailingSlash));
+        setCookie("__utmz", "campaign|x", subdomain + VLMemberAccount::serviceCookieDomain());
+        QVERIFY(signedUp(QStringLiteral("u@example.com"), QStringLiteral("pw")).isLoggedIn);
+        QCOMPARE(host.requests().first().target.endsWith(QByteArray("/utmz/" + QByteArray("campaign|x").toBase64())),
+                 sent);
+    }
+
+    void isValidEmail_data()
+    {
+        columns<QString, bool>("email", "valid");
+        QTest::newRow("four letters") << "a.b+c@mail.example.info" << true;
+        QTest::newRow("five letters") << "a@example.email" << false;
+        QTest::newRow("no domain dot") << "a@example" << false;
+        QTest::newRow("space") << "a b@example.com" << false;
+    }
+    void isValidEmail()
+    {
+        auto [email, valid] = fetch<QString, bool>("email", "valid");
+        QCOMPARE(VLMemberAccount::isValidEmail(email), valid);
+    }
+};
+
+VELMORA_KEYRING_TEST_MAIN(TestVLMemberAccount)
+#include "TestVLMemberAccount.moc"

@@ -1,0 +1,178 @@
+// The member's lists merged into the store, reports, deals, the cart and short links, against the real
+// velmora-service.
+
+#include "model/PropertyList.h"
+#include "model/StringUtils.h"
+#include "platform/VLSettings.h"
+#include "platform/WebRequest.h"
+#include "scan/VLScanData.h"
+#include "services/RFShortURL.h"
+#include "services/VLAppOnServer.h"
+#include "services/VLBadPlistSender.h"
+#include "services/VLCartSender.h"
+#include "services/VLMemberLists.h"
+#include "services/VLPromos.h"
+#include "services/VLPurchases.h"
+#include "services/VLReportProblemSender.h"
+#include "services/VLWatchLists.h"
+#include "support/DataTable.h"
+#include "support/ServiceProcess.h"
+#include "support/TestMain.h"
+
+#include <QJsonDocument>
+#include <QJsonObject>
+
+namespace {
+
+AppRef installedApp(const QString &vlID, const QString &path)
+{
+    auto app = std::make_shared<VLApp>(*VLApp::initWithLink(QStringLiteral("velmora://app/%1/App/1.0").arg(vlID)));
+    app->localPath = path;
+    return app;
+}
+
+// The reports the service stored, newest last.
+QList<QJsonObject> storedReports(ServiceProcess &service)
+{
+    QByteArray output;
+    service.runCommand({QStringLiteral("reports")}, &output);
+    QList<QJsonObject> reports;
+    for (const QByteArray &line : output.split('\n')) {
+        if (!line.isEmpty()) {
+            reports.append(QJsonDocument::fromJson(line).object());
+        }
+    }
+    return reports;
+}
+
+} // namespace
+
+class TestVLMemberLists : public QObject
+{
+    Q_OBJECT
+
+    ServiceProcess m_service;
+    int m_member = 0;
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_service.start());
+        VLSettings settings;
+        for (const char *key :
+             {SettingKey::serviceHost, SettingKey::dealsHost, SettingKey::shortenerHost, SettingKey::analyticsHost}) {
+            settings.setValue(QString::fromLatin1(key), m_service.baseUrl());
+        }
+        const WebResult signup = sendWebRequest(WebRequest::get(
+            QUrl(m_service.baseUrl() + QStringLiteral("/vld6member/signup/e/l%40example.com/p/pw/f/L/l/M"))));
+        m_member = QJsonDocument::fromJson(signup.body).object().value(QStringLiteral("id")).toInt();
+        QVERIFY(m_member > 0);
+        settings.setValue(QString::fromLatin1(SettingKey::lastlogin), m_member);
+    }
+
+    void mergeAndStrip()
+    {
+        // 5001 installed and watched, 5003 watched but not installed, deal 801 (app 5002) bought.
+        VLScanData store(QDir::tempPath() + QStringLiteral("/store.vld6"));
+        store.setApps(AppList{installedApp(QStringLiteral("5001"), QStringLiteral("/Applications/Notes.app"))});
+        for (const char *id : {"5001", "5003"}) {
+            QVERIFY(VLAppOnServer::saveToWatchListOnServer(*installedApp(QString::fromLatin1(id), QString())));
+        }
+        VLCartSender cart;
+        cart.post(QStringLiteral("a={\"member_id\":%1,\"promo_id\":801}").arg(m_member));
+        cart.waitUntilDone();
+        QCOMPARE(cart.serverResonse, 200);
+
+        VLWatchLists lists;
+        lists.getWatchlists(QStringLiteral("id=%1").arg(m_member));
+        lists.waitUntilDone();
+        QCOMPARE(lists.serverApps.size(), 2);
+        VLMemberLists::mergeWatchListItems(store, lists.serverApps);
+        VLPurchases purchases;
+        purchases.getPurchases(QStringLiteral("id=%1").arg(m_member));
+        purchases.waitUntilDone();
+        const AppList sorted = VLMemberLists::mergePurchaseItems(store, purchases.serverApps);
+        QCOMPARE(sorted.first()->vlID, QStringLiteral("5002"));
+        QVERIFY(!sorted.first()->orderid.isEmpty());
+
+        const AppRef installed = store.appWithVLID(QStringLiteral("5001"));
+        QVERIFY(installed->isInstalled() && !installed->listname.isEmpty());
+        QVERIFY(!store.appWithVLID(QStringLiteral("5003"))->isInstalled());
+        QCOMPARE(store.apps()->size(), 3);
+        // A second merge changes nothing: every app is on its list already.
+        VLMemberLists::mergeWatchListItems(store, lists.serverApps);
+        QCOMPARE(store.apps()->size(), 3);
+
+        VLMemberLists::removePurchasesAndWatchListApps(store);
+        const AppList reread = VLScanData(store.filePath()).apps().value_or(AppList());
+        QCOMPARE(reread.size(), 3);
+        for (const AppRef &app : reread) {
+            QVERIFY2(app->listname.isEmpty() && app->orderid.isEmpty() && app->wlID.isEmpty(), qPrintable(app->vlID));
+        }
+    }
+
+    void problemReport_data()
+    {
+        columns<QString, QString, QString, int, int>("issue", "name", "path", "member", "storedMember");
+        QTest::newRow("signed out") << "Wrong version"
+                                    << "Notes"
+                                    << "/Applications/Notes.app" << 0 << -1;
+        QTest::newRow("non-ASCII text, & in name and path") << "Größe falsch – ✓"
+                                                            << "Salt & Pepper"
+                                                            << "/Applications/A&B.app" << 42 << 42;
+    }
+    void problemReport()
+    {
+        auto [issue, name, path, member, storedMember] =
+            fetch<QString, QString, QString, int, int>("issue", "name", "path", "member", "storedMember");
+        AppRef app = installedApp(QStringLiteral("5001"), path);
+        app->name = name;
+        VLReportProblemSender sender;
+        sender.reportIssue(issue, *app, member);
+        sender.waitUntilDone();
+        QCOMPARE(sender.serverResonse, 200);
+        const QJsonObject fields = storedReports(m_service).last();
+        QCOMPARE(fields.value(QStringLiteral("member_id")).toInt(), storedMember);
+        QCOMPARE(fields.value(QStringLiteral("issue")).toString(), issue);
+        QCOMPARE(fields.value(QStringLiteral("app_name")).toString(), name);
+        QCOMPARE(fields.value(QStringLiteral("path")).toString(), path);
+    }
+
+    void badPlist()
+    {
+        VLBadPlistSender sender;
+        sender.uploadlist(QStringLiteral("<plist><dict><key>CFBundleName</key>"), m_member);
+        sender.waitUntilDone();
+        const QJsonObject report = storedReports(m_service).last();
+        QCOMPARE(report.value(QStringLiteral("plist")).toString(),
+                 QStringLiteral("<plist><dict><key>CFBundleName</key>"));
+        QCOMPARE(report.value(QStringLiteral("member_id")).toInt(), m_member);
+    }
+
+    void dealsAndShortLink()
+    {
+        VLPromos promos;
+        promos.getPromos(QStringLiteral("promos"));
+        promos.waitUntilDone();
+        QVERIFY(promos.serverApps.size() >= 2);
+        QCOMPARE(VLApp::initWithPromoItem(promos.serverApps.first().toMap()).deal_id, QStringLiteral("801"));
+
+        RFShortURL shortener;
+        QString shortLink;
+        QString original;
+        connect(&shortener, &RFShortURL::receivedUrl, this, [&](const QString &link, const QString &from) {
+            shortLink = link.trimmed();
+            original = from;
+        });
+        const QString target = m_service.baseUrl().mid(7) + QStringLiteral("/desktop/discover");
+        shortener.shortURL(target);
+        shortener.waitUntilDone();
+        QCOMPARE(original, QStringLiteral("http://") + target);
+        const WebResult followed = sendWebRequest(WebRequest::get(QUrl(shortLink)));
+        QCOMPARE(followed.status, 200);
+        QCOMPARE(followed.finalUrl, QUrl(original));
+    }
+};
+
+VELMORA_TEST_MAIN(TestVLMemberLists)
+#include "TestVLMemberLists.moc"
