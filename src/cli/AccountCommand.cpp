@@ -6,7 +6,7 @@
 #include "scan/VLScanData.h"
 #include "services/VLKeychain.h"
 #include "services/VLMemberAccount.h"
-#include "services/VLMemberLists.h"
+#include "scan/VLMemberLists.h"
 #include "services/VLMemberProfileSaver.h"
 
 #include <QJsonDocument>

@@ -5,7 +5,7 @@
 #include "cli/MemberSession.h"
 #include "scan/VLScanData.h"
 #include "services/VLMemberAccount.h"
-#include "services/VLMemberLists.h"
+#include "scan/VLMemberLists.h"
 #include "services/VLPurchases.h"
 
 QString PurchasesCommand::description() const

@@ -7,7 +7,7 @@
 #include "scan/VLScanData.h"
 #include "services/VLAppOnServer.h"
 #include "services/VLMemberAccount.h"
-#include "services/VLMemberLists.h"
+#include "scan/VLMemberLists.h"
 #include "services/VLWatchLists.h"
 
 #include <QRegularExpression>

@@ -79,8 +79,9 @@ VLAppDownload::InstallKind VLAppDownload::installKindFor(const QString &file)
 
 VLAppDownload::VLAppDownload(std::shared_ptr<VLApp> app, UpdateRows *rows, RunningAppGate *gate)
     : m_app(std::move(app)), m_rows(rows), m_gate(gate), m_vlID(m_app->vlID), m_digest(m_app->digestString),
-      m_downloadFolder(m_app->createDownloadPath()), m_displayName(m_app->displayName),
-      m_downloadURL(m_app->download_url), m_filehash(m_app->filehash), m_localPath(m_app->localPath)
+      m_downloadFolder(m_app->createDownloadPath()), m_name(m_app->name), m_displayName(m_app->displayName),
+      m_downloadURL(m_app->download_url), m_filehash(m_app->filehash), m_localPath(m_app->localPath),
+      m_installerRecord(*m_app)
 {
     const VLSettings settings;
     if (!settings.stringValue(SettingKey::lastlogin).isEmpty() && settings.boolValue(SettingKey::addDownloadWL)) {
@@ -304,7 +305,7 @@ void VLAppDownload::downloadDidFinish(const QString &file)
     app.isInstalling = true;
     app.isDownloading = false;
     VLInstaller installer;
-    installer.setSenderApp(m_app.get());
+    installer.setSenderApp(&m_installerRecord);
     installer.setRunningAppGate(m_gate);
     switch (installKindFor(file)) {
     case InstallKind::DiskImage:
@@ -334,6 +335,7 @@ void VLAppDownload::downloadDidFinish(const QString &file)
         } else {
             installFrom(installer, folder);
             app.didFail = false;
+            m_installerRecord.didFail = false;
         }
         cleanUp(file);
         break;
@@ -359,7 +361,20 @@ void VLAppDownload::downloadDidFinish(const QString &file)
     case InstallKind::None:
         break;
     }
+    takeInstallerVerdict();
     app.isInstalling = false;
+}
+
+void VLAppDownload::takeInstallerVerdict()
+{
+    if (m_installerRecord.didFail && !m_app->didFail) {
+        m_app->failMessage = m_installerRecord.failMessage.load();
+        m_app->didFail = true;
+    }
+    if (m_installerRecord.name != m_name || m_installerRecord.displayName != m_displayName) {
+        m_outcome.name = m_installerRecord.name;
+        m_outcome.displayName = m_installerRecord.displayName;
+    }
 }
 
 bool VLAppDownload::installFrom(VLInstaller &installer, const QString &folder)
@@ -382,7 +397,7 @@ void VLAppDownload::mountAndInstallFromDMG(VLInstaller &installer, const QString
     }
     if (installFrom(installer, mountPoint)) {
         cleanUp(file);
-    } else if (!m_app->didFail) {
+    } else if (!m_app->didFail && !m_installerRecord.didFail) {
         setFailure(tr("Problem installing from DMG"));
     }
     installer.unmount(mountPoint, file);
@@ -442,8 +457,12 @@ void VLAppDownload::applyOutcome(VLApp &app, const UpdateOutcome &outcome)
     if (outcome.installedPath.isEmpty()) {
         return;
     }
-    // The record keeps its name and display name: it is the same app, now at the installed item's path.
+    // The same app, now at the installed item's path; its names change only where the installer renamed it.
     app.localPath = outcome.installedPath;
+    if (!outcome.name.isNull()) {
+        app.name = outcome.name;
+        app.displayName = outcome.displayName;
+    }
     app.refreshLocalVersion();
     app.appIcon = app.iconFilePath();
     app.checkIfOutdated();

@@ -28,6 +28,9 @@ struct UpdateOutcome
     QString installedPath;
     // The download address leads to a web page: the app's page is opened instead of installing.
     bool opensInWindow = false;
+    // The names the installer gave the record when the new copy went elsewhere than the old one; null when kept.
+    QString name;
+    QString displayName;
 };
 
 class VLAppDownload
@@ -71,6 +74,8 @@ private:
     void mountAndInstallFromDMG(VLInstaller &installer, const QString &file);
     void installFromPKG(VLInstaller &installer, const QString &file);
     void updateCompleteNotification();
+    // Takes the installer's verdict from its copy: a failure into the record, new names into the outcome.
+    void takeInstallerVerdict();
 
     std::shared_ptr<VLApp> m_app;
     UpdateRows *m_rows;
@@ -80,6 +85,7 @@ private:
     QString m_vlID;
     QString m_digest;
     QString m_downloadFolder;
+    QString m_name;
     QString m_displayName;
     QString m_downloadURL;
     QString m_filehash;
@@ -87,6 +93,8 @@ private:
     QString m_localPath;
     // The record as the watch list gets it, when the user asked for downloads to be added there.
     std::optional<VLApp> m_watchListRecord;
+    // The record as the installer sees and changes it: a copy, since only the record's owner may change its names.
+    VLApp m_installerRecord;
     double m_shownProgress = -1.0;
     bool m_pageRejected = false;
 };

@@ -20,12 +20,18 @@ QString dataFolder()
 
 QString privateTempFolderName()
 {
-    return QDir::tempPath() + QStringLiteral("/velmora-") + QString::number(getuid());
+    // Qt answers "" when TMPDIR names a folder that does not exist; the name must not fall back to the root folder.
+    const QString base = QDir::tempPath();
+    return base.isEmpty() ? QString() : base + QStringLiteral("/velmora-") + QString::number(getuid());
 }
 
 QString privateTempFolder()
 {
     const QString folder = privateTempFolderName();
+    if (folder.isEmpty()) {
+        vlLog(QStringLiteral("cannot create temporary folder: TMPDIR names no folder"));
+        return {};
+    }
     const QByteArray native = QFile::encodeName(folder);
     if (mkdir(native.constData(), 0700) != 0 && errno != EEXIST) {
         vlLog(QStringLiteral("cannot create temporary folder %1").arg(folder));

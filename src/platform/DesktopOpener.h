@@ -1,6 +1,6 @@
 #pragma once
 
-// Opening a file or an app the way the desktop would on a double click (xdg-open), detached from us.
+// Opening a file, an app or a web page the way the desktop would on a double click (xdg-open), detached from us.
 
 #include <QString>
 

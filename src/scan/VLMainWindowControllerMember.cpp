@@ -12,7 +12,7 @@
 #include "services/VLBadPlistSender.h"
 #include "services/VLGoogleTracking.h"
 #include "services/VLMemberAccount.h"
-#include "services/VLMemberLists.h"
+#include "scan/VLMemberLists.h"
 #include "services/VLPromos.h"
 #include "services/VLPurchases.h"
 #include "services/VLWatchLists.h"

@@ -1,10 +1,10 @@
 #include "services/VLMemberAccount.h"
 
 #include "model/StringUtils.h"
+#include "platform/DesktopOpener.h"
 #include "platform/HttpCookieJar.h"
 #include "platform/Log.h"
 #include "platform/SystemFacts.h"
-#include "platform/UrlOpener.h"
 #include "platform/UserFeedback.h"
 #include "platform/VLSettings.h"
 #include "platform/WebRequest.h"
@@ -358,7 +358,9 @@ QString VLMemberAccount::forgotpassword()
     errorfield.clear();
     const QString url =
         VLSettings().hostURL(SettingKey::siteHost, QStringLiteral("https")) + QStringLiteral("/member/forgot-password");
-    UrlOpener::openUrl(url);
+    if (DesktopOpener::hasDisplay()) {
+        DesktopOpener::open(url);
+    }
     return url;
 }
 

@@ -16,6 +16,17 @@ class TestAppPaths : public QObject
     Q_OBJECT
 
 private slots:
+    // Qt names no temporary folder when TMPDIR's is missing: the private one must not land in the root folder.
+    void missingTmpdirGivesNoFolder()
+    {
+        const QByteArray saved = qgetenv("TMPDIR");
+        qputenv("TMPDIR", saved + "/missing");
+        QTest::ignoreMessage(QtInfoMsg, "cannot create temporary folder: TMPDIR names no folder");
+        QVERIFY(AppPaths::privateTempFolder().isEmpty());
+        qputenv("TMPDIR", saved);
+        QVERIFY(!QFileInfo::exists(QStringLiteral("/velmora-") + QString::number(getuid())));
+    }
+
     void privateTempFolder_data()
     {
         columns<QString, bool>("planted", "accepted");

@@ -1,4 +1,4 @@
-#include "services/VLMemberLists.h"
+#include "scan/VLMemberLists.h"
 
 #include "platform/Log.h"
 #include "scan/VLScanData.h"

@@ -10,7 +10,7 @@
 #include "services/VLAppOnServer.h"
 #include "services/VLBadPlistSender.h"
 #include "services/VLCartSender.h"
-#include "services/VLMemberLists.h"
+#include "scan/VLMemberLists.h"
 #include "services/VLPromos.h"
 #include "services/VLPurchases.h"
 #include "services/VLReportProblemSender.h"
