@@ -69,26 +69,6 @@ private slots:
         QCOMPARE(record.value(QStringLiteral("filehash")).toString().size(), 64);
     }
 
-    void fiveHundredAppsInOneRequest()
-    {
-        QFile file(realCatalogue);
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        const QJsonArray all = QJsonDocument::fromJson(file.readAll()).array();
-        QByteArray body = "vld=6.0.4&type=auto";
-        int sent = 0;
-        for (int i = 0; i < all.size() && sent < 500; i += 7, ++sent) {
-            const QJsonObject app = all.at(i).toObject();
-            const QJsonArray ids = app.value(QStringLiteral("bundle_ids")).toArray();
-            const QByteArray index = QByteArray::number(2 * sent);
-            body += Requests::appFields(2 * sent, "x.app", "p" + index,
-                                        app.value(QStringLiteral("name")).toString().toUtf8(), "1.0",
-                                        ids.isEmpty() ? QByteArray() : ids.at(0).toString().toUtf8());
-        }
-        const QJsonObject reply = m_client->automatch(body);
-        QVERIFY2(reply.size() > 450, QByteArray::number(reply.size()).constData());
-        for (auto it = reply.begin(); it != reply.end(); ++it)
-            QCOMPARE(it.value().toObject().value(QStringLiteral("h")).toString(), QStringLiteral("p") + it.key());
-    }
 
     void refusedFilesWriteNothing_data()
     {

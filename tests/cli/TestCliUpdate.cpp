@@ -1,0 +1,75 @@
+// velmora-cli check, then update-all, against the real service: the sample apps' old versions are installed on a
+// volume of the test's own, and each update file kind the service serves (zip, tar.gz, tar.bz2, tbz, disk image,
+// flat package) is downloaded, checked against its hash, unpacked and put in place.
+
+#include "platform/VLSettings.h"
+#include "support/CliRunner.h"
+#include "support/ServiceProcess.h"
+#include "support/TestMain.h"
+
+#include <QDir>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QProcess>
+#include <QTemporaryDir>
+
+class TestCliUpdate : public QObject
+{
+    Q_OBJECT
+
+    ServiceProcess m_service;
+    QTemporaryDir m_root;
+
+private slots:
+    void initTestCase()
+    {
+        QVERIFY(m_service.start());
+        const QString volume = m_root.path() + QStringLiteral("/volume");
+        QVERIFY(QDir().mkpath(volume));
+        QProcess copy;
+        copy.start(QStringLiteral("cp"),
+                   {QStringLiteral("-a"), QStringLiteral(VELMORA_BINARY_DIR "/service/installed/Applications"),
+                    volume + QStringLiteral("/")});
+        QVERIFY(copy.waitForFinished() && copy.exitCode() == 0);
+        VLSettings settings;
+        for (const char *key : {SettingKey::serviceHost, SettingKey::siteHost, SettingKey::analyticsHost}) {
+            settings.setValue(QLatin1String(key), m_service.baseUrl());
+        }
+        settings.setValue(QLatin1String(SettingKey::sendAnalytics), false);
+        settings.setValue(QLatin1String(SettingKey::volumeRoot), volume);
+    }
+
+    void everyKindInstalled()
+    {
+        const CliResult check = runCli({QStringLiteral("check")});
+        QCOMPARE(check.exitCode, 0);
+        QCOMPARE(check.out.count('\n'), 6);
+
+        const CliResult update = runCli({QStringLiteral("update-all"), QStringLiteral("--yes")});
+        QVERIFY2(update.exitCode == 0, update.err.constData());
+        QCOMPARE(update.out.count('\n'), 6);
+
+        const CliResult listed =
+            runCli({QStringLiteral("list"), QStringLiteral("--installed"), QStringLiteral("--json")});
+        const QJsonArray records = QJsonDocument::fromJson(listed.out).array();
+        QCOMPARE(records.size(), 6);
+        for (const QJsonValue &value : records) {
+            const QJsonObject record = value.toObject();
+            const QString path = record.value(QStringLiteral("localPath")).toString();
+            QVERIFY2(record.value(QStringLiteral("localVersion")).toString() == QStringLiteral("2.0"),
+                     qPrintable(path));
+            QVERIFY2(path.startsWith(m_root.path() + QStringLiteral("/volume/Applications/")), qPrintable(path));
+            QVERIFY(!record.value(QStringLiteral("isOutdated")).toBool());
+        }
+        QVERIFY(runCli({QStringLiteral("list"), QStringLiteral("--outdated")}).out.isEmpty());
+        // Nothing is left over beside the apps: no old copies, no work folders.
+        QCOMPARE(QDir(m_root.path() + QStringLiteral("/volume/Applications"))
+                     .entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden)
+                     .size(),
+                 6);
+    }
+};
+
+VELMORA_TEST_MAIN(TestCliUpdate)
+#include "TestCliUpdate.moc"
