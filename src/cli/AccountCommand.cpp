@@ -3,10 +3,10 @@
 #include "cli/CliFeedback.h"
 #include "cli/MemberSession.h"
 #include "platform/TerminalInput.h"
+#include "scan/VLMemberLists.h"
 #include "scan/VLScanData.h"
 #include "services/VLKeychain.h"
 #include "services/VLMemberAccount.h"
-#include "scan/VLMemberLists.h"
 #include "services/VLMemberProfileSaver.h"
 
 #include <QJsonDocument>

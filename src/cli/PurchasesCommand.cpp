@@ -3,9 +3,9 @@
 #include "cli/AppsOutput.h"
 #include "cli/CliFeedback.h"
 #include "cli/MemberSession.h"
+#include "scan/VLMemberLists.h"
 #include "scan/VLScanData.h"
 #include "services/VLMemberAccount.h"
-#include "scan/VLMemberLists.h"
 #include "services/VLPurchases.h"
 
 QString PurchasesCommand::description() const

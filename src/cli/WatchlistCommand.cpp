@@ -4,10 +4,10 @@
 #include "cli/AppsOutput.h"
 #include "cli/CliFeedback.h"
 #include "cli/MemberSession.h"
+#include "scan/VLMemberLists.h"
 #include "scan/VLScanData.h"
 #include "services/VLAppOnServer.h"
 #include "services/VLMemberAccount.h"
-#include "scan/VLMemberLists.h"
 #include "services/VLWatchLists.h"
 
 #include <QRegularExpression>

@@ -69,7 +69,6 @@ private slots:
         QCOMPARE(record.value(QStringLiteral("filehash")).toString().size(), 64);
     }
 
-
     void refusedFilesWriteNothing_data()
     {
         QTest::addColumn<QByteArray>("content");
