@@ -63,12 +63,14 @@ QString VLInstaller::extractZIP(const QString &download)
     // itself then refuses to write through a link.
     const QString unzip = WorkFolder::tool(QStringLiteral("unzip"));
     const std::optional<QByteArray> names = VLSynchronousTask::task(unzip, workFolder, {QStringLiteral("-Z1"), file});
-    const bool unpacked =
-        names && WorkFolder::listsContainedNames(*names) &&
-        VLSynchronousTask::task(unzip, workFolder,
-                                {QStringLiteral("-q"), QStringLiteral("-o"), file, QStringLiteral("-x"),
-                                 QStringLiteral("__MACOSX/*"), QStringLiteral("-d"), workFolder}) &&
-        WorkFolder::holdsOnlyPlainEntries(workFolder);
+    QStringList arguments{QStringLiteral("-q"), QStringLiteral("-o"), file, QStringLiteral("-d"), workFolder};
+    // The resource forks a Mac's archiver adds are left out; asked to leave out what is not there, unzip complains.
+    if (names && (names->startsWith("__MACOSX/") || names->contains("\n__MACOSX/"))) {
+        arguments << QStringLiteral("-x") << QStringLiteral("__MACOSX/*");
+    }
+    const bool unpacked = names && WorkFolder::listsContainedNames(*names) &&
+                          VLSynchronousTask::task(unzip, workFolder, arguments) &&
+                          WorkFolder::holdsOnlyPlainEntries(workFolder);
     if (!unpacked) {
         vlLog(QStringLiteral("error extracting to %1").arg(workFolder));
         return {};
