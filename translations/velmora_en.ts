@@ -311,20 +311,6 @@ the running step. --login-item marks a start by the login item, which never forc
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Show what an install link offers</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Usage: velmora-cli open-link URL
-
-Reads an install link (velmora://bundle/ID or velmora://app/ID/NAME/VERSION), looks each linked app
-up in the stored scan or asks the service about it, and prints one line per app: display name,
-catalogue id and what the link asks for (update, install, up to date, or cannot be installed from
-a link), separated by tabs.
-</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>give one link</source>
         <translation type="unfinished"></translation>
     </message>
@@ -348,6 +334,346 @@ a link), separated by tabs.
         <source>it was kept as %1</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>a password is never taken from the command line; type it when asked, or pipe it in with --password-stdin</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no keychain is available; the sign-in holds for this run only</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Password: </source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sign in, sign up, or change the member account</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli account login [--email E] [--password-stdin]
+       velmora-cli account signup --email E --first F --last L [--password-stdin]
+       velmora-cli account status | logout | forgot-password
+       velmora-cli account profile [--set FIELD=VALUE...]
+
+The member account with the Velmora service. login and signup ask on the terminal for what is
+missing, the password without echo; --password-stdin reads it from the first line of stdin
+instead. A password is never taken as an argument. Once signed in, the password is kept in the
+keychain (the desktop&apos;s Secret Service), so later runs are signed in too; logout forgets it.
+profile prints the member&apos;s profile, or changes fields of it: firstname, lastname, email,
+address, city, state, zip, country. forgot-password prints the page that resets a password and
+opens it when a desktop session is there. status and profile print JSON with --json.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>name an action</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Email: </source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no e-mail address or password was given</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the service did not answer</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Signed in as %1 &lt;%2&gt;, member %3</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Not signed in</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>unknown profile field %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the service did not save the profile</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Signed out</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Buy a deal</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli cart DEAL
+
+Orders the deal with id DEAL (as velmora-cli deals shows it) for the signed-in member, with the
+member&apos;s postal address. The purchase then shows in velmora-cli purchases.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>name one deal by its id</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the deals host did not take the order</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ordered deal %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no terminal to ask on; --yes answers yes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1? [y/N] (no: %2) </source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>installing</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>done</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show the current deals</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli deals [--json]
+
+Prints the discounted apps of the deals host, the two featured ones first: display name, deal
+id (for velmora-cli cart), price, discount, and &quot;featured&quot; for the first two.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no deals could be had from the deals host</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>not signed in; run velmora-cli account login first</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Install what an install link offers</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli open-link URL [--yes]
+
+Reads an install link (velmora://bundle/ID or velmora://app/ID/NAME/VERSION), looks each linked app
+up in the stored scan or asks the service about it, and prints one line per app: display name,
+catalogue id and what the link asks for (update, install, up to date, or cannot be installed from
+a link), separated by tabs. Then it downloads and installs the apps to update or install, as
+&quot;velmora-cli update&quot; does (see its help for --yes), and prints a line for each one installed.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show the member&apos;s purchases</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli purchases [--json]
+
+Prints the signed-in member&apos;s purchases, newest first: display name, catalogue id, order id,
+order date, purchased version. They are merged into the stored scan, as the desktop program
+keeps them.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Report a problem with an app</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli report APP --text TEXT
+
+Sends TEXT to the Velmora service as a problem report about APP (a display name, a catalogue id
+or the path of an installed app of the stored scan), with the app&apos;s versions and path, and the
+member id when signed in.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>name one app and give the report&apos;s text</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no single app %1 in the stored scan</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the service did not take the report</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Report sent</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Make a short link</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli shorten URL
+
+Prints a short link for URL from the short-link host (setting shortenerHost). A URL without
+&quot;http://&quot; in front gets it.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the short-link host gave no short link</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update every outdated app</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update outdated apps</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli update-all [--yes]
+
+Updates every app that &quot;velmora-cli list --outdated&quot; shows.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli update APP... [--yes]
+
+Updates the named outdated apps. APP is a display name, a catalogue id or the path of an
+installed app, as &quot;velmora-cli list --outdated&quot; shows them.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>
+Each update downloads the newest version, checks it against the catalogue&apos;s checksum,
+unpacks it and puts it in place of the installed copy, which is kept until the new one
+is in place. At most three updates run at once, each with a progress bar on a terminal.
+An app that is running is quit first and started again afterwards, when you agree:
+  --yes  agree without asking (without a terminal and without --yes, running apps are
+         left alone and their updates skipped)
+Prints one line per updated app (display name, installed version, path). An update that
+fails prints its reason on stderr; the exit status is then 1.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>name at least one app</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>update-all takes no app names</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no outdated app %1 in the stored scan</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Every app is up to date.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>not updated</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>canceled</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>nothing was installed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the service did not change the watch list</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Show or change the member&apos;s watch list</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli watchlist [add APP | remove APP] [--json]
+
+Prints the apps on the signed-in member&apos;s watch list (display name, catalogue id, installed
+version, newest version), after adding or removing APP when asked. APP is a display name, a
+catalogue id or the path of an installed app. The list is merged into the stored scan, as the
+desktop program keeps it: apps that are not installed become records of their own.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>unexpected arguments</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>QuitAndRelaunchGate</name>
+    <message>
+        <source>Please quit the application before continuing installation.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 is running.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Quit App and Proceed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Skip Installation</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Installation skipped: %1 is running</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 did not quit; the update was not installed</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SSKeychainQuery</name>
+    <message>
+        <source>Some of the arguments were invalid</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>SecretStore</name>
+    <message>
+        <source>No error.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The specified item could not be found in the keychain.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No keychain is available.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>An error occurred while using the keychain (%1).</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>UpdateNotices</name>
@@ -369,6 +695,76 @@ a link), separated by tabs.
     </message>
     <message>
         <source>Update your apps now</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>VLAppDownload</name>
+    <message>
+        <source>Problem saving download file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No direct download found</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Download - 404 Not Found</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The downloaded file does not match the catalogue&apos;s checksum; nothing was installed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error extracting zip file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error extracting tgz file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error extracting tbz file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error extracting bz2 file</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Problem installing from DMG</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Problem installing from PKG</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Install Complete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source> has been installed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Launch</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update Complete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source> has been updated</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>VLInstaller</name>
+    <message>
+        <source>Installer did not complete</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -416,6 +812,56 @@ a link), separated by tabs.
     </message>
 </context>
 <context>
+    <name>VLMemberAccount</name>
+    <message>
+        <source>Please enter email and password</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Incorrect email or password</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Please enter required account info</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Invalid Email address</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Processing...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Server Error 625</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Server Error 624</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Error 626</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name and Email address are required</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Account information saved</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>VLPurchases</name>
+    <message>
+        <source>There was an error receiving purchase history.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>VLSendAllatOnceHelper</name>
     <message>
         <source>There was an error receiving updates.</source>
@@ -427,6 +873,13 @@ a link), separated by tabs.
     </message>
     <message>
         <source>Connection error!</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>VLWatchLists</name>
+    <message>
+        <source>There was an error receiving watch lists.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
