@@ -18,9 +18,23 @@
 
 namespace {
 
-QString siblingWorkFolder(const QString &file)
+// A fresh work folder beside the download (whose path is made absolute in file); "" when it cannot be made.
+QString prepareWorkFolder(const QString &download, QString *file)
 {
-    return QFileInfo(file).path() + QLatin1Char('/') + WorkFolder::uniqueName();
+    *file = QFileInfo(download).absoluteFilePath();
+    const QString workFolder = QFileInfo(*file).path() + QLatin1Char('/') + WorkFolder::uniqueName();
+    return WorkFolder::prepare(workFolder) ? workFolder : QString();
+}
+
+// bunzip2 writes beside the compressed file, not into the work folder.
+bool bunzip(const QString &file, const QString &workFolder)
+{
+    if (VLSynchronousTask::task(WorkFolder::tool(QStringLiteral("bunzip2")), workFolder,
+                                {QStringLiteral("-d"), file})) {
+        return true;
+    }
+    vlLog(QStringLiteral("error extracting to %1").arg(workFolder));
+    return false;
 }
 
 // tar's listing of what it unpacked (-v) names every entry as the archive spells it, before tar strips a leading
@@ -54,9 +68,9 @@ void VLInstaller::setRunningAppGate(RunningAppGate *gate)
 
 QString VLInstaller::extractZIP(const QString &download)
 {
-    const QString file = QFileInfo(download).absoluteFilePath();
-    const QString workFolder = siblingWorkFolder(file);
-    if (!WorkFolder::prepare(workFolder)) {
+    QString file;
+    const QString workFolder = prepareWorkFolder(download, &file);
+    if (workFolder.isEmpty()) {
         return {};
     }
     // unzip reads the names from the archive's directory alone, so checking them first costs next to nothing; unzip
@@ -80,9 +94,9 @@ QString VLInstaller::extractZIP(const QString &download)
 
 QString VLInstaller::extractTGZ(const QString &download)
 {
-    const QString file = QFileInfo(download).absoluteFilePath();
-    const QString workFolder = siblingWorkFolder(file);
-    if (!WorkFolder::prepare(workFolder)) {
+    QString file;
+    const QString workFolder = prepareWorkFolder(download, &file);
+    if (workFolder.isEmpty()) {
         return {};
     }
     if (!untar(file, workFolder)) {
@@ -94,30 +108,23 @@ QString VLInstaller::extractTGZ(const QString &download)
 
 QString VLInstaller::extractBZ2(const QString &download)
 {
-    const QString file = QFileInfo(download).absoluteFilePath();
-    const QString workFolder = siblingWorkFolder(file);
-    if (!WorkFolder::prepare(workFolder)) {
+    QString file;
+    const QString workFolder = prepareWorkFolder(download, &file);
+    if (workFolder.isEmpty()) {
         return {};
     }
-    // bunzip2 writes beside the download, not into the work folder; the work folder stays empty.
-    if (!VLSynchronousTask::task(WorkFolder::tool(QStringLiteral("bunzip2")), workFolder,
-                                 {QStringLiteral("-d"), file})) {
-        vlLog(QStringLiteral("error extracting to %1").arg(workFolder));
-        return {};
-    }
-    return workFolder;
+    // The work folder stays empty: the file is decompressed in place.
+    return bunzip(file, workFolder) ? workFolder : QString();
 }
 
 QString VLInstaller::extractTBZ(const QString &download)
 {
-    const QString file = QFileInfo(download).absoluteFilePath();
-    const QString workFolder = siblingWorkFolder(file);
-    if (!WorkFolder::prepare(workFolder)) {
+    QString file;
+    const QString workFolder = prepareWorkFolder(download, &file);
+    if (workFolder.isEmpty()) {
         return {};
     }
-    if (!VLSynchronousTask::task(WorkFolder::tool(QStringLiteral("bunzip2")), workFolder,
-                                 {QStringLiteral("-d"), file})) {
-        vlLog(QStringLiteral("error extracting to %1").arg(workFolder));
+    if (!bunzip(file, workFolder)) {
         return {};
     }
     const QFileInfo info(file);
