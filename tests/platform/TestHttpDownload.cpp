@@ -118,13 +118,11 @@ private slots:
         };
         using O = DownloadResult::Outcome;
         const QByteArray half = kBody.left(32768);
-        QTest::newRow("200 to a Range: the whole file")
-            << ignoresRange << QByteArray("stale") << false << 30000 << O::Finished << kBody << 1;
-        QTest::newRow("another piece: asked again, whole")
-            << sendsAnotherPiece << QByteArray("stale") << false << 30000 << O::Finished << kBody << 2;
-        QTest::newRow("cancelled: part kept")
-            << stallsAtHalf << QByteArray() << true << 30000 << O::Canceled << half << 1;
-        QTest::newRow("stalled: part kept") << stallsAtHalf << QByteArray() << false << 500 << O::Failed << half << 1;
+        row("200 to a Range: the whole file", ignoresRange, QByteArray("stale"), false, 30000, O::Finished, kBody, 1);
+        row("another piece: asked again, whole", sendsAnotherPiece, QByteArray("stale"), false, 30000, O::Finished,
+            kBody, 2);
+        row("cancelled: part kept", stallsAtHalf, QByteArray(), true, 30000, O::Canceled, half, 1);
+        row("stalled: part kept", stallsAtHalf, QByteArray(), false, 500, O::Failed, half, 1);
     }
 
     void fromScriptedHost()

@@ -17,24 +17,18 @@ namespace InstallFixtures {
 
 namespace {
 
-QByteArray bigEndian(quint64 value)
+// value's last size bytes, most significant first.
+QByteArray bigEndian(quint64 value, int size = 8)
 {
     QByteArray bytes(8, 0);
     qToBigEndian(value, bytes.data());
-    return bytes;
+    return bytes.right(size);
 }
 
 QByteArray readFile(const QString &path)
 {
     QFile file(path);
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-QByteArray bigEndian32(quint32 value)
-{
-    QByteArray bytes(4, 0);
-    qToBigEndian(value, bytes.data());
-    return bytes;
 }
 
 } // namespace
@@ -125,21 +119,21 @@ bool makeUdif(const QString &volume, const QString &image)
     data.append(QByteArray((512 - data.size() % 512) % 512, 0));
     const quint64 sectors = quint64(data.size()) / 512;
     const auto chunk = [](quint32 type, quint64 first, quint64 count, quint64 length) -> QByteArray {
-        return bigEndian32(type) + bigEndian32(0) + bigEndian(first) + bigEndian(count) + bigEndian(0) +
+        return bigEndian(type, 4) + bigEndian(0, 4) + bigEndian(first) + bigEndian(count) + bigEndian(0) +
                bigEndian(length);
     };
-    const QByteArray table = "mish" + bigEndian32(1) + bigEndian(0) + bigEndian(sectors) + bigEndian(0) +
-                             bigEndian32(0) + bigEndian32(0) + QByteArray(24 + 136, 0) + bigEndian32(2) +
+    const QByteArray table = "mish" + bigEndian(1, 4) + bigEndian(0) + bigEndian(sectors) + bigEndian(0) +
+                             bigEndian(0, 4) + bigEndian(0, 4) + QByteArray(24 + 136, 0) + bigEndian(2, 4) +
                              chunk(1, 0, sectors, data.size()) + chunk(0xFFFFFFFF, sectors, 0, 0);
     const QByteArray plist = "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>resource-fork</key><dict>"
                              "<key>blkx</key><array><dict><key>Data</key><data>" +
                              table.toBase64() +
                              "</data><key>Name</key><string>disk image (Apple_HFS : 1)</string></dict></array>"
                              "</dict></dict></plist>";
-    const QByteArray trailer = "koly" + bigEndian32(4) + bigEndian32(512) + bigEndian32(1) + bigEndian(0) +
-                               bigEndian(0) + bigEndian(data.size()) + bigEndian(0) + bigEndian(0) + bigEndian32(1) +
-                               bigEndian32(1) + QByteArray(16 + 136, 0) + bigEndian(data.size()) +
-                               bigEndian(plist.size()) + QByteArray(120 + 136, 0) + bigEndian32(1) +
+    const QByteArray trailer = "koly" + bigEndian(4, 4) + bigEndian(512, 4) + bigEndian(1, 4) + bigEndian(0) +
+                               bigEndian(0) + bigEndian(data.size()) + bigEndian(0) + bigEndian(0) + bigEndian(1, 4) +
+                               bigEndian(1, 4) + QByteArray(16 + 136, 0) + bigEndian(data.size()) +
+                               bigEndian(plist.size()) + QByteArray(120 + 136, 0) + bigEndian(1, 4) +
                                bigEndian(sectors) + QByteArray(12, 0);
     return PlistFiles::writeFile(image, data + plist + trailer);
 }
