@@ -1,5 +1,5 @@
-// The member's lists merged into the store, reports, deals, the cart and short links, against the real
-// velmora-service.
+// The member's lists merged into the store, reports, the cart and short links, against the real velmora-service.
+// The deals are read end to end by the CLI's account test.
 
 #include "model/PropertyList.h"
 #include "model/StringUtils.h"
@@ -9,13 +9,12 @@
 #include "scan/VLScanData.h"
 #include "services/RFShortURL.h"
 #include "services/VLAppOnServer.h"
-#include "services/VLBadPlistSender.h"
 #include "services/VLCartSender.h"
-#include "services/VLPromos.h"
 #include "services/VLPurchases.h"
 #include "services/VLReportProblemSender.h"
 #include "services/VLWatchLists.h"
 #include "support/DataTable.h"
+#include "support/HostSettings.h"
 #include "support/ServiceProcess.h"
 #include "support/TestMain.h"
 
@@ -58,16 +57,13 @@ private slots:
     void initTestCase()
     {
         QVERIFY(m_service.start());
-        VLSettings settings;
-        for (const char *key :
-             {SettingKey::serviceHost, SettingKey::dealsHost, SettingKey::shortenerHost, SettingKey::analyticsHost}) {
-            settings.setValue(QString::fromLatin1(key), m_service.baseUrl());
-        }
+        QVERIFY(pointHostsAt(m_service.baseUrl(), {SettingKey::serviceHost, SettingKey::dealsHost,
+                                                   SettingKey::shortenerHost, SettingKey::analyticsHost}));
         const WebResult signup = sendWebRequest(WebRequest::get(
             QUrl(m_service.baseUrl() + QStringLiteral("/vld6member/signup/e/l%40example.com/p/pw/f/L/l/M"))));
         m_member = QJsonDocument::fromJson(signup.body).object().value(QStringLiteral("id")).toInt();
         QVERIFY(m_member > 0);
-        settings.setValue(QString::fromLatin1(SettingKey::lastlogin), m_member);
+        VLSettings().setValue(QString::fromLatin1(SettingKey::lastlogin), m_member);
     }
 
     void mergeAndStrip()
@@ -114,12 +110,8 @@ private slots:
     void problemReport_data()
     {
         columns<QString, QString, QString, int, int>("issue", "name", "path", "member", "storedMember");
-        QTest::newRow("signed out") << "Wrong version"
-                                    << "Notes"
-                                    << "/Applications/Notes.app" << 0 << -1;
-        QTest::newRow("non-ASCII text, & in name and path") << "Größe falsch – ✓"
-                                                            << "Salt & Pepper"
-                                                            << "/Applications/A&B.app" << 42 << 42;
+        row("signed out", "Wrong version", "Notes", "/Applications/Notes.app", 0, -1);
+        row("non-ASCII text, & in name and path", "Größe falsch – ✓", "Salt & Pepper", "/Applications/A&B.app", 42, 42);
     }
     void problemReport()
     {
@@ -138,25 +130,9 @@ private slots:
         QCOMPARE(fields.value(QStringLiteral("path")).toString(), path);
     }
 
-    void badPlist()
+    // A link without a scheme is sent as http.
+    void shortLink()
     {
-        VLBadPlistSender sender;
-        sender.uploadlist(QStringLiteral("<plist><dict><key>CFBundleName</key>"), m_member);
-        sender.waitUntilDone();
-        const QJsonObject report = storedReports(m_service).last();
-        QCOMPARE(report.value(QStringLiteral("plist")).toString(),
-                 QStringLiteral("<plist><dict><key>CFBundleName</key>"));
-        QCOMPARE(report.value(QStringLiteral("member_id")).toInt(), m_member);
-    }
-
-    void dealsAndShortLink()
-    {
-        VLPromos promos;
-        promos.getPromos(QStringLiteral("promos"));
-        promos.waitUntilDone();
-        QVERIFY(promos.serverApps.size() >= 2);
-        QCOMPARE(VLApp::initWithPromoItem(promos.serverApps.first().toMap()).deal_id, QStringLiteral("801"));
-
         RFShortURL shortener;
         QString shortLink;
         QString original;
