@@ -177,10 +177,7 @@ private slots:
         auto [reply, background, shown, diagnosticFile] =
             fetch<QByteArray, bool, QStringList, bool>("reply", "background", "shown", "diagnosticFile");
         QVERIFY(runCheck());
-        const QByteArray before = [] {
-            QFile file(VLScanData::pathForDataFile());
-            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-        }();
+        const QByteArray before = PlistFiles::readFile(VLScanData::pathForDataFile());
         QFile::remove(VLSendAllatOnceHelper::diagnosticFilePath());
 
         ScriptedHost host(fixedReply(reply));
@@ -197,9 +194,8 @@ private slots:
             return event.first().toString() == QLatin1String("VLUpdateDoneScannerFlag");
         }));
         // The records merged before the exchange are all the store holds: nothing of a failed match.
-        QFile file(VLScanData::pathForDataFile());
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(QJsonDocument::fromJson(file.readAll()), QJsonDocument::fromJson(before));
+        QCOMPARE(QJsonDocument::fromJson(PlistFiles::readFile(VLScanData::pathForDataFile())),
+                 QJsonDocument::fromJson(before));
     }
 
     void digestFallback()

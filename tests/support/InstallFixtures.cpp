@@ -25,12 +25,6 @@ QByteArray bigEndian(quint64 value, int size = 8)
     return bytes.right(size);
 }
 
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
 bool run(const QString &program, const QStringList &args, const QString &folder, const QString &outFile,
@@ -99,13 +93,13 @@ bool makeFlatPackage(const QString &root, const QString &package, const QString 
         return false;
     }
     if (pbzx) {
-        const QByteArray archive = readFile(cpio);
+        const QByteArray archive = PlistFiles::readFile(cpio);
         const QByteArray rest = archive.mid(archive.size() / 2);
         if (!PlistFiles::writeFile(cpio + u".1", archive.left(archive.size() / 2)) ||
             !run(u"xz"_s, {u"-kf"_s, cpio + u".1"}, root)) {
             return false;
         }
-        const QByteArray xz = readFile(cpio + u".1.xz");
+        const QByteArray xz = PlistFiles::readFile(cpio + u".1.xz");
         const quint64 more = 1 << 24;
         PlistFiles::writeFile(payload, "pbzx" + bigEndian(more) + bigEndian(more) + bigEndian(xz.size()) + xz +
                                            bigEndian(0) + bigEndian(rest.size()) + rest);
@@ -115,7 +109,7 @@ bool makeFlatPackage(const QString &root, const QString &package, const QString 
 
 bool makeUdif(const QString &volume, const QString &image)
 {
-    QByteArray data = readFile(volume);
+    QByteArray data = PlistFiles::readFile(volume);
     data.append(QByteArray((512 - data.size() % 512) % 512, 0));
     const quint64 sectors = quint64(data.size()) / 512;
     const auto chunk = [](quint32 type, quint64 first, quint64 count, quint64 length) -> QByteArray {
