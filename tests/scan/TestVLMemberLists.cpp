@@ -30,20 +30,6 @@ AppRef installedApp(const QString &vlID, const QString &path)
     return app;
 }
 
-// The reports the service stored, newest last.
-QList<QJsonObject> storedReports(ServiceProcess &service)
-{
-    QByteArray output;
-    service.runCommand({QStringLiteral("reports")}, &output);
-    QList<QJsonObject> reports;
-    for (const QByteArray &line : output.split('\n')) {
-        if (!line.isEmpty()) {
-            reports.append(QJsonDocument::fromJson(line).object());
-        }
-    }
-    return reports;
-}
-
 } // namespace
 
 class TestVLMemberLists : public QObject
@@ -123,7 +109,9 @@ private slots:
         sender.reportIssue(issue, *app, member);
         sender.waitUntilDone();
         QCOMPARE(sender.serverResonse, 200);
-        const QJsonObject fields = storedReports(m_service).last();
+        QByteArray reports; // one JSON line each, newest last
+        QCOMPARE(m_service.runCommand({QStringLiteral("reports")}, &reports), 0);
+        const QJsonObject fields = QJsonDocument::fromJson(reports.trimmed().split('\n').last()).object();
         QCOMPARE(fields.value(QStringLiteral("member_id")).toInt(), storedMember);
         QCOMPARE(fields.value(QStringLiteral("issue")).toString(), issue);
         QCOMPARE(fields.value(QStringLiteral("app_name")).toString(), name);

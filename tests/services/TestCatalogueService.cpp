@@ -14,29 +14,11 @@
 
 #include <QFile>
 #include <QFileInfo>
-#include <QTcpServer>
 #include <QThread>
 
 #include <memory>
 
 namespace {
-
-void setSetting(const char *key, const QVariant &value)
-{
-    VLSettings settings;
-    settings.setValue(QString::fromLatin1(key), value);
-    settings.sync();
-}
-
-// A loopback port on which nothing listens.
-quint16 closedPort()
-{
-    QTcpServer server;
-    server.listen(QHostAddress::LocalHost);
-    const quint16 port = server.serverPort();
-    server.close();
-    return port;
-}
 
 VLApp linkRecord(const char *id)
 {
@@ -121,7 +103,7 @@ private slots:
         QVERIFY(!QFileInfo::exists(VLApp::catalogueIconPath(unknown.digestString)));
 
         // With the site gone, the cached file still serves.
-        QVERIFY(pointHostsAt(QStringLiteral("http://127.0.0.1:%1").arg(closedPort()),
+        QVERIFY(pointHostsAt(QStringLiteral("http://127.0.0.1:1"), // nothing listens there
                              {SettingKey::serviceHost, SettingKey::siteHost}));
         VLApp again = linkRecord("5003");
         VLAppOnServer::getIcon(again);
@@ -140,8 +122,8 @@ private slots:
         VLApp app = linkRecord("5003");
 
         QVERIFY(!VLAppOnServer::saveToWatchListOnServer(app)); // nobody logged in
-        setSetting(SettingKey::lastlogin, memberId.toInt());
-        setSetting(SettingKey::sendEmail, true);
+        VLSettings().setValue(QString::fromLatin1(SettingKey::lastlogin), memberId.toInt());
+        VLSettings().setValue(QString::fromLatin1(SettingKey::sendEmail), true);
         QVERIFY(VLAppOnServer::saveToWatchListOnServer(app));
         const QByteArray added = "GET /vld6watchlists/awl/z/" + md5HexHash(memberId).toLatin1() + "/m/5003/e/1 200";
         QVERIFY(m_service.waitForLog(added));

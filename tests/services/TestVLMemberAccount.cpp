@@ -28,11 +28,6 @@ void setCookie(const QByteArray &name, const QByteArray &value, const QString &d
     HttpCookieJar::shared().insertCookie(cookie);
 }
 
-QString storedPassword(const QString &email)
-{
-    return VLKeychain::passwordForLabel(keychainName, email);
-}
-
 } // namespace
 
 class TestVLMemberAccount : public QObject
@@ -80,7 +75,7 @@ private slots:
         QCOMPARE(account.isLoggedIn, status.isEmpty());
         if (status.isEmpty()) {
             QCOMPARE(account.createErrorfield, QStringLiteral("Processing..."));
-            QCOMPARE(storedPassword(email), password);
+            QCOMPARE(VLKeychain::passwordForLabel(keychainName, email), password);
             QCOMPARE(VLMemberAccount::lastLoginMemberID(), account.memberID);
             QCOMPARE(VLMemberAccount::lastLoginName(), QStringLiteral("Ann"));
         } else if (status == u"taken") {
@@ -112,7 +107,7 @@ private slots:
         QCOMPARE(account.isLoggedIn, errorfield.isEmpty());
         if (errorfield.isEmpty()) {
             QCOMPARE(account.fullname, QStringLiteral("Ann Lee"));
-            QCOMPARE(storedPassword(email), password);
+            QCOMPARE(VLKeychain::passwordForLabel(keychainName, email), password);
         } else if (!password.isEmpty()) {
             QVERIFY(VLKeychain::accountsForLabel(keychainName).isEmpty());
             QCOMPARE(VLMemberAccount::lastLoginMemberID(), -1);
