@@ -60,8 +60,9 @@ private slots:
     void signup_data()
     {
         columns<QString, QString, QString>("email", "password", "status");
-        // A four-letter domain, the most the program accepts, and "+" and "." before the @.
-        row("new member", "ann.b+c@mail.example.info", "s3cret+/pw", "");
+        // A four-letter domain, the most the program accepts, and "+" and "." before the @; "+", "/" and "&" in the
+        // password.
+        row("new member", "ann.b+c@mail.example.info", "s3cret+/&pw", "");
         row("address taken", "ann.b+c@mail.example.info", "other", "taken");
         row("five-letter domain", "ann@example.velmo", "pw", "Invalid Email address");
         row("no domain dot", "ann@example", "pw", "Invalid Email address");
@@ -88,7 +89,7 @@ private slots:
     void login_data()
     {
         columns<QString, QString, QString>("email", "password", "errorfield");
-        row("right password", "ann.b+c@mail.example.info", "s3cret+/pw", "");
+        row("right password", "ann.b+c@mail.example.info", "s3cret+/&pw", "");
         row("wrong password", "ann.b+c@mail.example.info", "wrong", "Incorrect email or password");
         row("no password", "ann.b+c@mail.example.info", "", "Please enter email and password");
     }
