@@ -5,6 +5,7 @@
 #include "model/StringUtils.h"
 #include "platform/VLSettings.h"
 #include "support/CliRunner.h"
+#include "support/HostSettings.h"
 #include "support/KeyringSession.h"
 #include "support/ServiceProcess.h"
 
@@ -56,11 +57,8 @@ private slots:
     void initTestCase()
     {
         QVERIFY(m_service.start());
-        VLSettings settings;
-        for (const char *key : {SettingKey::serviceHost, SettingKey::siteHost, SettingKey::dealsHost,
-                                SettingKey::analyticsHost, SettingKey::shortenerHost}) {
-            settings.setValue(QString::fromLatin1(key), m_service.baseUrl());
-        }
+        QVERIFY(pointHostsAt(m_service.baseUrl(), {SettingKey::serviceHost, SettingKey::siteHost, SettingKey::dealsHost,
+                                                   SettingKey::analyticsHost, SettingKey::shortenerHost}));
     }
 
     void newcomer()

@@ -22,51 +22,30 @@ private slots:
         // candidates: those of the top folder; localPath "-": not installed.
         columns<QString, QString, QString, QString, QString>("entries", "record", "localPath", "candidates", "best");
         const char *foo = "/Applications/Foo.app";
-        QTest::newRow("image: app, read-me, link") << "Foo.app/|Read Me.rtf|Applications -> /Applications"
-                                                   << "Foo.app" << foo << "Foo.app"
-                                                   << "Foo.app";
-        QTest::newRow("vocabulary") << "__MACOSX/|.Foo.app/|Uninstall Foo.app/|CLI |Icon|License Agreement.pdf|"
-                                       "Foo.app/|Foo Updater.app/|Bar Dyn Updater.app/"
-                                    << "Foo.app" << foo << "Bar Dyn Updater.app|Foo.app"
-                                    << "Foo.app";
-        QTest::newRow("app beats its installer package") << "Foo Installer.pkg|Foo.app/"
-                                                         << "Foo.app" << foo << "Foo.app"
-                                                         << "Foo.app";
-        QTest::newRow("package pass drops the fall-back app seen before the named one")
-            << "Bar.app/|Foo.app/|Zed.pkg"
-            << "Foo.app" << foo << "Foo.app|Zed.pkg"
-            << "Foo.app";
-        QTest::newRow("named extension drops the unnamed app") << "Bar.app/|Foo.safariextz"
-                                                               << "Foo" << foo << "Foo.safariextz"
-                                                               << "Foo.safariextz";
-        QTest::newRow("any package when nothing matches") << "Bar.app/|Foo.pkg"
-                                                          << "Foo.app" << foo << "Bar.app|Foo.pkg"
-                                                          << "Foo.pkg";
-        QTest::newRow("one folder is descended") << "Foo 2.1/Foo.app/|Foo 2.1/Docs/"
-                                                 << "Foo.app" << foo << "Foo 2.1"
-                                                 << "Foo 2.1/Foo.app";
-        QTest::newRow("unrelated entries tried from last to first") << "Alpha/Foo.app/|Beta/Foo.app/"
-                                                                    << "Foo.app" << foo << "Alpha|Beta"
-                                                                    << "Beta/Foo.app";
-        QTest::newRow("first .app when no name matches") << "Bar.prefPane/|Baz.app/|X/"
-                                                         << "Foo.app" << foo << "Bar.prefPane|Baz.app|X"
-                                                         << "Baz.app";
-        QTest::newRow("a lone preference pane is not entered") << "Foo.prefPane/Contents/"
-                                                               << "Bar.prefPane" << foo << "Foo.prefPane"
-                                                               << "Foo.prefPane";
-        QTest::newRow("not installed: the record's name is the match") << "Foo Tools.app/|Foo.app/"
-                                                                       << "Foo.app"
-                                                                       << "-"
-                                                                       << "Foo Tools.app|Foo.app"
-                                                                       << "Foo.app";
-        QTest::newRow("the vendor's speaker app is passed over") << "Airfoil Speakers.app/|Airfoil.app/"
-                                                                 << "Airfoil"
-                                                                 << "-"
-                                                                 << "Airfoil Speakers.app|Airfoil.app"
-                                                                 << "Airfoil.app";
-        QTest::newRow("nothing to install") << "Read Me.txt"
-                                            << "Foo.app" << foo << ""
-                                            << "";
+        row("image: app, read-me, link", "Foo.app/|Read Me.rtf|Applications -> /Applications", "Foo.app", foo,
+            "Foo.app", "Foo.app");
+        row("vocabulary",
+            "__MACOSX/|.Foo.app/|Uninstall Foo.app/|CLI |Icon|License Agreement.pdf|Foo.app/|Foo Updater.app/|"
+            "Bar Dyn Updater.app/",
+            "Foo.app", foo, "Bar Dyn Updater.app|Foo.app", "Foo.app");
+        row("app beats its installer package", "Foo Installer.pkg|Foo.app/", "Foo.app", foo, "Foo.app", "Foo.app");
+        row("package pass drops the fall-back app seen before the named one", "Bar.app/|Foo.app/|Zed.pkg", "Foo.app",
+            foo, "Foo.app|Zed.pkg", "Foo.app");
+        row("named extension drops the unnamed app", "Bar.app/|Foo.safariextz", "Foo", foo, "Foo.safariextz",
+            "Foo.safariextz");
+        row("any package when nothing matches", "Bar.app/|Foo.pkg", "Foo.app", foo, "Bar.app|Foo.pkg", "Foo.pkg");
+        row("one folder is descended", "Foo 2.1/Foo.app/|Foo 2.1/Docs/", "Foo.app", foo, "Foo 2.1", "Foo 2.1/Foo.app");
+        row("unrelated entries tried from last to first", "Alpha/Foo.app/|Beta/Foo.app/", "Foo.app", foo, "Alpha|Beta",
+            "Beta/Foo.app");
+        row("first .app when no name matches", "Bar.prefPane/|Baz.app/|X/", "Foo.app", foo, "Bar.prefPane|Baz.app|X",
+            "Baz.app");
+        row("a lone preference pane is not entered", "Foo.prefPane/Contents/", "Bar.prefPane", foo, "Foo.prefPane",
+            "Foo.prefPane");
+        row("not installed: the record's name is the match", "Foo Tools.app/|Foo.app/", "Foo.app", "-",
+            "Foo Tools.app|Foo.app", "Foo.app");
+        row("the vendor's speaker app is passed over", "Airfoil Speakers.app/|Airfoil.app/", "Airfoil", "-",
+            "Airfoil Speakers.app|Airfoil.app", "Airfoil.app");
+        row("nothing to install", "Read Me.txt", "Foo.app", foo, "", "");
     }
 
     void choose()

@@ -4,10 +4,10 @@
 #include "install/QuitAndRelaunchGate.h"
 #include "model/VLApp.h"
 #include "platform/RunningProcesses.h"
-#include "platform/UserFeedback.h"
 #include "platform/VLSettings.h"
 #include "support/DataTable.h"
 #include "support/PlistFiles.h"
+#include "support/RecordingFeedback.h"
 #include "support/TestMain.h"
 
 #include <QDir>
@@ -18,26 +18,6 @@
 #include <QTemporaryDir>
 
 namespace {
-
-class AnsweringFeedback : public UserFeedback
-{
-public:
-    explicit AnsweringFeedback(bool answer) : m_answer(answer) { UserFeedback::install(this); }
-    ~AnsweringFeedback() override { UserFeedback::install(nullptr); }
-
-    void showAlert(const QString &, const QString &) override {}
-    void showSystemNotification(const QString &, const QString &, const QString &) override {}
-    bool askQuestion(const QString &message, const QString &, const QString &yes, const QString &no) override
-    {
-        asked = QStringList{message, yes, no};
-        return m_answer;
-    }
-
-    QStringList asked;
-
-private:
-    bool m_answer;
-};
 
 QList<qint64> pidsInside(const QString &folder)
 {
@@ -61,12 +41,9 @@ private slots:
     void runningApp_data()
     {
         columns<bool, bool, QString, QString>("answer", "proceeds", "failure", "newName");
-        QTest::newRow("quit and relaunched") << true << true << ""
-                                             << "";
-        QTest::newRow("relaunched as the new copy's executable") << true << true << ""
-                                                                 << "Sleeper 2";
-        QTest::newRow("skipped: left running") << false << false << "Installation skipped: Sleeper is running"
-                                               << "";
+        row("quit and relaunched", true, true, "", "");
+        row("relaunched as the new copy's executable", true, true, "", "Sleeper 2");
+        row("skipped: left running", false, false, "Installation skipped: Sleeper is running", "");
     }
 
     void runningApp()
@@ -80,13 +57,7 @@ private slots:
         QVERIFY2(!sleep.isEmpty(), "sleep is needed to stand for a running app");
         QVERIFY(QDir().mkpath(QFileInfo(executable).path()) && QFile::copy(sleep, executable));
         qint64 pid = 0;
-        QProcess sleeper;
-        sleeper.setProgram(executable);
-        sleeper.setArguments({QStringLiteral("300")});
-        sleeper.setWorkingDirectory(root.path());
-        sleeper.setStandardOutputFile(QProcess::nullDevice());
-        sleeper.setStandardErrorFile(QProcess::nullDevice());
-        QVERIFY(sleeper.startDetached(&pid));
+        QVERIFY(QProcess::startDetached(executable, {QStringLiteral("300")}, root.path(), &pid));
         const auto stopAll = qScopeGuard([&bundle] {
             for (const qint64 running : pidsInside(bundle)) {
                 RunningProcesses::terminate(running, 5000);
@@ -94,13 +65,13 @@ private slots:
         });
         QVERIFY(QTest::qWaitFor([&] { return pidsInside(bundle) == QList<qint64>{pid}; }, 5000));
 
-        AnsweringFeedback feedback(answer);
+        RecordingFeedback feedback(answer);
         VLApp app;
         QuitAndRelaunchGate gate(&app);
         QCOMPARE(gate.prepareToReplace(bundle), proceeds);
-        QCOMPARE(feedback.asked,
-                 (QStringList{QStringLiteral("Please quit the application before continuing installation."),
-                              QStringLiteral("Quit App and Proceed"), QStringLiteral("Skip Installation")}));
+        QCOMPARE(feedback.shown(),
+                 QStringList{QStringLiteral("question: Please quit the application before continuing "
+                                            "installation. / Quit App and Proceed / Skip Installation")});
         QCOMPARE(app.failMessage.load(), failure);
         QCOMPARE(pidsInside(bundle), proceeds ? QList<qint64>() : QList<qint64>{pid});
         if (proceeds) {

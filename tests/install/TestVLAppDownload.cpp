@@ -5,6 +5,7 @@
 #include "platform/VLNotificationCenter.h"
 #include "platform/VLSettings.h"
 #include "support/DataTable.h"
+#include "support/HostSettings.h"
 #include "support/ScriptedHost.h"
 #include "support/ServiceProcess.h"
 #include "support/TestMain.h"
@@ -81,11 +82,8 @@ private slots:
     void initTestCase()
     {
         QVERIFY(m_service.start());
-        VLSettings settings;
-        for (const char *host : {SettingKey::serviceHost, SettingKey::siteHost}) {
-            QVERIFY(settings.setValue(QLatin1String(host), m_service.baseUrl()));
-        }
-        QVERIFY(settings.setValue(QLatin1String(SettingKey::sendAnalytics), false));
+        QVERIFY(pointHostsAt(m_service.baseUrl(), {SettingKey::serviceHost, SettingKey::siteHost}));
+        QVERIFY(VLSettings().setValue(QLatin1String(SettingKey::sendAnalytics), false));
     }
 
     void download_data()
@@ -94,21 +92,16 @@ private slots:
             "file", "script", "filehash", "cancel", "failure", "opensInWindow", "events", "percent");
         const QStringList failed(2, QStringLiteral("VLDownloadFailed"));
         const ScriptedHost::Script none;
-        QTest::newRow("web page") << "velmora-journal.html" << none << "" << false << "No direct download found" << true
-                                  << failed << 0.0;
-        QTest::newRow("404") << "Nothing-1.0.zip" << none << "" << false << "Download - 404 Not Found" << true << failed
-                             << 0.0;
-        QTest::newRow("wrong hash") << "VelmoraNotes-2.0.zip" << none << sha256("another file") << false
-                                    << "The downloaded file does not match the catalogue's checksum; nothing was "
-                                       "installed"
-                                    << false << failed << 1.0;
-        QTest::newRow("no length: 555555 bytes assumed")
-            << "update.bin" << ScriptedHost::Script(sendsNoLength) << sha256(kBody) << false << "" << false
-            << QStringList() << kBody.size() / 555555.0;
-        QTest::newRow("cut half-way and continued") << "update.bin" << ScriptedHost::Script(breaksAtHalf)
-                                                    << sha256(kBody) << false << "" << false << QStringList() << 1.0;
-        QTest::newRow("cancelled") << "update.bin" << ScriptedHost::Script(trickles) << "" << true << "" << false
-                                   << QStringList{QStringLiteral("VLDownloadCanceled")} << -1.0;
+        const ScriptedHost::Script noLength(sendsNoLength), broken(breaksAtHalf), slow(trickles);
+        row("web page", "velmora-journal.html", none, "", false, "No direct download found", true, failed, 0.0);
+        row("404", "Nothing-1.0.zip", none, "", false, "Download - 404 Not Found", true, failed, 0.0);
+        row("wrong hash", "VelmoraNotes-2.0.zip", none, sha256("another file"), false,
+            "The downloaded file does not match the catalogue's checksum; nothing was installed", false, failed, 1.0);
+        row("no length: 555555 bytes assumed", "update.bin", noLength, sha256(kBody), false, "", false, QStringList(),
+            kBody.size() / 555555.0);
+        row("cut half-way and continued", "update.bin", broken, sha256(kBody), false, "", false, QStringList(), 1.0);
+        row("cancelled", "update.bin", slow, "", true, "", false, QStringList{QStringLiteral("VLDownloadCanceled")},
+            -1.0);
     }
 
     void download()

@@ -19,31 +19,25 @@ private slots:
     {
         columns<QString, QString, QStringList, Output, Output>("tool", "directory", "args", "input", "output");
         const QByteArray large(3 << 20, 'x');
-        const Output none;
         const QString sh = u"/bin/sh"_s;
         const QString cat = u"/bin/cat"_s;
-        QTest::newRow("output") << u"/bin/echo"_s << QString() << QStringList{u"a b"_s} << none << Output("a b\n");
-        QTest::newRow("no output is empty, not null")
-            << u"/bin/true"_s << QString() << QStringList() << none << Output("");
-        QTest::newRow("status 1 with output")
-            << sh << QString() << QStringList{u"-c"_s, u"echo out; exit 1"_s} << none << none;
-        QTest::newRow("killed") << sh << QString() << QStringList{u"-c"_s, u"kill -9 $$"_s} << none << none;
-        QTest::newRow("missing tool") << u"/nonexistent/tool"_s << QString() << QStringList() << none << none;
-        QTest::newRow("working folder") << u"/bin/pwd"_s << u"/usr"_s << QStringList() << none << Output("/usr\n");
-        QTest::newRow("input then end of file")
-            << cat << QString() << QStringList() << Output("yes\n") << Output("yes\n");
-        QTest::newRow("empty input is end of file") << cat << QString() << QStringList() << Output("") << Output("");
-        QTest::newRow("large input and output at once")
-            << cat << QString() << QStringList() << Output(large) << Output(large);
+        const QString none;
+        row("output", u"/bin/echo"_s, none, QStringList{u"a b"_s}, Output(), Output("a b\n"));
+        row("no output is empty, not null", u"/bin/true"_s, none, QStringList(), Output(), Output(""));
+        row("status 1 with output", sh, none, QStringList{u"-c"_s, u"echo out; exit 1"_s}, Output(), Output());
+        row("killed", sh, none, QStringList{u"-c"_s, u"kill -9 $$"_s}, Output(), Output());
+        row("missing tool", u"/nonexistent/tool"_s, none, QStringList(), Output(), Output());
+        row("working folder", u"/bin/pwd"_s, u"/usr"_s, QStringList(), Output(), Output("/usr\n"));
+        row("input then end of file", cat, none, QStringList(), Output("yes\n"), Output("yes\n"));
+        row("empty input is end of file", cat, none, QStringList(), Output(""), Output(""));
+        row("large input and output at once", cat, none, QStringList(), Output(large), Output(large));
         // Without input the pipe stays open: cat waits until timeout ends it with status 124.
-        QTest::newRow("no input: standard input stays open")
-            << u"/usr/bin/timeout"_s << QString() << QStringList{u"1"_s, cat} << none << none;
-        QTest::newRow("a child holding the output is waited for")
-            << sh << QString() << QStringList{u"-c"_s, u"(sleep 1; echo late) & echo early"_s} << none
-            << Output("early\nlate\n");
-        QTest::newRow("a tool that closed its output early is not waited for")
-            << sh << QString() << QStringList{u"-c"_s, u"echo early; exec >&- 2>&-; sleep 30; exit 1"_s} << none
-            << Output("early\n");
+        row("no input: standard input stays open", u"/usr/bin/timeout"_s, none, QStringList{u"1"_s, cat}, Output(),
+            Output());
+        row("a child holding the output is waited for", sh, none,
+            QStringList{u"-c"_s, u"(sleep 1; echo late) & echo early"_s}, Output(), Output("early\nlate\n"));
+        row("a tool that closed its output early is not waited for", sh, none,
+            QStringList{u"-c"_s, u"echo early; exec >&- 2>&-; sleep 30; exit 1"_s}, Output(), Output("early\n"));
     }
 
     void task()

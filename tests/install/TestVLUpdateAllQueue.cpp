@@ -9,8 +9,6 @@
 
 #include <QTimer>
 
-Q_DECLARE_METATYPE(UpdateAllButton)
-
 class TestVLUpdateAllQueue : public QObject
 {
     Q_OBJECT
@@ -22,8 +20,8 @@ private slots:
     void updateAll_data()
     {
         columns<bool>("cancelAfterFirst");
-        QTest::newRow("ten run to the end") << false;
-        QTest::newRow("cancelled after the first start") << true;
+        row("ten run to the end", false);
+        row("cancelled after the first start", true);
     }
 
     void updateAll()
@@ -77,21 +75,6 @@ private slots:
         QVERIFY(mostAtOnce <= VLUpdateAllQueue::kMaxInProgress);
         QVERIFY(!started.contains(apps.at(10).get()) && !started.contains(apps.last().get()));
         QCOMPARE(queue.buttonState(), UpdateAllButton::Cancel);
-    }
-
-    void buttonState_data()
-    {
-        columns<int, int, UpdateAllButton>("inProgress", "waiting", "button");
-        QTest::newRow("waiting, none running") << 0 << 4 << UpdateAllButton::UpdateAll;
-        QTest::newRow("running and waiting") << 1 << 4 << UpdateAllButton::Cancel;
-        QTest::newRow("running only") << 3 << 0 << UpdateAllButton::Cancel;
-        QTest::newRow("empty queue") << 0 << 0 << UpdateAllButton::Cancel;
-    }
-
-    void buttonState()
-    {
-        auto [inProgress, waiting, button] = fetch<int, int, UpdateAllButton>("inProgress", "waiting", "button");
-        QCOMPARE(updateAllButtonState(inProgress, waiting), button);
     }
 };
 

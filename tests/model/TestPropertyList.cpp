@@ -76,26 +76,24 @@ private slots:
         QTest::newRow("utf-8 with mark") << QByteArray("\xEF\xBB\xBF") + text.toUtf8() << value;
         QTest::newRow("utf-8") << text.toUtf8() << value;
         QTest::newRow("old-style braced dictionary") << "{ " + text.toUtf8() + " }" << value;
-        QTest::newRow("utf-16 xml") << utf16(QStringConverter::Utf16LE,
-                                             QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-16\"?>") + xml)
-                                    << value;
+        row("utf-16 xml",
+            utf16(QStringConverter::Utf16LE, QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-16\"?>") + xml),
+            value);
         QTest::newRow("binary plist") << PropertyList::toBinary({{QStringLiteral("k"), value}}) << value;
-        QTest::newRow("xml with utf-8 mark")
-            << "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>" + xml.toUtf8() << value;
+        row("xml with utf-8 mark", "\xEF\xBB\xBF<?xml version=\"1.0\" encoding=\"UTF-8\"?>" + xml.toUtf8(), value);
         QTest::newRow("xml after a comment") << "<!-- made by hand -->\n" + xml.toUtf8() << value;
-        QTest::newRow("xml declaration after white space and a comment")
-            << "\n <!-- c --><?xml version=\"1.0\" encoding=\"UTF-8\"?>" + xml.toUtf8() << value;
-        QTest::newRow("xml references and character data")
-            << QByteArray(
-                   "<plist><dict><key>k</key><string>&lt;&#xA9;&#233;&amp;<![CDATA[<b>&amp;]]><!-- c --></string>"
-                   "</dict></plist>")
-            << QStringLiteral("<\u00A9\u00E9&<b>&amp;");
+        row("xml declaration after white space and a comment",
+            "\n <!-- c --><?xml version=\"1.0\" encoding=\"UTF-8\"?>" + xml.toUtf8(), value);
+        row("xml references and character data",
+            QByteArray("<plist><dict><key>k</key><string>&lt;&#xA9;&#233;&amp;<![CDATA[<b>&amp;]]><!-- c --></string>"
+                       "</dict></plist>"),
+            QStringLiteral("<\u00A9\u00E9&<b>&amp;"));
         const QByteArray copyright = "<plist><dict><key>k</key><string>\xA9 2.0</string></dict></plist>";
-        QTest::newRow("xml in ISO-8859-1")
-            << "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" + copyright << QStringLiteral("\u00A9 2.0");
-        QTest::newRow("xml in macintosh")
-            << "<?xml version=\"1.0\" encoding=\"macintosh\"?>" + QByteArray(copyright).replace("\xA9", "\xA9\x8E")
-            << QStringLiteral("\u00A9\u00E9 2.0");
+        row("xml in ISO-8859-1", "<?xml version=\"1.0\" encoding=\"ISO-8859-1\"?>" + copyright,
+            QStringLiteral("\u00A9 2.0"));
+        row("xml in macintosh",
+            "<?xml version=\"1.0\" encoding=\"macintosh\"?>" + QByteArray(copyright).replace("\xA9", "\xA9\x8E"),
+            QStringLiteral("\u00A9\u00E9 2.0"));
     }
 
     void encodings()
@@ -137,8 +135,7 @@ private slots:
         QTest::newRow("empty") << QByteArray();
         QTest::newRow("not a plist") << QByteArray("hello");
         QTest::newRow("truncated xml") << QByteArray("<?xml version=\"1.0\"?><plist><dict><key>a</key>");
-        QTest::newRow("truncated binary")
-            << PropertyList::toBinary({{QStringLiteral("k"), QStringLiteral("v")}}).left(20);
+        row("truncated binary", PropertyList::toBinary({{QStringLiteral("k"), QStringLiteral("v")}}).left(20));
         QTest::newRow("array root") << QByteArray("<?xml version=\"1.0\"?><plist version=\"1.0\"><array/></plist>");
         QTest::newRow("entity declared") << QByteArray("<!DOCTYPE plist [<!ENTITY v \"1.0\">]><plist><dict><key>k</key>"
                                                        "<string>&v;</string></dict></plist>");
@@ -175,10 +172,10 @@ private slots:
         QTest::newRow("binary past the limit") << PropertyList::toBinary(nested(512)) << PlistBudget::tooDeep();
         QTest::newRow("old-style past the limit") << "k = " + QByteArray(512, '(') + QByteArray(512, ')') + ";"
                                                   << PlistBudget::tooDeep() + QStringLiteral(" at character 515");
-        QTest::newRow("tags inside a comment")
-            << "<?xml version=\"1.0\"?><plist><dict><!--" + QByteArray("<array>").repeated(600) +
-                   "--><key>k</key><array/></dict></plist>"
-            << "";
+        row("tags inside a comment",
+            "<?xml version=\"1.0\"?><plist><dict><!--" + QByteArray("<array>").repeated(600) +
+                "--><key>k</key><array/></dict></plist>",
+            "");
         for (const PlistFiles::HostileList &list : PlistFiles::hostileLists()) {
             QTest::newRow(list.name) << list.bytes << list.problem;
         }

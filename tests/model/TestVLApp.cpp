@@ -140,9 +140,6 @@ private slots:
     void fileSizes_data()
     {
         columns<QString, QString>("kilobytes", "expected");
-        const auto row = [](const char *tag, const char *kilobytes, const char *expected) {
-            QTest::newRow(tag) << QString::fromLatin1(kilobytes) << QString::fromLatin1(expected);
-        };
         row("zero", "0", "");
         row("under a kilobyte shows the kilobyte figure", "0.5", "0 bytes");
         row("just under the megabyte switch", "1022", "1022 KB");
@@ -183,12 +180,6 @@ private slots:
     {
         columns<QString, QString, QString, bool, QString, QString, bool, bool, bool>(
             "local", "remote", "skipped", "dontCheck", "license", "paidFlag", "paidBefore", "outdated", "paid");
-        const auto row = [](const char *tag, const char *local, const char *remote, const char *skipped, bool dontCheck,
-                            const char *license, const char *paidFlag, bool paidBefore, bool outdated, bool paid) {
-            QTest::newRow(tag) << QString::fromLatin1(local) << QString::fromLatin1(remote)
-                               << QString::fromLatin1(skipped) << dontCheck << QString::fromLatin1(license)
-                               << QString::fromLatin1(paidFlag) << paidBefore << outdated << paid;
-        };
         row("major change flagged", "1.5", "2.0", "-", false, "", "1", false, true, true);
         row("minor change flagged", "1.5", "1.6", "-", false, "", "1", true, true, false);
         row("free licence", "1.5", "2.0", "-", false, "Freeware", "1", false, true, false);

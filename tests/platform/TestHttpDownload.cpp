@@ -5,6 +5,7 @@
 #include "model/VLApp.h"
 #include "platform/HttpDownload.h"
 #include "support/DataTable.h"
+#include "support/PlistFiles.h"
 #include "support/ScriptedHost.h"
 #include "support/ServiceProcess.h"
 #include "support/TestMain.h"
@@ -19,12 +20,6 @@
 namespace {
 
 const QByteArray kBody = QByteArray("0123456789abcdef").repeated(4096);
-
-QByteArray contents(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray("(missing)");
-}
 
 // Runs the download on a worker thread that keeps app's progress fields, while this thread copies app (as the rows
 // do) and, when asked, cancels through app.didCancel once half has arrived. A part is written first when given.
@@ -85,8 +80,9 @@ private slots:
     void fromService()
     {
         auto [file, partBytes, status] = fetch<QString, int, int>("file", "partBytes", "status");
-        const QByteArray served =
-            status == 200 || status == 206 ? contents(ServiceProcess::filesDir() + u'/' + file) : QByteArray();
+        const QByteArray served = status == 200 || status == 206
+                                      ? PlistFiles::readFile(ServiceProcess::filesDir() + u'/' + file)
+                                      : QByteArray();
         QVERIFY(served.size() > partBytes);
         QTemporaryDir folder;
         DownloadRequest request{QUrl(m_service.baseUrl() + QStringLiteral("/files/") + file), {}, folder.path()};
@@ -97,7 +93,7 @@ private slots:
         QCOMPARE(result.resumed, partBytes > 0);
         QCOMPARE(result.finished(), !served.isEmpty());
         QCOMPARE(QDir(folder.path()).entryList(QDir::Files), served.isEmpty() ? QStringList() : QStringList{file});
-        QCOMPARE(contents(folder.filePath(file)), served.isEmpty() ? QByteArray("(missing)") : served);
+        QCOMPARE(PlistFiles::readFile(folder.filePath(file)), served); // its presence is checked just above
         QCOMPARE(app.receivedContentLength.load(), served.size());
         QCOMPARE(app.expectedContentLength.load(), served.size());
     }
@@ -118,13 +114,11 @@ private slots:
         };
         using O = DownloadResult::Outcome;
         const QByteArray half = kBody.left(32768);
-        QTest::newRow("200 to a Range: the whole file")
-            << ignoresRange << QByteArray("stale") << false << 30000 << O::Finished << kBody << 1;
-        QTest::newRow("another piece: asked again, whole")
-            << sendsAnotherPiece << QByteArray("stale") << false << 30000 << O::Finished << kBody << 2;
-        QTest::newRow("cancelled: part kept")
-            << stallsAtHalf << QByteArray() << true << 30000 << O::Canceled << half << 1;
-        QTest::newRow("stalled: part kept") << stallsAtHalf << QByteArray() << false << 500 << O::Failed << half << 1;
+        row("200 to a Range: the whole file", ignoresRange, QByteArray("stale"), false, 30000, O::Finished, kBody, 1);
+        row("another piece: asked again, whole", sendsAnotherPiece, QByteArray("stale"), false, 30000, O::Finished,
+            kBody, 2);
+        row("cancelled: part kept", stallsAtHalf, QByteArray(), true, 30000, O::Canceled, half, 1);
+        row("stalled: part kept", stallsAtHalf, QByteArray(), false, 500, O::Failed, half, 1);
     }
 
     void fromScriptedHost()
@@ -139,7 +133,7 @@ private slots:
         const DownloadResult result = download(request, app, part, cancelAtHalf);
         QTEST(result.outcome, "outcome");
         QCOMPARE(result.timedOut, idleMs < 1000);
-        QTEST(contents(folder.filePath(request.fileName)), "file");
+        QTEST(PlistFiles::readFile(folder.filePath(request.fileName)), "file");
         QTEST(int(host.requests().size()), "requests");
         QCOMPARE(host.requests().constFirst().header("Accept-Encoding"), QByteArray("identity"));
         QCOMPARE(host.requests().constFirst().header("Range"),

@@ -12,9 +12,6 @@ private slots:
     void redactSecrets_data()
     {
         columns<QString, QString>("line", "expected");
-        const auto row = [](const char *tag, const char *line, const char *expected) {
-            QTest::newRow(tag) << QString::fromUtf8(line) << QString::fromUtf8(expected);
-        };
         const char *md5 = "0123456789abcdef0123456789ABCDEF";
         row("sign-up password, escaped slash inside",
             "GET https://h/vld6member/signup/e/a%40b.c/p/pa%2Fss%20w/f/Ann/l/Lee failed",

@@ -4,6 +4,7 @@
 #include "platform/VLSettings.h"
 #include "platform/VLSettingsNotifier.h"
 #include "support/DataTable.h"
+#include "support/PlistFiles.h"
 #include "support/SmallDisk.h"
 #include "support/TestMain.h"
 
@@ -14,12 +15,6 @@
 #include <QTemporaryDir>
 
 namespace {
-
-QByteArray readBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
 
 // Writes key=value in one format and reads it back in another. Each file is read under a name never used before:
 // QSettings keeps what it last wrote to a name and would answer from that instead of the file.
@@ -105,14 +100,14 @@ private slots:
         }
         VLSettings settings;
         QVERIFY(settings.setValue(QString::fromLatin1(SettingKey::serviceHost), QStringLiteral("http://old:1")));
-        const QByteArray before = readBytes(settings.fileName());
+        const QByteArray before = PlistFiles::readFile(settings.fileName());
         QSignalSpy spy(&VLSettingsNotifier::instance(), &VLSettingsNotifier::changed);
 
         // More than the disk holds: the first write is cut short, the next one fails.
         const QString huge(int(disk.capacity()), QLatin1Char('x'));
         QVERIFY(!settings.setValue(QString::fromLatin1(SettingKey::siteHost), huge));
         QVERIFY(!settings.writeError().isEmpty());
-        QCOMPARE(readBytes(settings.fileName()), before);
+        QCOMPARE(PlistFiles::readFile(settings.fileName()), before);
         QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden),
                  QStringList{QFileInfo(settings.fileName()).fileName()});
         QCOMPARE(spy.count(), 0);

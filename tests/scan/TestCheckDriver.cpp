@@ -5,7 +5,6 @@
 #include "model/StringUtils.h"
 #include "model/VLApp.h"
 #include "platform/RAZipper.h"
-#include "platform/UserFeedback.h"
 #include "platform/VLNotificationCenter.h"
 #include "platform/VLSettings.h"
 #include "scan/AutomatchPost.h"
@@ -14,7 +13,9 @@
 #include "scan/VLScanData.h"
 #include "scan/VLSendAllatOnceHelper.h"
 #include "support/DataTable.h"
+#include "support/HostSettings.h"
 #include "support/PlistFiles.h"
+#include "support/RecordingFeedback.h"
 #include "support/ScriptedHost.h"
 #include "support/ServiceProcess.h"
 #include "support/TestMain.h"
@@ -22,7 +23,6 @@
 #include <QDir>
 #include <QFile>
 #include <QJsonDocument>
-#include <QMutex>
 #include <QSignalSpy>
 #include <QTcpSocket>
 
@@ -33,43 +33,10 @@ void setSetting(const char *key, const QVariant &value)
     VLSettings().setValue(QString::fromLatin1(key), value);
 }
 
-void pointHostsAt(const QString &base)
-{
-    for (const char *key : {SettingKey::serviceHost, SettingKey::siteHost, SettingKey::analyticsHost}) {
-        setSetting(key, base);
-    }
-}
-
 ScriptedHost::Script fixedReply(const QByteArray &body)
 {
     return [body](QTcpSocket *socket, const HostRequest &) { ScriptedHost::answer(socket, 200, {}, body); };
 }
-
-class RecordingFeedback : public UserFeedback
-{
-public:
-    RecordingFeedback() { UserFeedback::install(this); }
-    ~RecordingFeedback() override { UserFeedback::install(nullptr); }
-    void showAlert(const QString &message, const QString &) override { add(QStringLiteral("alert: ") + message); }
-    void showSystemNotification(const QString &title, const QString &text, const QString &button) override
-    {
-        add(QStringLiteral("notice: %1 / %2 / %3").arg(title, text, button));
-    }
-    QStringList shown() const
-    {
-        const QMutexLocker lock(&m_mutex);
-        return m_shown;
-    }
-
-private:
-    void add(const QString &line)
-    {
-        const QMutexLocker lock(&m_mutex);
-        m_shown << line;
-    }
-    mutable QMutex m_mutex;
-    QStringList m_shown;
-};
 
 // One check to its end; false when the exchange failed.
 bool runCheck(bool background = false)
@@ -135,15 +102,13 @@ private slots:
         columns<QString, QString, QString, QDateTime, QString>("localPath", "name", "version", "opened", "fields");
         const QString path = QStringLiteral("/Applications/A b.app");
         const QDateTime may4 = QDateTime(QDate(2013, 5, 4), QTime(12, 0), Qt::UTC);
-        QTest::newRow("encoded and as is") << path << QStringLiteral("A b.app") << QStringLiteral("1.0 b&2") << may4
-                                           << QStringLiteral("&app[3][t]=A%20b.app&app[3][p]=DIGEST&app[3][d]=A%20b"
-                                                             "&app[3][v]=1.0 b&2&app[3][b]=com.example.a"
-                                                             "&app[3][m]=2013-05-04%2012%3A00%3A00%20%2B0000");
-        QTest::newRow("absent values") << path << QStringLiteral("Café.app") << QString() << QDateTime()
-                                       << QStringLiteral("&app[3][t]=(null)&app[3][p]=DIGEST&app[3][d]=A%20b"
-                                                         "&app[3][v]=(null)&app[3][b]=com.example.a&app[3][m]=(null)");
-        QTest::newRow("not installed: nothing, index used")
-            << QStringLiteral("-") << QStringLiteral("A b.app") << QStringLiteral("1") << may4 << QString();
+        row("encoded and as is", path, "A b.app", "1.0 b&2", may4,
+            "&app[3][t]=A%20b.app&app[3][p]=DIGEST&app[3][d]=A%20b&app[3][v]=1.0 b&2&app[3][b]=com.example.a"
+            "&app[3][m]=2013-05-04%2012%3A00%3A00%20%2B0000");
+        row("absent values", path, "Café.app", QString(), QDateTime(),
+            "&app[3][t]=(null)&app[3][p]=DIGEST&app[3][d]=A%20b&app[3][v]=(null)&app[3][b]=com.example.a"
+            "&app[3][m]=(null)");
+        row("not installed: nothing, index used", "-", "A b.app", "1", may4, QString());
     }
 
     void requestText()
@@ -203,8 +168,7 @@ private slots:
         QTest::newRow("not zlib") << QByteArray("hello") << false << receiving << true;
         QTest::newRow("zlib, not JSON") << *RAZipper::compressedDataForData("[1, 2") << false << receiving << true;
         QTest::newRow("empty") << QByteArray() << false << receiving << true;
-        QTest::newRow("refused") << QByteArray("closed") << false
-                                 << QStringList{QStringLiteral("alert: Connection error!")} << false;
+        row("refused", QByteArray("closed"), false, QStringList{QStringLiteral("alert: Connection error!")}, false);
         QTest::newRow("background: nothing shown") << QByteArray("hello") << true << QStringList() << false;
     }
 
@@ -213,10 +177,7 @@ private slots:
         auto [reply, background, shown, diagnosticFile] =
             fetch<QByteArray, bool, QStringList, bool>("reply", "background", "shown", "diagnosticFile");
         QVERIFY(runCheck());
-        const QByteArray before = [] {
-            QFile file(VLScanData::pathForDataFile());
-            return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-        }();
+        const QByteArray before = PlistFiles::readFile(VLScanData::pathForDataFile());
         QFile::remove(VLSendAllatOnceHelper::diagnosticFilePath());
 
         ScriptedHost host(fixedReply(reply));
@@ -233,9 +194,8 @@ private slots:
             return event.first().toString() == QLatin1String("VLUpdateDoneScannerFlag");
         }));
         // The records merged before the exchange are all the store holds: nothing of a failed match.
-        QFile file(VLScanData::pathForDataFile());
-        QVERIFY(file.open(QIODevice::ReadOnly));
-        QCOMPARE(QJsonDocument::fromJson(file.readAll()), QJsonDocument::fromJson(before));
+        QCOMPARE(QJsonDocument::fromJson(PlistFiles::readFile(VLScanData::pathForDataFile())),
+                 QJsonDocument::fromJson(before));
     }
 
     void digestFallback()

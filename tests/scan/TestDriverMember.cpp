@@ -7,12 +7,13 @@
 #include "services/VLAppOnServer.h"
 #include "services/VLKeychain.h"
 #include "services/VLMemberAccount.h"
+#include "support/HostSettings.h"
 #include "support/KeyringSession.h"
+#include "support/PlistFiles.h"
 #include "support/ServiceProcess.h"
 
 #include <QDir>
 #include <QSignalSpy>
-#include <QTcpServer>
 
 class TestDriverMember : public QObject
 {
@@ -24,15 +25,9 @@ private slots:
     void loginWatchListLogout()
     {
         QVERIFY(m_service.start());
+        QVERIFY(pointHostsAt(m_service.baseUrl()));
+        QVERIFY(pointHostsAt(QStringLiteral("http://127.0.0.1:1"), {SettingKey::dealsHost})); // nothing listens there
         VLSettings settings;
-        for (const char *key : {SettingKey::serviceHost, SettingKey::siteHost, SettingKey::analyticsHost}) {
-            settings.setValue(QString::fromLatin1(key), m_service.baseUrl());
-        }
-        QTcpServer closed;
-        closed.listen(QHostAddress::LocalHost);
-        settings.setValue(QString::fromLatin1(SettingKey::dealsHost),
-                          QStringLiteral("http://127.0.0.1:%1").arg(closed.serverPort()));
-        closed.close();
 
         VLMemberAccount member;
         member.signupEmail = QStringLiteral("driver@example.com");
@@ -62,13 +57,10 @@ private slots:
         QCOMPARE(driver.memberAccount().fullname, QStringLiteral("D R"));
 
         // A scan that meets an unreadable property list uploads it, with the member's id.
-        const QString bundle = QDir::tempPath() + QStringLiteral("/volume/Applications/Broken.app/Contents");
-        QVERIFY(QDir().mkpath(bundle));
-        QFile plist(bundle + QStringLiteral("/Info.plist"));
-        QVERIFY(plist.open(QIODevice::WriteOnly) && plist.write("<plist><dict><key>CFBundleName") > 0);
-        plist.close();
-        settings.setValue(QString::fromLatin1(SettingKey::volumeRoot),
-                          QString(QDir::tempPath() + QStringLiteral("/volume")));
+        const QString volume = QDir::tempPath() + QStringLiteral("/volume");
+        QVERIFY(PlistFiles::writeFile(volume + QStringLiteral("/Applications/Broken.app/Contents/Info.plist"),
+                                      "<plist><dict><key>CFBundleName"));
+        settings.setValue(QString::fromLatin1(SettingKey::volumeRoot), volume);
         driver.checkForUpdates();
         QTRY_COMPARE_WITH_TIMEOUT(checked.count(), 2, 60000);
         QByteArray reports;

@@ -1,5 +1,5 @@
-// The member's lists merged into the store, reports, deals, the cart and short links, against the real
-// velmora-service.
+// The member's lists merged into the store, reports, the cart and short links, against the real velmora-service.
+// The deals are read end to end by the CLI's account test.
 
 #include "model/PropertyList.h"
 #include "model/StringUtils.h"
@@ -9,13 +9,12 @@
 #include "scan/VLScanData.h"
 #include "services/RFShortURL.h"
 #include "services/VLAppOnServer.h"
-#include "services/VLBadPlistSender.h"
 #include "services/VLCartSender.h"
-#include "services/VLPromos.h"
 #include "services/VLPurchases.h"
 #include "services/VLReportProblemSender.h"
 #include "services/VLWatchLists.h"
 #include "support/DataTable.h"
+#include "support/HostSettings.h"
 #include "support/ServiceProcess.h"
 #include "support/TestMain.h"
 
@@ -31,20 +30,6 @@ AppRef installedApp(const QString &vlID, const QString &path)
     return app;
 }
 
-// The reports the service stored, newest last.
-QList<QJsonObject> storedReports(ServiceProcess &service)
-{
-    QByteArray output;
-    service.runCommand({QStringLiteral("reports")}, &output);
-    QList<QJsonObject> reports;
-    for (const QByteArray &line : output.split('\n')) {
-        if (!line.isEmpty()) {
-            reports.append(QJsonDocument::fromJson(line).object());
-        }
-    }
-    return reports;
-}
-
 } // namespace
 
 class TestVLMemberLists : public QObject
@@ -58,16 +43,13 @@ private slots:
     void initTestCase()
     {
         QVERIFY(m_service.start());
-        VLSettings settings;
-        for (const char *key :
-             {SettingKey::serviceHost, SettingKey::dealsHost, SettingKey::shortenerHost, SettingKey::analyticsHost}) {
-            settings.setValue(QString::fromLatin1(key), m_service.baseUrl());
-        }
+        QVERIFY(pointHostsAt(m_service.baseUrl(), {SettingKey::serviceHost, SettingKey::dealsHost,
+                                                   SettingKey::shortenerHost, SettingKey::analyticsHost}));
         const WebResult signup = sendWebRequest(WebRequest::get(
             QUrl(m_service.baseUrl() + QStringLiteral("/vld6member/signup/e/l%40example.com/p/pw/f/L/l/M"))));
         m_member = QJsonDocument::fromJson(signup.body).object().value(QStringLiteral("id")).toInt();
         QVERIFY(m_member > 0);
-        settings.setValue(QString::fromLatin1(SettingKey::lastlogin), m_member);
+        VLSettings().setValue(QString::fromLatin1(SettingKey::lastlogin), m_member);
     }
 
     void mergeAndStrip()
@@ -114,12 +96,8 @@ private slots:
     void problemReport_data()
     {
         columns<QString, QString, QString, int, int>("issue", "name", "path", "member", "storedMember");
-        QTest::newRow("signed out") << "Wrong version"
-                                    << "Notes"
-                                    << "/Applications/Notes.app" << 0 << -1;
-        QTest::newRow("non-ASCII text, & in name and path") << "Größe falsch – ✓"
-                                                            << "Salt & Pepper"
-                                                            << "/Applications/A&B.app" << 42 << 42;
+        row("signed out", "Wrong version", "Notes", "/Applications/Notes.app", 0, -1);
+        row("non-ASCII text, & in name and path", "Größe falsch – ✓", "Salt & Pepper", "/Applications/A&B.app", 42, 42);
     }
     void problemReport()
     {
@@ -131,32 +109,18 @@ private slots:
         sender.reportIssue(issue, *app, member);
         sender.waitUntilDone();
         QCOMPARE(sender.serverResonse, 200);
-        const QJsonObject fields = storedReports(m_service).last();
+        QByteArray reports; // one JSON line each, newest last
+        QCOMPARE(m_service.runCommand({QStringLiteral("reports")}, &reports), 0);
+        const QJsonObject fields = QJsonDocument::fromJson(reports.trimmed().split('\n').last()).object();
         QCOMPARE(fields.value(QStringLiteral("member_id")).toInt(), storedMember);
         QCOMPARE(fields.value(QStringLiteral("issue")).toString(), issue);
         QCOMPARE(fields.value(QStringLiteral("app_name")).toString(), name);
         QCOMPARE(fields.value(QStringLiteral("path")).toString(), path);
     }
 
-    void badPlist()
+    // A link without a scheme is sent as http.
+    void shortLink()
     {
-        VLBadPlistSender sender;
-        sender.uploadlist(QStringLiteral("<plist><dict><key>CFBundleName</key>"), m_member);
-        sender.waitUntilDone();
-        const QJsonObject report = storedReports(m_service).last();
-        QCOMPARE(report.value(QStringLiteral("plist")).toString(),
-                 QStringLiteral("<plist><dict><key>CFBundleName</key>"));
-        QCOMPARE(report.value(QStringLiteral("member_id")).toInt(), m_member);
-    }
-
-    void dealsAndShortLink()
-    {
-        VLPromos promos;
-        promos.getPromos(QStringLiteral("promos"));
-        promos.waitUntilDone();
-        QVERIFY(promos.serverApps.size() >= 2);
-        QCOMPARE(VLApp::initWithPromoItem(promos.serverApps.first().toMap()).deal_id, QStringLiteral("801"));
-
         RFShortURL shortener;
         QString shortLink;
         QString original;

@@ -32,12 +32,6 @@ AppRef record(const QString &path, const QString &vlID)
     return app;
 }
 
-QByteArray readBytes(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
 } // namespace
 
 class TestVLScanData : public QObject
@@ -82,7 +76,7 @@ private slots:
                 AppList{record(bundle, QStringLiteral("501")), record(QStringLiteral("-"), QStringLiteral("502"))});
             QVERIFY(store.saveDataToDisk());
         }
-        const QJsonObject root = QJsonDocument::fromJson(readBytes(m_file)).object();
+        const QJsonObject root = QJsonDocument::fromJson(PlistFiles::readFile(m_file)).object();
         QCOMPARE(root.keys(), QStringList{QStringLiteral("apps")});
         QCOMPARE(root.value(QStringLiteral("apps")).toArray().size(), 2);
 
@@ -128,7 +122,7 @@ private slots:
         QCOMPARE(QFile::exists(m_file), aside != QLatin1String("moved"));
         QCOMPARE(store.damage().has_value(), aside != QLatin1String("none")); // for a front end to tell the user
         if (aside != QLatin1String("none")) {
-            QCOMPARE(readBytes(damaged), content);
+            QCOMPARE(PlistFiles::readFile(damaged), content);
             QCOMPARE(store.damage()->keptAs, damaged);
         }
 
@@ -137,7 +131,7 @@ private slots:
         QVERIFY(store.saveDataToDisk());
         QCOMPARE(VLScanData(m_file).apps()->size(), 1);
         if (aside != QLatin1String("none")) {
-            QCOMPARE(readBytes(damaged), content);
+            QCOMPARE(PlistFiles::readFile(damaged), content);
         }
     }
 
@@ -189,7 +183,7 @@ private slots:
         VLScanData store(file);
         store.setApps(AppList{record(QStringLiteral("-"), QStringLiteral("1"))});
         QVERIFY(store.saveDataToDisk());
-        const QByteArray before = readBytes(file);
+        const QByteArray before = PlistFiles::readFile(file);
 
         // More than the disk holds: the first write is cut short, the next one fails.
         AppList many;
@@ -199,7 +193,7 @@ private slots:
         }
         store.setApps(many);
         QVERIFY(!store.saveDataToDisk());
-        QCOMPARE(readBytes(file), before);
+        QCOMPARE(PlistFiles::readFile(file), before);
         QCOMPARE(QDir(folder).entryList(QDir::Files | QDir::Hidden),
                  (QStringList{QStringLiteral("vldscan.vld6"), QStringLiteral("vldscan.vld6.lock")}));
         QCOMPARE(store.apps()->size(), 40); // the records in memory stay, to be saved later

@@ -4,7 +4,6 @@
 #include "platform/RAZipper.h"
 
 #include <QJsonDocument>
-#include <QTcpSocket>
 
 #include <cerrno>
 #include <netinet/in.h>
@@ -42,19 +41,6 @@ HttpAnswer ServiceClient::get(const QByteArray &target, const httplib::Headers &
 HttpAnswer ServiceClient::post(const QByteArray &target, const QByteArray &body, const char *contentType)
 {
     return answer(m_client.Post(target.toStdString(), body.toStdString(), contentType));
-}
-
-QByteArray ServiceClient::raw(const QByteArray &request)
-{
-    QTcpSocket socket;
-    socket.connectToHost(QStringLiteral("127.0.0.1"), m_port);
-    if (!socket.waitForConnected(5000))
-        return {};
-    socket.write(request);
-    QByteArray answer;
-    while (socket.state() == QAbstractSocket::ConnectedState && socket.waitForReadyRead(5000))
-        answer += socket.readAll();
-    return answer + socket.readAll();
 }
 
 int ServiceClient::openSocket() const

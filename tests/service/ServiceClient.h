@@ -25,10 +25,6 @@ public:
     HttpAnswer post(const QByteArray &target, const QByteArray &body,
                     const char *contentType = "application/x-www-form-urlencoded");
 
-    // Sends the bytes as they are over a new connection and returns everything the service answers, for
-    // checks on the exact header bytes (the client above decodes header values).
-    QByteArray raw(const QByteArray &request);
-
     // A new connection to the service as a plain blocking socket whose reads give up after 30 s (-1 when it cannot
     // connect); the caller closes it.
     int openSocket() const;

@@ -49,12 +49,10 @@ private slots:
         columns<QByteArray, QByteArray, QByteArray, QString, QString, QString, QString>(
             "bundleId", "bundleName", "displayName", "name", "version", "minOs", "stability");
         // 1Password's bundle id is claimed by its beta and nightly channels too: the release wins.
-        QTest::newRow("shared bundle id")
-            << QByteArray("com.1password.1password") << QByteArray("x.app") << QByteArray("x")
-            << QStringLiteral("1Password") << QStringLiteral("8.12.0") << QStringLiteral("12.0") << QString();
-        QTest::newRow("display name") << QByteArray("") << QByteArray("x.app") << QByteArray("visual studio code")
-                                      << QStringLiteral("Microsoft Visual Studio Code") << QStringLiteral("1.109.0")
-                                      << QString() << QString();
+        row("shared bundle id", QByteArray("com.1password.1password"), QByteArray("x.app"), QByteArray("x"),
+            "1Password", "8.12.0", "12.0", QString());
+        row("display name", QByteArray(""), QByteArray("x.app"), QByteArray("visual studio code"),
+            "Microsoft Visual Studio Code", "1.109.0", QString(), QString());
     }
 
     void realRecordsMatch()
@@ -72,13 +70,13 @@ private slots:
     void refusedFilesWriteNothing_data()
     {
         QTest::addColumn<QByteArray>("content");
-        QTest::newRow("not JSON") << QByteArray("[{\"name\": ");
-        QTest::newRow("third record has no name") << QByteArray(
-            R"([{"name":"Alpha Tool","key":"alpha"},{"name":"Beta Tool","key":"beta"},{"key":"nameless"}])");
-        QTest::newRow("id not decimal") << QByteArray(R"([{"name":"Gamma","vl_id":"12a"}])");
-        QTest::newRow("list of numbers") << QByteArray(R"([{"name":"Delta","bundle_ids":[1,2]}])");
-        QTest::newRow("bundle of unknown id")
-            << QByteArray(R"({"apps":[{"name":"Eps","key":"eps"}],"bundles":{"9":["777"]}})");
+        row("not JSON", QByteArray("[{\"name\": "));
+        row("third record has no name",
+            QByteArray(
+                R"([{"name":"Alpha Tool","key":"alpha"},{"name":"Beta Tool","key":"beta"},{"key":"nameless"}])"));
+        row("id not decimal", QByteArray(R"([{"name":"Gamma","vl_id":"12a"}])"));
+        row("list of numbers", QByteArray(R"([{"name":"Delta","bundle_ids":[1,2]}])"));
+        row("bundle of unknown id", QByteArray(R"({"apps":[{"name":"Eps","key":"eps"}],"bundles":{"9":["777"]}})"));
     }
 
     void refusedFilesWriteNothing()

@@ -77,13 +77,11 @@ private slots:
     {
         // A null value: not parsed.
         columns<QByteArray, QString, QString>("target", "key", "value");
-        QTest::newRow("encoded slash stays in its value")
-            << QByteArray("/m/signup/e/a%40b.co/p/x%2Fy/f/A/l/B") << QStringLiteral("p") << QStringLiteral("x/y");
-        QTest::newRow("rest key takes the rest")
-            << QByteArray("/m/signup/e/a/p/b/utmz/ab/cd+=") << QStringLiteral("utmz") << QStringLiteral("ab/cd+=");
-        QTest::newRow("query left out") << QByteArray("/m/x/u/1?p=2") << QStringLiteral("u") << QStringLiteral("1");
-        QTest::newRow("key without value") << QByteArray("/m/x/u/1/p") << QStringLiteral("u") << QString();
-        QTest::newRow("bad escape") << QByteArray("/m/x/u/%zz") << QStringLiteral("u") << QString();
+        row("encoded slash stays in its value", QByteArray("/m/signup/e/a%40b.co/p/x%2Fy/f/A/l/B"), "p", "x/y");
+        row("rest key takes the rest", QByteArray("/m/signup/e/a/p/b/utmz/ab/cd+="), "utmz", "ab/cd+=");
+        row("query left out", QByteArray("/m/x/u/1?p=2"), "u", "1");
+        row("key without value", QByteArray("/m/x/u/1/p"), "u", QString());
+        row("bad escape", QByteArray("/m/x/u/%zz"), "u", QString());
     }
 
     void pathPairs()
@@ -99,11 +97,10 @@ private slots:
     void importRefusesTwoRecordsOfOneId_data()
     {
         columns<QByteArray, QString>("json", "named");
-        QTest::newRow("same id") << QByteArray(R"([{"name":"A","vl_id":"7001"},{"name":"B","vl_id":7001}])")
-                                 << QStringLiteral("records 0 and 1 have the same catalogue id 7001");
-        QTest::newRow("same key") << QByteArray(
-                                         R"({"apps":[{"name":"A","key":"k"},{"name":"C"},{"name":"B","key":"k"}]})")
-                                  << QStringLiteral("records 0 and 2 have the same key key:k");
+        row("same id", QByteArray(R"([{"name":"A","vl_id":"7001"},{"name":"B","vl_id":7001}])"),
+            "records 0 and 1 have the same catalogue id 7001");
+        row("same key", QByteArray(R"({"apps":[{"name":"A","key":"k"},{"name":"C"},{"name":"B","key":"k"}]})"),
+            "records 0 and 2 have the same key key:k");
     }
 
     void importRefusesTwoRecordsOfOneId()
@@ -118,14 +115,13 @@ private slots:
     {
         // json: the value of min_macos, as JSON.
         columns<QByteArray, QString>("json", "expected");
-        QTest::newRow("el_capitan") << QByteArray("\">= :el_capitan\"") << QStringLiteral("10.11");
-        QTest::newRow("tahoe") << QByteArray("\">= :tahoe\"") << QStringLiteral("26.0");
-        QTest::newRow("a list: the oldest")
-            << QByteArray("[\":sonoma\", \":catalina\", \":big_sur\"]") << QStringLiteral("10.15");
-        QTest::newRow("a ceiling is no minimum") << QByteArray("\"<= :sonoma\"") << QString();
-        QTest::newRow("a number") << QByteArray("\">= \\\"10.9\\\"\"") << QStringLiteral("10.9");
-        QTest::newRow("unknown name") << QByteArray("\">= :nothing\"") << QString();
-        QTest::newRow("none") << QByteArray("null") << QString();
+        row("el_capitan", QByteArray("\">= :el_capitan\""), "10.11");
+        row("tahoe", QByteArray("\">= :tahoe\""), "26.0");
+        row("a list: the oldest", QByteArray("[\":sonoma\", \":catalina\", \":big_sur\"]"), "10.15");
+        row("a ceiling is no minimum", QByteArray("\"<= :sonoma\""), QString());
+        row("a number", QByteArray("\">= \\\"10.9\\\"\""), "10.9");
+        row("unknown name", QByteArray("\">= :nothing\""), QString());
+        row("none", QByteArray("null"), QString());
     }
 
     void minimumOsVersion()
@@ -166,10 +162,9 @@ private slots:
     void rankingAmongClaimants_data()
     {
         columns<QString, QString>("bundleId", "expected");
-        QTest::newRow("release over beta at the same place")
-            << QStringLiteral("com.example.app") << QStringLiteral("12");
-        QTest::newRow("earlier in its own list wins") << QStringLiteral("com.example.helper") << QStringLiteral("10");
-        QTest::newRow("older id when all else is equal") << QStringLiteral("com.example.tool") << QStringLiteral("14");
+        row("release over beta at the same place", "com.example.app", "12");
+        row("earlier in its own list wins", "com.example.helper", "10");
+        row("older id when all else is equal", "com.example.tool", "14");
     }
 
     void rankingAmongClaimants()

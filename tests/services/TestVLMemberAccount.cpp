@@ -8,6 +8,7 @@
 #include "services/VLKeychain.h"
 #include "services/VLMemberAccount.h"
 #include "support/DataTable.h"
+#include "support/HostSettings.h"
 #include "support/KeyringSession.h"
 #include "support/ScriptedHost.h"
 #include "support/ServiceProcess.h"
@@ -19,25 +20,12 @@ namespace {
 
 const QString keychainName = QStringLiteral("Velmora Desktop");
 
-void setHosts(const QString &base)
-{
-    VLSettings settings;
-    for (const char *key : {SettingKey::serviceHost, SettingKey::siteHost, SettingKey::analyticsHost}) {
-        settings.setValue(QString::fromLatin1(key), base);
-    }
-}
-
 void setCookie(const QByteArray &name, const QByteArray &value, const QString &domain)
 {
     QNetworkCookie cookie(name, value);
     cookie.setDomain(domain);
     cookie.setPath(QStringLiteral("/"));
     HttpCookieJar::shared().insertCookie(cookie);
-}
-
-QString storedPassword(const QString &email)
-{
-    return VLKeychain::passwordForLabel(keychainName, email);
 }
 
 } // namespace
@@ -64,7 +52,7 @@ private slots:
 
     void init()
     {
-        setHosts(m_service.baseUrl());
+        pointHostsAt(m_service.baseUrl());
         HttpCookieJar::shared().setCookies({});
         VLMemberAccount().reset();
     }
@@ -72,18 +60,14 @@ private slots:
     void signup_data()
     {
         columns<QString, QString, QString>("email", "password", "status");
-        QTest::newRow("new member") << "ann@example.com"
-                                    << "s3cret+/pw"
-                                    << "";
-        QTest::newRow("address taken") << "ann@example.com"
-                                       << "other"
-                                       << "taken";
-        QTest::newRow("five-letter domain") << "ann@example.velmo"
-                                            << "pw"
-                                            << "Invalid Email address";
-        QTest::newRow("no password") << "ann@example.com"
-                                     << ""
-                                     << "Please enter required account info";
+        // A four-letter domain, the most the program accepts, and "+" and "." before the @; "+", "/" and "&" in the
+        // password.
+        row("new member", "ann.b+c@mail.example.info", "s3cret+/&pw", "");
+        row("address taken", "ann.b+c@mail.example.info", "other", "taken");
+        row("five-letter domain", "ann@example.velmo", "pw", "Invalid Email address");
+        row("no domain dot", "ann@example", "pw", "Invalid Email address");
+        row("space in the address", "a b@example.com", "pw", "Invalid Email address");
+        row("no password", "ann@example.com", "", "Please enter required account info");
     }
     void signup()
     {
@@ -92,7 +76,7 @@ private slots:
         QCOMPARE(account.isLoggedIn, status.isEmpty());
         if (status.isEmpty()) {
             QCOMPARE(account.createErrorfield, QStringLiteral("Processing..."));
-            QCOMPARE(storedPassword(email), password);
+            QCOMPARE(VLKeychain::passwordForLabel(keychainName, email), password);
             QCOMPARE(VLMemberAccount::lastLoginMemberID(), account.memberID);
             QCOMPARE(VLMemberAccount::lastLoginName(), QStringLiteral("Ann"));
         } else if (status == u"taken") {
@@ -105,15 +89,9 @@ private slots:
     void login_data()
     {
         columns<QString, QString, QString>("email", "password", "errorfield");
-        QTest::newRow("right password") << "ann@example.com"
-                                        << "s3cret+/pw"
-                                        << "";
-        QTest::newRow("wrong password") << "ann@example.com"
-                                        << "wrong"
-                                        << "Incorrect email or password";
-        QTest::newRow("no password") << "ann@example.com"
-                                     << ""
-                                     << "Please enter email and password";
+        row("right password", "ann.b+c@mail.example.info", "s3cret+/&pw", "");
+        row("wrong password", "ann.b+c@mail.example.info", "wrong", "Incorrect email or password");
+        row("no password", "ann.b+c@mail.example.info", "", "Please enter email and password");
     }
     void login()
     {
@@ -130,7 +108,7 @@ private slots:
         QCOMPARE(account.isLoggedIn, errorfield.isEmpty());
         if (errorfield.isEmpty()) {
             QCOMPARE(account.fullname, QStringLiteral("Ann Lee"));
-            QCOMPARE(storedPassword(email), password);
+            QCOMPARE(VLKeychain::passwordForLabel(keychainName, email), password);
         } else if (!password.isEmpty()) {
             QVERIFY(VLKeychain::accountsForLabel(keychainName).isEmpty());
             QCOMPARE(VLMemberAccount::lastLoginMemberID(), -1);
@@ -140,10 +118,8 @@ private slots:
     void cookieLogin_data()
     {
         columns<int, QByteArray, QString, QString>("storedId", "cookie", "email", "password");
-        QTest::newRow("pair split at the encoded colon") << 0 << QByteArray("12345%3Aabc") << "12345"
-                                                         << "abc";
-        QTest::newRow("stored member id skips the cookie") << 7 << QByteArray("12345%3Aabc") << ""
-                                                           << "";
+        row("pair split at the encoded colon", 0, QByteArray("12345%3Aabc"), "12345", "abc");
+        row("stored member id skips the cookie", 7, QByteArray("12345%3Aabc"), "", "");
     }
     void cookieLogin()
     {
@@ -180,12 +156,11 @@ private slots:
     void scriptedReplies_data()
     {
         columns<QByteArray, QString, QString>("reply", "firstname", "email");
-        QTest::newRow("null first name")
-            << QByteArray(R"({"id":7,"first":null,"last":"Lee","email":"YkBjLmNvbQ==","password":"cHc="})") << ""
-            << "b@c.com";
-        QTest::newRow("credentials not base64")
-            << QByteArray(R"({"id":7,"first":"Ann","last":"Lee","email":"!!","password":"??"})") << "Ann"
-            << "a@b.com";
+        row("null first name",
+            QByteArray(R"({"id":7,"first":null,"last":"Lee","email":"YkBjLmNvbQ==","password":"cHc="})"), "",
+            "b@c.com");
+        row("credentials not base64", QByteArray(R"({"id":7,"first":"Ann","last":"Lee","email":"!!","password":"??"})"),
+            "Ann", "a@b.com");
     }
     void scriptedReplies()
     {
@@ -193,7 +168,7 @@ private slots:
         ScriptedHost host([reply](QTcpSocket *socket, const HostRequest &) {
             ScriptedHost::answer(socket, 200, "Content-Type: application/json\r\n", reply);
         });
-        setHosts(host.url().toString(QUrl::StripTrailingSlash));
+        pointHostsAt(host.url().toString(QUrl::StripTrailingSlash));
         VLMemberAccount account;
         account.email = QStringLiteral("a@b.com");
         account.password = QStringLiteral("pw");
@@ -209,8 +184,8 @@ private slots:
     void campaignCookie_data()
     {
         columns<QString, bool>("subdomain", "sent");
-        QTest::newRow("service domain") << "" << true;
-        QTest::newRow("deals sub-domain left out") << "deals." << false;
+        row("service domain", "", true);
+        row("deals sub-domain left out", "deals.", false);
     }
     void campaignCookie()
     {
@@ -219,25 +194,11 @@ private slots:
             ScriptedHost::answer(socket, 200, "Content-Type: application/json\r\n",
                                  R"({"id":5,"first":"A","last":"B"})");
         });
-        setHosts(host.url().toString(QUrl::StripTrailingSlash));
+        pointHostsAt(host.url().toString(QUrl::StripTrailingSlash));
         setCookie("__utmz", "campaign|x", subdomain + VLMemberAccount::serviceCookieDomain());
         QVERIFY(signedUp(QStringLiteral("u@example.com"), QStringLiteral("pw")).isLoggedIn);
         QCOMPARE(host.requests().first().target.endsWith(QByteArray("/utmz/" + QByteArray("campaign|x").toBase64())),
                  sent);
-    }
-
-    void isValidEmail_data()
-    {
-        columns<QString, bool>("email", "valid");
-        QTest::newRow("four letters") << "a.b+c@mail.example.info" << true;
-        QTest::newRow("five letters") << "a@example.email" << false;
-        QTest::newRow("no domain dot") << "a@example" << false;
-        QTest::newRow("space") << "a b@example.com" << false;
-    }
-    void isValidEmail()
-    {
-        auto [email, valid] = fetch<QString, bool>("email", "valid");
-        QCOMPARE(VLMemberAccount::isValidEmail(email), valid);
     }
 };
 

@@ -1,7 +1,8 @@
 #pragma once
 
-// A data table's columns declared, and a row's values read, in one line each instead of one line per column:
+// A data table's columns declared, a row added, and a row's values read, in one line each:
 //     columns<QString, bool>("path", "listed");
+//     row("hidden file", "/a/.b", false);
 //     auto [path, listed] = fetch<QString, bool>("path", "listed");
 
 #include <QTest>
@@ -12,6 +13,12 @@
 template <typename... T> void columns(std::conditional_t<true, const char *, T>... names)
 {
     (QTest::addColumn<T>(names), ...);
+}
+
+// The values go in as QTest::newRow() << value would put them: a string literal becomes a QString.
+template <typename... T> void row(const char *tag, const T &...values)
+{
+    (QTest::newRow(tag) << ... << values);
 }
 
 template <typename... T> std::tuple<T...> fetch(std::conditional_t<true, const char *, T>... names)

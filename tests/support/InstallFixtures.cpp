@@ -17,24 +17,12 @@ namespace InstallFixtures {
 
 namespace {
 
-QByteArray bigEndian(quint64 value)
+// value's last size bytes, most significant first.
+QByteArray bigEndian(quint64 value, int size = 8)
 {
     QByteArray bytes(8, 0);
     qToBigEndian(value, bytes.data());
-    return bytes;
-}
-
-QByteArray readFile(const QString &path)
-{
-    QFile file(path);
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
-}
-
-QByteArray bigEndian32(quint32 value)
-{
-    QByteArray bytes(4, 0);
-    qToBigEndian(value, bytes.data());
-    return bytes;
+    return bytes.right(size);
 }
 
 } // namespace
@@ -105,13 +93,13 @@ bool makeFlatPackage(const QString &root, const QString &package, const QString 
         return false;
     }
     if (pbzx) {
-        const QByteArray archive = readFile(cpio);
+        const QByteArray archive = PlistFiles::readFile(cpio);
         const QByteArray rest = archive.mid(archive.size() / 2);
         if (!PlistFiles::writeFile(cpio + u".1", archive.left(archive.size() / 2)) ||
             !run(u"xz"_s, {u"-kf"_s, cpio + u".1"}, root)) {
             return false;
         }
-        const QByteArray xz = readFile(cpio + u".1.xz");
+        const QByteArray xz = PlistFiles::readFile(cpio + u".1.xz");
         const quint64 more = 1 << 24;
         PlistFiles::writeFile(payload, "pbzx" + bigEndian(more) + bigEndian(more) + bigEndian(xz.size()) + xz +
                                            bigEndian(0) + bigEndian(rest.size()) + rest);
@@ -121,25 +109,25 @@ bool makeFlatPackage(const QString &root, const QString &package, const QString 
 
 bool makeUdif(const QString &volume, const QString &image)
 {
-    QByteArray data = readFile(volume);
+    QByteArray data = PlistFiles::readFile(volume);
     data.append(QByteArray((512 - data.size() % 512) % 512, 0));
     const quint64 sectors = quint64(data.size()) / 512;
     const auto chunk = [](quint32 type, quint64 first, quint64 count, quint64 length) -> QByteArray {
-        return bigEndian32(type) + bigEndian32(0) + bigEndian(first) + bigEndian(count) + bigEndian(0) +
+        return bigEndian(type, 4) + bigEndian(0, 4) + bigEndian(first) + bigEndian(count) + bigEndian(0) +
                bigEndian(length);
     };
-    const QByteArray table = "mish" + bigEndian32(1) + bigEndian(0) + bigEndian(sectors) + bigEndian(0) +
-                             bigEndian32(0) + bigEndian32(0) + QByteArray(24 + 136, 0) + bigEndian32(2) +
+    const QByteArray table = "mish" + bigEndian(1, 4) + bigEndian(0) + bigEndian(sectors) + bigEndian(0) +
+                             bigEndian(0, 4) + bigEndian(0, 4) + QByteArray(24 + 136, 0) + bigEndian(2, 4) +
                              chunk(1, 0, sectors, data.size()) + chunk(0xFFFFFFFF, sectors, 0, 0);
     const QByteArray plist = "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>resource-fork</key><dict>"
                              "<key>blkx</key><array><dict><key>Data</key><data>" +
                              table.toBase64() +
                              "</data><key>Name</key><string>disk image (Apple_HFS : 1)</string></dict></array>"
                              "</dict></dict></plist>";
-    const QByteArray trailer = "koly" + bigEndian32(4) + bigEndian32(512) + bigEndian32(1) + bigEndian(0) +
-                               bigEndian(0) + bigEndian(data.size()) + bigEndian(0) + bigEndian(0) + bigEndian32(1) +
-                               bigEndian32(1) + QByteArray(16 + 136, 0) + bigEndian(data.size()) +
-                               bigEndian(plist.size()) + QByteArray(120 + 136, 0) + bigEndian32(1) +
+    const QByteArray trailer = "koly" + bigEndian(4, 4) + bigEndian(512, 4) + bigEndian(1, 4) + bigEndian(0) +
+                               bigEndian(0) + bigEndian(data.size()) + bigEndian(0) + bigEndian(0) + bigEndian(1, 4) +
+                               bigEndian(1, 4) + QByteArray(16 + 136, 0) + bigEndian(data.size()) +
+                               bigEndian(plist.size()) + QByteArray(120 + 136, 0) + bigEndian(1, 4) +
                                bigEndian(sectors) + QByteArray(12, 0);
     return PlistFiles::writeFile(image, data + plist + trailer);
 }

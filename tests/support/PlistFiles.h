@@ -13,6 +13,8 @@ enum class PlistFormat { Xml, Binary };
 
 // Writes bytes to path, creating the folders above it.
 bool writeFile(const QString &path, const QByteArray &bytes);
+// The bytes at path; empty when it cannot be read.
+QByteArray readFile(const QString &path);
 bool writePlist(const QString &path, const QVariantMap &dictionary, PlistFormat format = PlistFormat::Xml);
 
 // An information dictionary; empty arguments leave their key out.
