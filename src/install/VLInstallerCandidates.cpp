@@ -177,9 +177,9 @@ QString VLInstaller::findBestMatchFromCandidates(const QStringList &candidates, 
             {QStringLiteral(".wdgt"), Qt::CaseInsensitive},
             {QStringLiteral(".saver"), Qt::CaseInsensitive},
             {QStringLiteral(".safariextz"), Qt::CaseInsensitive}};
-        for (const auto &[part, sensitivity] : kinds) {
+        for (const auto &kind : kinds) {
             const auto found = std::find_if(candidates.begin(), candidates.end(), [&](const QString &path) {
-                return fileName(path).contains(part, sensitivity);
+                return fileName(path).contains(kind.first, kind.second);
             });
             if (found != candidates.end()) {
                 result = *found;
