@@ -8,6 +8,8 @@
 #include <QJsonDocument>
 #include <QRegularExpression>
 
+#include <cmath>
+
 namespace {
 
 bool isDecimal(const QString &text)
@@ -65,11 +67,16 @@ bool copyDeal(const QJsonObject &from, QJsonObject &to, QString *error)
     return true;
 }
 
+// A number is an id only when it is a whole number that a double holds exactly; any other gives "", which is refused.
 QString idText(const QJsonValue &value)
 {
-    if (value.isDouble())
-        return QString::number(qint64(value.toDouble()));
-    return value.toString();
+    if (!value.isDouble())
+        return value.toString();
+    const double number = value.toDouble();
+    constexpr double kLargestExact = 9007199254740992.0; // 2^53
+    if (number < 0 || number > kLargestExact || std::floor(number) != number)
+        return {};
+    return QString::number(qint64(number));
 }
 
 bool readApps(const QJsonArray &records, CatalogueImport &import, QString *error)

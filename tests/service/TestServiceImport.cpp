@@ -75,6 +75,8 @@ private slots:
             QByteArray(
                 R"([{"name":"Alpha Tool","key":"alpha"},{"name":"Beta Tool","key":"beta"},{"key":"nameless"}])"));
         row("id not decimal", QByteArray(R"([{"name":"Gamma","vl_id":"12a"}])"));
+        row("id past any integer", QByteArray(R"([{"name":"Gamma","vl_id":5e98}])"));
+        row("id with a fraction", QByteArray(R"({"apps":[{"name":"Eps","vl_id":5}],"bundles":{"b":[5.5]}})"));
         row("list of numbers", QByteArray(R"([{"name":"Delta","bundle_ids":[1,2]}])"));
         row("bundle of unknown id", QByteArray(R"({"apps":[{"name":"Eps","key":"eps"}],"bundles":{"9":["777"]}})"));
     }
