@@ -2,7 +2,9 @@
 # Builds the fuzz targets (clang, libFuzzer, AddressSanitizer and UBSan) into build-fuzz and runs each for SECONDS
 # (default 60) on a scratch copy of its seed corpus. Fails when any target crashes, leaks, hangs, runs out of memory
 # or meets undefined behaviour; the input that did it is kept in the scratch folder named at the end.
-# FUZZ_BUILD_DIR picks another build folder; fuzz/README.md tells how to run one target for hours.
+# FUZZ_BUILD_DIR picks another build folder; FUZZ_SEED fixes libFuzzer's seed, so that a run repeats the inputs
+# of an earlier run with the same seed (CI uses one, so its verdict repeats); fuzz/README.md tells how to run one
+# target for hours.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 seconds=${1:-60}
@@ -24,7 +26,8 @@ for seeds in "$build"/fuzz/seeds/*/; do
     work=$scratch/$name
     mkdir -p "$work/corpus" "$work/tmp"
     cp -R "$seeds/." "$work/corpus/"
-    args=(-max_total_time="$seconds" -timeout=30 -rss_limit_mb=2048 -print_final_stats=1 -artifact_prefix="$work/")
+    args=(-max_total_time="$seconds" -seed="${FUZZ_SEED:-0}" -timeout=30 -rss_limit_mb=2048 -print_final_stats=1
+        -artifact_prefix="$work/")
     if [ -f "$root/fuzz/dictionaries/$name.dict" ]; then
         args+=(-dict="$root/fuzz/dictionaries/$name.dict")
     fi
