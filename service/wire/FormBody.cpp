@@ -3,6 +3,8 @@
 #include <QJsonDocument>
 #include <QStringDecoder>
 
+#include <cmath>
+
 namespace {
 
 int hexValue(uchar c)
@@ -93,7 +95,11 @@ std::optional<QJsonObject> FormBody::jsonObject(const QByteArray &body, const ch
 
 qint64 FormBody::jsonInteger(const QJsonValue &value)
 {
-    return value.isString() ? value.toString().toLongLong() : qint64(value.toDouble());
+    if (value.isString())
+        return value.toString().toLongLong();
+    // A number past what an integer holds reads as 0, as a text that is no integer does.
+    const double number = value.toDouble();
+    return std::abs(number) < 9.2e18 ? qint64(number) : 0;
 }
 
 bool FormBody::contains(const QString &name) const

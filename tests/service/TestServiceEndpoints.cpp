@@ -172,6 +172,8 @@ private slots:
             "/vld6member/signup/e/a%40b.co/p/***/f/A/l/B/utmz/***");
         row("profile not JSON", "POST", "/vld6member/save-profile", "a={\"fname\":", 400);
         row("profile of unknown member", "POST", "/vld6member/save-profile", "a={\"member_id\":4242}", 404);
+        row("profile of a member id past any integer", "POST", "/vld6member/save-profile", "a={\"member_id\":1e300}",
+            404);
         row("purchases of unknown member", "POST", "/vld6purchases/getpurchases", "id=4242", 404);
         row("watch-list add, bad e", "GET", "/vld6watchlists/awl/z/00/m/5001/e/7", {}, 400);
         row("report not base64", "POST", "/vld6scan/reportproblem", "issue=***&m=-1&appname=x", 400);
