@@ -22,30 +22,38 @@ QString lastComponent(const QString &path)
 }
 
 // The record for the bundle at path, or null when the blacklist hides it.
-AppRef recordFor(const QString &path, const VLBlacklist &blacklist)
+struct Scanned
+{
+    AppRef record;
+    // The bundle's files that could not be read as property lists, for the bad-list report.
+    QStringList problemFiles;
+};
+
+Scanned recordFor(const QString &path, const VLBlacklist &blacklist)
 {
     // The blacklist and the record share one reader, so each bundle file is opened once.
     BundleReader bundle(path);
     if (blacklist.appIsOnBlackList(lastComponent(path), bundle)) {
-        return nullptr;
+        return {};
     }
-    if (!bundle.problemFiles().isEmpty()) {
-        VLNotificationCenter::defaultCenter().post(QString::fromLatin1(kVLBadPlistFound), bundle.problemFiles());
-    }
-    return std::make_shared<VLApp>(VLApp::initWithMdItem(VLMdItem::fromBundle(bundle), bundle));
+    return {std::make_shared<VLApp>(VLApp::initWithMdItem(VLMdItem::fromBundle(bundle), bundle)),
+            bundle.problemFiles()};
 }
 
 // Reading the bundles is most of a scan and each bundle stands alone, so they are read on all cores.
 AppList recordsFromPaths(const QStringList &paths, const VLBlacklist &blacklist, const std::atomic<bool> *cancel,
-                         int threads = 0)
+                         int threads = 0, QStringList *problemFiles = nullptr)
 {
-    std::vector<AppRef> records = parallelMap<AppRef>(
+    std::vector<Scanned> records = parallelMap<Scanned>(
         paths.size(), [&](qsizetype i) { return recordFor(paths.at(i), blacklist); }, cancel, threads);
     AppList apps;
     apps.reserve(paths.size());
-    for (AppRef &record : records) {
-        if (record) {
-            apps.append(std::move(record));
+    for (Scanned &scanned : records) {
+        if (scanned.record) {
+            apps.append(std::move(scanned.record));
+        }
+        if (problemFiles) {
+            problemFiles->append(scanned.problemFiles);
         }
     }
     return apps;
@@ -73,6 +81,7 @@ struct VLAppScanner::Run
     std::atomic<bool> cancel{false};
     qsizetype found = 0;
     AppList apps;
+    QStringList problemFiles;
     std::optional<QString> failure;
 };
 
@@ -176,7 +185,7 @@ void VLAppScanner::startRun()
                 if (run->serverNames.valid() && awaitServerNames(run->serverNames, run->cancel)) {
                     run->blacklist.append(run->serverNames.get());
                 }
-                run->apps = recordsFromPaths(paths, run->blacklist, &run->cancel);
+                run->apps = recordsFromPaths(paths, run->blacklist, &run->cancel, 0, &run->problemFiles);
             } catch (const std::exception &e) {
                 run->failure = QString::fromLocal8Bit(e.what());
             } catch (...) {
@@ -226,6 +235,10 @@ void VLAppScanner::finishRun(const std::shared_ptr<Run> &run)
         m_doneScanning.store(true);
         center.post(QLatin1String(kVLAppScannerFinished));
         return;
+    }
+    // Posted from here, the scanner's own thread, like every notice of a scan.
+    if (!run->problemFiles.isEmpty()) {
+        center.post(QString::fromLatin1(kVLBadPlistFound), run->problemFiles);
     }
     m_doneScanning.store(true);
     center.post(

@@ -24,7 +24,8 @@ struct VLMdItem;
 
 inline constexpr char kVLAppScannerFinished[] = "VLAppScannerFinished";
 inline constexpr char kVLAppScannerFinishedBackground[] = "VLAppScannerFinishedBackground";
-// A bundle's property lists that could not be read; object: their paths.
+// The property lists of the scan's bundles that could not be read, posted before the scan's outcome; object: their
+// paths.
 inline constexpr char kVLBadPlistFound[] = "VLBadPlistFound";
 
 class VLAppScanner : public QObject
