@@ -1,22 +1,13 @@
 #include "wire/ChunkedBody.h"
 
+#include "wire/HexDigit.h"
+
 #include <algorithm>
 
 namespace {
 
 constexpr size_t maxLineBytes = 8 * 1024;
 constexpr size_t maxTrailerLines = 100;
-
-int hexValue(char c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
 
 // The chunk size at the start of a size line (extensions after ';' are dropped); nullopt when malformed.
 std::optional<uint64_t> chunkSize(std::string_view line)

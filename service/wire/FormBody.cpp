@@ -1,24 +1,11 @@
 #include "wire/FormBody.h"
 
+#include "wire/HexDigit.h"
+
 #include <QJsonDocument>
 #include <QStringDecoder>
 
 #include <cmath>
-
-namespace {
-
-int hexValue(uchar c)
-{
-    if (c >= '0' && c <= '9')
-        return c - '0';
-    if (c >= 'a' && c <= 'f')
-        return c - 'a' + 10;
-    if (c >= 'A' && c <= 'F')
-        return c - 'A' + 10;
-    return -1;
-}
-
-} // namespace
 
 namespace Percent {
 
