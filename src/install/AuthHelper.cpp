@@ -1,8 +1,12 @@
 #include "install/AuthHelper.h"
 
+#include "install/FlatPackage.h"
+#include "install/PlaceTool.h"
 #include "install/VLSynchronousTask.h"
 #include "install/WorkFolder.h"
+#include "platform/VLSettings.h"
 
+#include <QDir>
 #include <QFileInfo>
 
 AuthHelper::AuthHelper() = default;
@@ -11,35 +15,67 @@ AuthHelper::AuthHelper(PrivilegedCommand::Escalation escalation) : m_escalation(
 
 bool AuthHelper::copyPathWithForcedAuthentication(const QString &source, const QString &destination)
 {
-    return runWithForcedAuthentication({WorkFolder::tool(QStringLiteral("cp")), QStringLiteral("-a"),
-                                        QStringLiteral("-T"), QStringLiteral("--"), source, destination});
+    return runWithForcedAuthentication(QStringLiteral("copy"), {source, destination});
 }
 
 bool AuthHelper::removePathWithForcedAuthentication(const QString &path)
 {
-    return runWithForcedAuthentication(
-        {WorkFolder::tool(QStringLiteral("rm")), QStringLiteral("-rf"), QStringLiteral("--"), path});
-}
-
-bool AuthHelper::movePathWithForcedAuthentication(const QString &source, const QString &destination)
-{
-    return runWithForcedAuthentication(
-        {WorkFolder::tool(QStringLiteral("mv")), QStringLiteral("-T"), QStringLiteral("--"), source, destination});
+    return runWithForcedAuthentication(QStringLiteral("remove"), {path});
 }
 
 bool AuthHelper::archivePathWithForcedAuthentication(const QString &source, const QString &archive)
 {
-    const QFileInfo info(source);
-    return runWithForcedAuthentication({WorkFolder::tool(QStringLiteral("bsdtar")), QStringLiteral("--format"),
-                                        QStringLiteral("zip"), QStringLiteral("-cf"), archive, QStringLiteral("-C"),
-                                        info.absolutePath(), QStringLiteral("--"), info.fileName()});
+    return runWithForcedAuthentication(QStringLiteral("archive"), {source, archive});
 }
 
-bool AuthHelper::runWithForcedAuthentication(const QStringList &command)
+bool AuthHelper::replacePathWithForcedAuthentication(const QString &item, const QString &target)
+{
+    return runWithForcedAuthentication(QStringLiteral("replace"), {item, target});
+}
+
+bool AuthHelper::mergeFolderWithForcedAuthentication(const QString &folder, const QString &target)
+{
+    return runWithForcedAuthentication(QStringLiteral("merge"), {folder, target});
+}
+
+bool AuthHelper::runPKGInstallerWithForcedAuthentication(const QString &package)
+{
+    installPackage(package);
+    return false;
+}
+
+QString AuthHelper::queryInstallerWithPath(const QString &package)
+{
+    const QString title = FlatPackage::title(package);
+    return title.isEmpty() ? QFileInfo(package).fileName() : title.section(QLatin1Char('\n'), 0, 0);
+}
+
+void AuthHelper::runinstallerWithPath(const QString &package)
+{
+    installPackage(package);
+}
+
+bool AuthHelper::installPackage(const QString &package)
+{
+    const QFileInfo packageFile(package);
+    const QString workFolder = packageFile.absolutePath() + QLatin1Char('/') + WorkFolder::uniqueName();
+    const auto payloads = FlatPackage::unpack(packageFile.absoluteFilePath(), workFolder);
+    bool installed = payloads.has_value();
+    const QString root = VLSettings().volumeRoot();
+    for (qsizetype i = 0; installed && i < payloads->size(); ++i) {
+        installed = mergeFolderWithForcedAuthentication(payloads->at(i).files,
+                                                        QDir::cleanPath(root + payloads->at(i).installLocation));
+    }
+    WorkFolder::remove(workFolder);
+    return installed;
+}
+
+bool AuthHelper::runWithForcedAuthentication(const QString &verb, const QStringList &paths)
 {
     if (m_refused) {
         return false;
     }
+    const QStringList command = PlaceTool::command(verb, paths);
     const CommandLine line = PrivilegedCommand::commandLine(command, m_escalation);
     if (line.program.isEmpty()) {
         m_refused = true;

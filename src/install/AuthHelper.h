@@ -1,9 +1,9 @@
 #pragma once
 
-// Fixed operations that may need administrator rights, each run as an argument vector: directly when the process
-// is root, otherwise through the command in the setting "escalationCommand" (pkexec by default). One helper
-// belongs to one installer; once the user dismissed the prompt or was refused, the helper asks no more and its
-// operations fail at once, so an installation never prompts again after a "no".
+// Fixed operations with administrator rights, each one run of velmora-place (PlaceTool): directly when the process
+// is root, otherwise behind the command in the setting "escalationCommand" (pkexec by default), whose prompt the
+// installed polkit action keeps answered for a while, so an installer asks once. One helper belongs to one
+// installer; once the user dismissed the prompt or was refused, it asks no more and its operations fail at once.
 
 #include "platform/PrivilegedCommand.h"
 
@@ -20,13 +20,24 @@ public:
     // Copies source to destination (links kept as links, modes kept); true when the copy completed.
     bool copyPathWithForcedAuthentication(const QString &source, const QString &destination);
     bool removePathWithForcedAuthentication(const QString &path);
-    // Renames source to destination in the same file system.
-    bool movePathWithForcedAuthentication(const QString &source, const QString &destination);
     // A zip archive of source that holds source's folder itself.
     bool archivePathWithForcedAuthentication(const QString &source, const QString &archive);
+    // Puts item at target in one step: the old copy kept aside until the new one is in place, put back on failure.
+    bool replacePathWithForcedAuthentication(const QString &item, const QString &target);
+    // Adds what folder holds to target (made when missing).
+    bool mergeFolderWithForcedAuthentication(const QString &folder, const QString &target);
+
+    // Installs package's payloads at their install locations under the setting volumeRoot; answers false whatever
+    // happened, as the outcome was never reported to callers.
+    bool runPKGInstallerWithForcedAuthentication(const QString &package);
+    // The package's title, else its file name. Needs no rights.
+    static QString queryInstallerWithPath(const QString &package);
+    // The same installation, answering nothing.
+    void runinstallerWithPath(const QString &package);
 
 private:
-    bool runWithForcedAuthentication(const QStringList &command);
+    bool installPackage(const QString &package);
+    bool runWithForcedAuthentication(const QString &verb, const QStringList &paths);
 
     PrivilegedCommand::Escalation m_escalation = PrivilegedCommand::Escalation::WhenNotRoot;
     bool m_refused = false;

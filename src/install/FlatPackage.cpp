@@ -4,6 +4,7 @@
 #include "install/VLSynchronousTask.h"
 #include "install/WorkFolder.h"
 #include "platform/FolderReader.h"
+#include "platform/Log.h"
 #include "platform/NativePath.h"
 
 #include <QFile>
@@ -27,15 +28,18 @@ QString installLocationIn(const QString &packageInfo)
     return QStringLiteral("/");
 }
 
+struct PackagePayload
+{
+    QString payload; // the file, inside the folder the package was opened in
+    QString installLocation;
+};
+
 PackagePayload payloadIn(const QString &folder)
 {
     return {folder + QStringLiteral("/Payload"), installLocationIn(folder + QStringLiteral("/PackageInfo"))};
 }
 
-} // namespace
-
-namespace FlatPackage {
-
+// Unpacks package into the empty folder into; nullopt when it is no readable package or carries no payload.
 std::optional<QList<PackagePayload>> open(const QString &package, const QString &into)
 {
     if (!VLSynchronousTask::task(WorkFolder::tool(QStringLiteral("7zz")), into,
@@ -63,6 +67,8 @@ std::optional<QList<PackagePayload>> open(const QString &package, const QString 
     return payloads;
 }
 
+// Unpacks a payload's files into the empty folder into; false on a damaged payload or one that names a file
+// outside into.
 bool unpackPayload(const QString &payload, const QString &into)
 {
     QString archive = payload;
@@ -80,6 +86,47 @@ bool unpackPayload(const QString &payload, const QString &into)
                bsdtar, into,
                {QStringLiteral("-xpf"), archive, QStringLiteral("--no-same-owner"), QStringLiteral("-C"), into}) &&
            WorkFolder::holdsOnlyPlainEntries(into);
+}
+
+} // namespace
+
+namespace FlatPackage {
+
+std::optional<QList<UnpackedPayload>> unpack(const QString &package, const QString &workFolder)
+{
+    const QString opened = workFolder + QStringLiteral("/package");
+    const auto payloads = WorkFolder::prepare(opened) ? open(package, opened) : std::nullopt;
+    if (!payloads) {
+        vlLog(QStringLiteral("error opening package %1").arg(package));
+        return std::nullopt;
+    }
+    QList<UnpackedPayload> unpacked;
+    for (const PackagePayload &payload : *payloads) {
+        const QString files = workFolder + QStringLiteral("/payload-") + QString::number(unpacked.size());
+        // A location with ".." steps would lead out of the volume it installs on.
+        if (!WorkFolder::isContainedName(payload.installLocation.mid(1)) || !WorkFolder::prepare(files) ||
+            !unpackPayload(payload.payload, files)) {
+            vlLog(QStringLiteral("error extracting to %1").arg(files));
+            return std::nullopt;
+        }
+        unpacked.append({files, payload.installLocation});
+    }
+    return unpacked;
+}
+
+QString title(const QString &package)
+{
+    const std::optional<QByteArray> distribution =
+        VLSynchronousTask::task(WorkFolder::tool(QStringLiteral("7zz")), {},
+                                {QStringLiteral("e"), QStringLiteral("-txar"), QStringLiteral("-so"),
+                                 QStringLiteral("--"), package, QStringLiteral("Distribution")});
+    QXmlStreamReader xml(distribution.value_or(QByteArray()));
+    while (!xml.atEnd()) {
+        if (xml.readNext() == QXmlStreamReader::StartElement && xml.name() == QLatin1String("title")) {
+            return xml.readElementText().trimmed();
+        }
+    }
+    return {};
 }
 
 } // namespace FlatPackage

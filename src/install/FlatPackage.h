@@ -1,25 +1,26 @@
 #pragma once
 
 // An installer package in the flat form (a xar archive): the component packages it holds, each a payload (a cpio
-// archive, gzip-compressed or in "pbzx" chunks) with the folder it installs into.
+// archive, gzip-compressed or in "pbzx" chunks) with the folder it installs into. Everything here runs as the user:
+// only what was unpacked is ever handed to a step with administrator rights.
 
 #include <QList>
 #include <QString>
 
 #include <optional>
 
-struct PackagePayload
+struct UnpackedPayload
 {
-    QString payload;         // the file, inside the folder the package was opened in
-    QString installLocation; // absolute, "/" when the package gives none
+    QString files;           // a folder holding the payload's files, links and modes kept
+    QString installLocation; // absolute, "/" when the package gives none; never with a ".." step
 };
 
 namespace FlatPackage {
 
-// Unpacks package into the empty folder into; nullopt when it is no readable package or carries no payload.
-std::optional<QList<PackagePayload>> open(const QString &package, const QString &into);
-// Unpacks a payload's files into the empty folder into, links and modes kept; false on a damaged payload or one
-// that names a file outside into.
-bool unpackPayload(const QString &payload, const QString &into);
+// Unpacks every payload of package into its own folder under workFolder (made fresh); nullopt, after its log line,
+// when package is no readable package, carries no payload or a damaged one, or names a file outside its folder.
+std::optional<QList<UnpackedPayload>> unpack(const QString &package, const QString &workFolder);
+// The package's title as its distribution gives it; "" when it gives none.
+QString title(const QString &package);
 
 } // namespace FlatPackage

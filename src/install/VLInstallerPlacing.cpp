@@ -165,35 +165,23 @@ QString VLInstaller::installNewVersionFromPKG(const QString &package, const QStr
     Q_UNUSED(localPath)
     const QFileInfo packageFile(package);
     const QString workFolder = packageFile.absolutePath() + QLatin1Char('/') + WorkFolder::uniqueName();
-    const QString opened = workFolder + QStringLiteral("/package");
-    if (!WorkFolder::prepare(opened)) {
-        return {};
-    }
-    const auto payloads = FlatPackage::open(packageFile.absoluteFilePath(), opened);
+    const auto payloads = FlatPackage::unpack(packageFile.absoluteFilePath(), workFolder);
     QString installed = QStringLiteral("-");
     bool complete = payloads.has_value();
     const QString root = VLSettings().volumeRoot();
     for (qsizetype i = 0; complete && i < payloads->size(); ++i) {
-        const PackagePayload &payload = payloads->at(i);
-        const QString files = workFolder + QStringLiteral("/payload-") + QString::number(i);
-        // A location with ".." steps would lead out of the volume root.
-        complete = WorkFolder::isContainedName(payload.installLocation.mid(1)) && WorkFolder::prepare(files) &&
-                   FlatPackage::unpackPayload(payload.payload, files);
-        if (!complete) {
-            vlLog(QStringLiteral("error extracting to %1").arg(files));
-            break;
-        }
+        const UnpackedPayload &payload = payloads->at(i);
         const QString target = QDir::cleanPath(root + payload.installLocation);
-        const QStringList apps = appsCarried(files);
+        const QStringList apps = appsCarried(payload.files);
         const QString wanted = m_senderApp ? m_senderApp->name : QString();
         const auto named = std::find_if(apps.begin(), apps.end(),
                                         [&wanted](const QString &app) { return QFileInfo(app).fileName() == wanted; });
         QString app = named != apps.end() ? *named : apps.value(0);
         if (!app.isEmpty()) {
-            app = target + app.mid(files.size());
+            app = QDir::cleanPath(target + app.mid(payload.files.size()));
         }
         const bool mayInstall = app.isEmpty() || !m_gate || m_gate->prepareToReplace(app);
-        complete = mayInstall && Replacement(m_authhelper).merge(files, target);
+        complete = mayInstall && Replacement(m_authhelper).merge(payload.files, target);
         if (m_gate && !app.isEmpty() && mayInstall) {
             m_gate->finishedReplacing(app, complete);
         }

@@ -4,6 +4,7 @@
 
 #include "install/AuthHelper.h"
 #include "install/BLAuthentication.h"
+#include "install/PlaceTool.h"
 #include "install/RunningAppGate.h"
 #include "install/VLInstaller.h"
 #include "model/VLApp.h"
@@ -14,6 +15,8 @@
 #include "support/TestMain.h"
 
 #include <QDir>
+#include <QProcess>
+#include <QRegularExpression>
 #include <QTemporaryDir>
 
 using namespace Qt::StringLiterals;
@@ -148,7 +151,8 @@ private slots:
                  QStringList{u"Foo.app"_s});
     }
 
-    // The stand-in records what it is asked to run, then runs it; after a refusal the helper never asks again.
+    // The stand-in records what it is asked to run, then runs it: a replacement is one escalation, a package one per
+    // payload; after a refusal the helper never asks again.
     void privileged()
     {
         QTemporaryDir dir;
@@ -158,26 +162,63 @@ private slots:
         QFile::setPermissions(standIn, QFile::permissions(standIn) | QFile::ExeOwner);
         QVERIFY(VLSettings().setValue(QString::fromLatin1(SettingKey::escalationCommand),
                                       QString(standIn + u" --stand-in"_s)));
-        tree.addFile(u"from/file"_s, "data");
-        const QString copy = tree.path(u"to"_s);
+        InstallFixtures::makeAppTree(tree.path(u"new"_s));
+        tree.addFile(u"Applications/Foo.app/Contents/old"_s, "old");
+        const QString item = tree.path(u"new/Foo.app"_s);
+        const QString target = tree.path(u"Applications/Foo.app"_s);
+        // A quote in the path is only a character: no shell ever sees it.
+        const QString package = tree.path(u"Foo's Tools.pkg"_s);
+        QVERIFY(InstallFixtures::makeFlatPackage(tree.path(u"new"_s), package, u"/Applications"_s, true));
         AuthHelper helper(PrivilegedCommand::Escalation::Always);
 
-        QVERIFY(helper.copyPathWithForcedAuthentication(tree.path(u"from"_s), copy));
-        QVERIFY(QFile::exists(copy + u"/file"_s));
+        QVERIFY(helper.replacePathWithForcedAuthentication(item, target));
+        QCOMPARE(InstallFixtures::describe(target), InstallFixtures::describe(item));
+        QCOMPARE(QDir(tree.path(u"Applications"_s)).entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot),
+                 QStringList{u"Foo.app"_s});
+        QVERIFY(!helper.runPKGInstallerWithForcedAuthentication(package));
+        QCOMPARE(InstallFixtures::describe(m_root + u"/Applications/Foo.app"_s), InstallFixtures::describe(item));
+        QCOMPARE(AuthHelper::queryInstallerWithPath(package), u"Foo Tools"_s);
+        QCOMPARE(AuthHelper::queryInstallerWithPath(target), u"Foo.app"_s);
         tree.addFile(u"escalate.refuse"_s);
-        QVERIFY(!helper.removePathWithForcedAuthentication(copy));
-        QVERIFY(!helper.movePathWithForcedAuthentication(copy, copy + u"2"_s));
+        QVERIFY(!helper.removePathWithForcedAuthentication(target));
+        QVERIFY(!helper.copyPathWithForcedAuthentication(item, target));
         QFile recorded(standIn + u".argv"_s);
         QVERIFY(recorded.open(QIODevice::ReadOnly));
-        QCOMPARE(QString::fromUtf8(recorded.readAll()).split(u'\n', Qt::SkipEmptyParts),
-                 (QStringList{u"--stand-in"_s, u"/usr/bin/cp"_s, u"-a"_s, u"-T"_s, u"--"_s, tree.path(u"from"_s), copy,
-                              u"--stand-in"_s, u"/usr/bin/rm"_s, u"-rf"_s, u"--"_s, copy}));
-        QVERIFY(QFile::exists(copy + u"/file"_s));
+        const QString place = PlaceTool::path();
+        QCOMPARE(QString::fromUtf8(recorded.readAll())
+                     .split(u'\n', Qt::SkipEmptyParts)
+                     .replaceInStrings(QRegularExpression(u"/[^/]+/payload-0$"_s), u"/W/payload-0"_s),
+                 (QStringList{u"--stand-in"_s, place, u"replace"_s, item, target, u"--stand-in"_s, place, u"merge"_s,
+                              dir.path() + u"/W/payload-0"_s, m_root + u"/Applications"_s, u"--stand-in"_s, place,
+                              u"remove"_s, target}));
+        QVERIFY(QFile::exists(target + u"/Contents/Info.plist"_s));
 
         QFile::remove(standIn + u".refuse"_s);
         BLAuthentication shared(PrivilegedCommand::Escalation::Always);
         const QStringList numbers = u"0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20"_s.split(u' ');
         QCOMPARE(shared.executeCommandSynced(u"/bin/echo"_s, numbers), numbers.mid(0, 19).join(u' ').toUtf8() + '\n');
+    }
+
+    // What velmora-place refuses before touching anything: as root it must not be steered outside its verbs.
+    void placeRefuses_data()
+    {
+        columns<QString>("words");
+        QTest::newRow("unknown verb") << u"chmod /tmp/x/y"_s;
+        QTest::newRow("too few paths") << u"replace /tmp/x/y"_s;
+        QTest::newRow("relative path") << u"remove tmp/x/y"_s;
+        QTest::newRow("\"..\" step") << u"remove /tmp/x/../y"_s;
+        QTest::newRow("empty step") << u"copy /tmp/x //tmp/y"_s;
+        QTest::newRow("the top itself") << u"remove /"_s;
+        QTest::newRow("a folder under the top") << u"replace /tmp/x/y /usr"_s;
+    }
+
+    void placeRefuses()
+    {
+        auto [words] = fetch<QString>("words");
+        QProcess tool;
+        tool.start(PlaceTool::path(), words.split(u' '));
+        QVERIFY(tool.waitForFinished());
+        QCOMPARE(tool.exitCode(), 2);
     }
 };
 

@@ -40,7 +40,7 @@ private slots:
         row(u"tbz through x.tar"_s, u"tbz"_s, u"Foo.tbz"_s, u"src bsdtar -cjf"_s + app, kApp, u"Foo.tar"_s);
         row(u"bz2 in place, work folder empty"_s, u"bz2"_s, u"Info.plist.bz2"_s,
             u"src bzip2 -c Foo.app/Contents/Info.plist >"_s, {}, u"Info.plist"_s);
-        for (const QString &image : {u"xorriso"_s, u"udif"_s}) {
+        for (const QString &image : {u"xorriso"_s, u"udif"_s, u"udif-zlib"_s}) {
             row(image + u" image", u"dmg"_s, u"Foo.dmg"_s,
                 u"src %1 -as mkisofs -hfsplus -R -V Vol -o %A ."_s.arg(image), kApp + u"|__MACOSX/|__MACOSX/._Foo.app");
         }
@@ -74,9 +74,9 @@ private slots:
         QStringList args = recipe.split(u' ');
         const QString folder = sandbox.filePath(args.takeFirst());
         const QString tool = args.takeFirst();
-        if (tool == u"udif") {
+        if (tool.startsWith(u"udif")) {
             QVERIFY(InstallFixtures::run(u"xorriso"_s, args.replaceInStrings(u"%A"_s, archive + u".iso"), folder));
-            QVERIFY(InstallFixtures::makeUdif(archive + u".iso", archive));
+            QVERIFY(InstallFixtures::makeUdif(archive + u".iso", archive, tool.endsWith(u"zlib")));
         } else if (tool == u"garbage") {
             QVERIFY(PlistFiles::writeFile(archive, "not an archive"));
         } else {

@@ -84,7 +84,8 @@ bool makeFlatPackage(const QString &root, const QString &package, const QString 
     const QString cpio = package + u".cpio";
     const QString payload = flat + u"/Foo.pkg/Payload";
     const QString location = installLocation.isEmpty() ? QString() : u" install-location=\"%1\""_s.arg(installLocation);
-    if (!PlistFiles::writeFile(flat + u"/Distribution", "<installer-gui-script/>") ||
+    if (!PlistFiles::writeFile(flat + u"/Distribution",
+                               "<installer-gui-script><title>Foo Tools</title></installer-gui-script>") ||
         !PlistFiles::writeFile(flat + u"/Foo.pkg/PackageInfo",
                                u"<pkg-info identifier=\"com.example.foo\"%1/>"_s.arg(location).toUtf8()) ||
         !run(u"find"_s, {u"."_s}, root, package + u".list") ||
@@ -107,29 +108,31 @@ bool makeFlatPackage(const QString &root, const QString &package, const QString 
     return run(u"bsdtar"_s, {u"--format"_s, u"xar"_s, u"-cf"_s, package, u"."_s}, flat);
 }
 
-bool makeUdif(const QString &volume, const QString &image)
+bool makeUdif(const QString &volume, const QString &image, bool zlib)
 {
     QByteArray data = PlistFiles::readFile(volume);
     data.append(QByteArray((512 - data.size() % 512) % 512, 0));
     const quint64 sectors = quint64(data.size()) / 512;
+    // qCompress puts the length in front of the zlib stream.
+    const QByteArray fork = zlib ? qCompress(data, 9).mid(4) : data;
     const auto chunk = [](quint32 type, quint64 first, quint64 count, quint64 length) -> QByteArray {
         return bigEndian(type, 4) + bigEndian(0, 4) + bigEndian(first) + bigEndian(count) + bigEndian(0) +
                bigEndian(length);
     };
     const QByteArray table = "mish" + bigEndian(1, 4) + bigEndian(0) + bigEndian(sectors) + bigEndian(0) +
                              bigEndian(0, 4) + bigEndian(0, 4) + QByteArray(24 + 136, 0) + bigEndian(2, 4) +
-                             chunk(1, 0, sectors, data.size()) + chunk(0xFFFFFFFF, sectors, 0, 0);
+                             chunk(zlib ? 0x80000005 : 1, 0, sectors, fork.size()) + chunk(0xFFFFFFFF, sectors, 0, 0);
     const QByteArray plist = "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>resource-fork</key><dict>"
                              "<key>blkx</key><array><dict><key>Data</key><data>" +
                              table.toBase64() +
                              "</data><key>Name</key><string>disk image (Apple_HFS : 1)</string></dict></array>"
                              "</dict></dict></plist>";
     const QByteArray trailer = "koly" + bigEndian(4, 4) + bigEndian(512, 4) + bigEndian(1, 4) + bigEndian(0) +
-                               bigEndian(0) + bigEndian(data.size()) + bigEndian(0) + bigEndian(0) + bigEndian(1, 4) +
-                               bigEndian(1, 4) + QByteArray(16 + 136, 0) + bigEndian(data.size()) +
+                               bigEndian(0) + bigEndian(fork.size()) + bigEndian(0) + bigEndian(0) + bigEndian(1, 4) +
+                               bigEndian(1, 4) + QByteArray(16 + 136, 0) + bigEndian(fork.size()) +
                                bigEndian(plist.size()) + QByteArray(120 + 136, 0) + bigEndian(1, 4) +
                                bigEndian(sectors) + QByteArray(12, 0);
-    return PlistFiles::writeFile(image, data + plist + trailer);
+    return PlistFiles::writeFile(image, fork + plist + trailer);
 }
 
 } // namespace InstallFixtures

@@ -17,10 +17,11 @@ void makeAppTree(const QString &root);
 // Every entry under folder, sorted: "path/" a folder, "path*" an executable, "path -> target" a link ("/" for any
 // absolute target).
 QStringList describe(const QString &folder);
-// A flat package of root's files at installLocation (none when ""), its payload gzip-compressed or in "pbzx" chunks
-// (one of xz, one stored as it is).
+// A flat package titled "Foo Tools" of root's files at installLocation (none when ""), its payload gzip-compressed or
+// in "pbzx" chunks (one of xz, one stored as it is).
 bool makeFlatPackage(const QString &root, const QString &package, const QString &installLocation, bool pbzx);
-// A UDIF disk image around volume: one raw chunk, its block table in the property list, the "koly" trailer.
-bool makeUdif(const QString &volume, const QString &image);
+// A UDIF disk image around volume: one chunk, raw or zlib-compressed, its block table in the property list, the
+// "koly" trailer.
+bool makeUdif(const QString &volume, const QString &image, bool zlib);
 
 } // namespace InstallFixtures

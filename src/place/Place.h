@@ -1,0 +1,20 @@
+#pragma once
+
+// The verbs of velmora-place, the program that puts items in place for the installer. It runs as the user, or as
+// root through the escalation command, so it takes no Qt, no shell and no search path: fixed verbs, absolute clean
+// paths, and the system's own cp, rm and bsdtar.
+
+#include <string>
+#include <vector>
+
+namespace Place {
+
+// Exit statuses: the verb succeeded, it failed (after its line on standard error), or the words were refused.
+constexpr int kDone = 0;
+constexpr int kFailed = 1;
+constexpr int kRefused = 2;
+
+// words: the verb and its paths, as given on the command line.
+int run(const std::vector<std::string> &words);
+
+} // namespace Place
