@@ -6,7 +6,6 @@
 #include "install/WorkFolder.h"
 #include "platform/VLSettings.h"
 
-#include <QDir>
 #include <QFileInfo>
 
 AuthHelper::AuthHelper() = default;
@@ -33,9 +32,13 @@ bool AuthHelper::replacePathWithForcedAuthentication(const QString &item, const 
     return runWithForcedAuthentication(QStringLiteral("replace"), {item, target});
 }
 
-bool AuthHelper::mergeFolderWithForcedAuthentication(const QString &folder, const QString &target)
+bool AuthHelper::mergeFoldersWithForcedAuthentication(const QList<FolderMerge> &merges)
 {
-    return runWithForcedAuthentication(QStringLiteral("merge"), {folder, target});
+    QStringList paths;
+    for (const FolderMerge &merge : merges) {
+        paths << merge.folder << merge.target;
+    }
+    return runWithForcedAuthentication(QStringLiteral("merge"), paths);
 }
 
 bool AuthHelper::runPKGInstallerWithForcedAuthentication(const QString &package)
@@ -59,13 +62,12 @@ bool AuthHelper::installPackage(const QString &package)
 {
     const QFileInfo packageFile(package);
     const QString workFolder = packageFile.absolutePath() + QLatin1Char('/') + WorkFolder::uniqueName();
-    const auto payloads = FlatPackage::unpack(packageFile.absoluteFilePath(), workFolder);
-    bool installed = payloads.has_value();
-    const QString root = VLSettings().volumeRoot();
-    for (qsizetype i = 0; installed && i < payloads->size(); ++i) {
-        installed = mergeFolderWithForcedAuthentication(payloads->at(i).files,
-                                                        QDir::cleanPath(root + payloads->at(i).installLocation));
+    const auto payloads = FlatPackage::unpack(packageFile.absoluteFilePath(), workFolder, VLSettings().volumeRoot());
+    QList<FolderMerge> merges;
+    for (const UnpackedPayload &payload : payloads.value_or(QList<UnpackedPayload>())) {
+        merges.append({payload.files, payload.target});
     }
+    const bool installed = payloads && mergeFoldersWithForcedAuthentication(merges);
     WorkFolder::remove(workFolder);
     return installed;
 }

@@ -1,14 +1,23 @@
 #pragma once
 
 // Fixed operations with administrator rights, each one run of velmora-place (PlaceTool): directly when the process
-// is root, otherwise behind the command in the setting "escalationCommand" (pkexec by default), whose prompt the
-// installed polkit action keeps answered for a while, so an installer asks once. One helper belongs to one
+// is root, otherwise behind the command in the setting "escalationCommand" (pkexec by default). An installation is
+// one run (a replacement, or all of a package's payloads), so it asks for the password once; the installed polkit
+// action keeps that answer while this process runs, so an Update All asks once too. One helper belongs to one
 // installer; once the user dismissed the prompt or was refused, it asks no more and its operations fail at once.
 
 #include "platform/PrivilegedCommand.h"
 
+#include <QList>
 #include <QString>
 #include <QStringList>
+
+// A folder whose contents go into target, merged with what target holds.
+struct FolderMerge
+{
+    QString folder;
+    QString target;
+};
 
 class AuthHelper
 {
@@ -24,8 +33,8 @@ public:
     bool archivePathWithForcedAuthentication(const QString &source, const QString &archive);
     // Puts item at target in one step: the old copy kept aside until the new one is in place, put back on failure.
     bool replacePathWithForcedAuthentication(const QString &item, const QString &target);
-    // Adds what folder holds to target (made when missing).
-    bool mergeFolderWithForcedAuthentication(const QString &folder, const QString &target);
+    // Adds what each folder holds to its target (made when missing), all in one step.
+    bool mergeFoldersWithForcedAuthentication(const QList<FolderMerge> &merges);
 
     // Installs package's payloads at their install locations under the setting volumeRoot; answers false whatever
     // happened, as the outcome was never reported to callers.

@@ -24,14 +24,10 @@ bool BLAuthentication::isAuthenticated(const QString &) const
 
 bool BLAuthentication::fetchPassword(const QString &)
 {
-    // The escalation tool has no "ask only" mode: running a command that does nothing is the asking.
-    const CommandLine line = PrivilegedCommand::commandLine({WorkFolder::tool(QStringLiteral("true"))}, m_escalation);
-    VLSynchronousTask task;
-    if (!line.program.isEmpty()) {
-        task.run(line.program, {}, line.arguments, QByteArray());
-    }
-    m_authorized = task.done() && task.result() == 0;
-    if (m_authorized && m_delegate) {
+    // The escalation tool has no "ask only" mode, and a command run just to ask would make the real one ask again:
+    // the prompt comes with the command itself, and a refusal there takes the right back (failedExecute).
+    m_authorized = true;
+    if (m_delegate) {
         m_delegate->authenticationDidAuthorize(this);
     }
     return m_authorized;
@@ -78,7 +74,9 @@ std::optional<QByteArray> BLAuthentication::executeCommandSynced(const QString &
     const CommandLine line =
         PrivilegedCommand::commandLine(QStringList{command} + args.mid(0, kMostArguments), m_escalation);
     VLSynchronousTask task;
-    task.run(line.program, {}, line.arguments, QByteArray());
+    if (!line.program.isEmpty()) {
+        task.run(line.program, {}, line.arguments, QByteArray());
+    }
     if (!task.done() || task.result() != 0) {
         failedExecute(task.result());
         return std::nullopt;
@@ -92,7 +90,8 @@ std::optional<QByteArray> BLAuthentication::executeCommandSynced(const QString &
 qint64 BLAuthentication::getPID(const QString &name) const
 {
     for (const RunningProcess &process : RunningProcesses::list()) {
-        if (process.executable.contains(name)) {
+        // Our own command line may hold the name too.
+        if (process.pid != getpid() && process.arguments.join(QLatin1Char(' ')).contains(name)) {
             return process.pid;
         }
     }
@@ -122,6 +121,9 @@ bool BLAuthentication::killProcess(const QString &name, int signal)
 
 bool BLAuthentication::failedExecute(int status)
 {
+    if (PrivilegedCommand::wasRefused(status)) {
+        m_authorized = false;
+    }
     vlLog(QStringLiteral("Error %1 in AuthorizationExecuteWithPrivileges").arg(status));
     if (m_delegate) {
         m_delegate->authenticationFailedExecute(this);

@@ -36,7 +36,8 @@ public:
 
     // Whether the rights are held already, without asking.
     bool isAuthenticated(const QString &command) const;
-    // Asks for the rights (the escalation tool shows its prompt); true when granted.
+    // Readies the rights: the escalation tool shows its prompt when the command runs; a refusal there takes them
+    // back.
     bool fetchPassword(const QString &command);
     bool authenticate(const QString &command);
     void deauthenticate();
@@ -46,7 +47,7 @@ public:
     // The same, waiting for the command and its whole output; the output when it succeeded.
     std::optional<QByteArray> executeCommandSynced(const QString &command, const QStringList &args);
 
-    // The id of a running process whose executable's path contains name; 0 when none.
+    // The id of a running process (not ours) whose command line contains name; 0 when none.
     qint64 getPID(const QString &name) const;
     // Sends signal to the process getPID finds.
     bool killProcess(const QString &name, int signal);

@@ -8,6 +8,9 @@
 #include <QFile>
 
 #include <cstdio>
+#include <filesystem>
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -26,14 +29,37 @@ bool isUDIF(const QString &image)
            file.read(4) == "koly";
 }
 
-// "yes" answers the licence agreement some images show before they open.
+// "yes" answers the licence agreement some images show before they open. -snld keeps links with ".." steps that
+// stay inside the volume (bundles have them); 7zz still refuses one that leads out, and the image with it.
 bool sevenZipExtract(const QString &type, const QString &archive, const QString &into)
 {
     return VLSynchronousTask::task(WorkFolder::tool(QStringLiteral("7zz")), into,
                                    {QStringLiteral("x"), QStringLiteral("-t") + type, QStringLiteral("-y"),
-                                    QStringLiteral("-bd"), QStringLiteral("-o") + into, archive},
+                                    QStringLiteral("-bd"), QStringLiteral("-snld"), QStringLiteral("-o") + into,
+                                    archive},
                                    QByteArray("yes\n"))
         .has_value();
+}
+
+// 7zz writes an absolute link's target as a path inside the folder it extracts into; on the volume it named the
+// same path from the top of the system, so it is pointed there again.
+bool restoreAbsoluteLinks(const QString &folder)
+{
+    const fs::path root = NativePath::encode(folder).toStdString();
+    const std::string prefix = root.string() + '/';
+    std::error_code error;
+    for (auto it = fs::recursive_directory_iterator(root, error); !error && it != fs::recursive_directory_iterator();
+         it.increment(error)) {
+        if (!it->is_symlink(error)) {
+            continue;
+        }
+        const std::string target = fs::read_symlink(it->path(), error).string();
+        if (!error && target.starts_with(prefix)) {
+            fs::remove(it->path(), error);
+            fs::create_symlink(target.substr(prefix.size() - 1), it->path(), error);
+        }
+    }
+    return !error;
 }
 
 // The largest partition of an unpacked UDIF wrapper: the volume.
@@ -74,7 +100,8 @@ bool attachVolume(const QString &volume, const QString &mountPoint)
         if (!WorkFolder::prepare(staging)) {
             return false;
         }
-        if (sevenZipExtract(QLatin1String(kind.type), volume, staging) && WorkFolder::holdsOnlyPlainEntries(staging)) {
+        if (sevenZipExtract(QLatin1String(kind.type), volume, staging) && WorkFolder::holdsOnlyPlainEntries(staging) &&
+            restoreAbsoluteLinks(staging)) {
             const bool lifted = lift(staging, mountPoint, kind.hasRootFolder);
             WorkFolder::remove(staging);
             return lifted;

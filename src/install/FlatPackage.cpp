@@ -7,6 +7,7 @@
 #include "platform/Log.h"
 #include "platform/NativePath.h"
 
+#include <QDir>
 #include <QFile>
 #include <QXmlStreamReader>
 
@@ -92,7 +93,7 @@ bool unpackPayload(const QString &payload, const QString &into)
 
 namespace FlatPackage {
 
-std::optional<QList<UnpackedPayload>> unpack(const QString &package, const QString &workFolder)
+std::optional<QList<UnpackedPayload>> unpack(const QString &package, const QString &workFolder, const QString &root)
 {
     const QString opened = workFolder + QStringLiteral("/package");
     const auto payloads = WorkFolder::prepare(opened) ? open(package, opened) : std::nullopt;
@@ -109,7 +110,7 @@ std::optional<QList<UnpackedPayload>> unpack(const QString &package, const QStri
             vlLog(QStringLiteral("error extracting to %1").arg(files));
             return std::nullopt;
         }
-        unpacked.append({files, payload.installLocation});
+        unpacked.append({files, QDir::cleanPath(root + payload.installLocation)});
     }
     return unpacked;
 }

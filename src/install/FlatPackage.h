@@ -11,15 +11,16 @@
 
 struct UnpackedPayload
 {
-    QString files;           // a folder holding the payload's files, links and modes kept
-    QString installLocation; // absolute, "/" when the package gives none; never with a ".." step
+    QString files;  // a folder holding the payload's files, links and modes kept
+    QString target; // the folder they install into: the package's install location ("/" when none) under the root
 };
 
 namespace FlatPackage {
 
-// Unpacks every payload of package into its own folder under workFolder (made fresh); nullopt, after its log line,
-// when package is no readable package, carries no payload or a damaged one, or names a file outside its folder.
-std::optional<QList<UnpackedPayload>> unpack(const QString &package, const QString &workFolder);
+// Unpacks every payload of package into its own folder under workFolder (made fresh), each to be installed under
+// root; nullopt, after its log line, when package is no readable package, carries no payload or a damaged one, or
+// names a file or an install location outside its folder.
+std::optional<QList<UnpackedPayload>> unpack(const QString &package, const QString &workFolder, const QString &root);
 // The package's title as its distribution gives it; "" when it gives none.
 QString title(const QString &package);
 

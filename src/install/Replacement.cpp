@@ -2,13 +2,13 @@
 
 #include "install/AuthHelper.h"
 #include "install/PlaceTool.h"
+#include "platform/FileStatus.h"
 #include "platform/FolderReader.h"
 #include "platform/NativePath.h"
 
 #include <QDir>
 #include <QFileInfo>
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -16,7 +16,7 @@ namespace {
 // Whether we may write into folder, or, where it is missing, make it in the nearest folder that exists.
 bool mayWriteInto(QString folder)
 {
-    while (!QFileInfo::exists(folder) && folder != QLatin1String("/")) {
+    while (!FileStatus::of(folder).reached() && folder != QLatin1String("/")) {
         folder = QFileInfo(folder).absolutePath();
     }
     return access(NativePath::encode(folder).constData(), W_OK) == 0;
@@ -25,8 +25,8 @@ bool mayWriteInto(QString folder)
 // Whether what is at path belongs to someone else: replacing it then needs the rights even in a folder of ours.
 bool ownedByOther(const QString &path)
 {
-    struct stat info = {};
-    return lstat(NativePath::encode(path).constData(), &info) == 0 && info.st_uid != geteuid();
+    const FileStatus status = FileStatus::of(path, FileStatus::Links::Own);
+    return status.reached() && status.owner != geteuid();
 }
 
 } // namespace
@@ -41,14 +41,19 @@ bool Replacement::replace(const QString &item, const QString &target)
                : PlaceTool::run(QStringLiteral("replace"), {item, place});
 }
 
-bool Replacement::merge(const QString &folder, const QString &target)
+bool Replacement::merge(const QList<FolderMerge> &merges)
 {
-    const QString place = QDir::cleanPath(target);
-    bool privileged = !mayWriteInto(place);
-    FolderReader reader(NativePath::encode(folder));
-    for (const FolderReader::Entry &entry : reader.entries()) {
-        privileged = privileged || ownedByOther(place + QLatin1Char('/') + NativePath::decode(entry.name));
+    bool privileged = false;
+    QStringList paths;
+    for (const FolderMerge &merge : merges) {
+        const QString place = QDir::cleanPath(merge.target);
+        privileged = privileged || !mayWriteInto(place);
+        FolderReader reader(NativePath::encode(merge.folder));
+        for (const FolderReader::Entry &entry : reader.entries()) {
+            privileged = privileged || ownedByOther(place + QLatin1Char('/') + NativePath::decode(entry.name));
+        }
+        paths << merge.folder << place;
     }
-    return privileged ? m_auth.mergeFolderWithForcedAuthentication(folder, place)
-                      : PlaceTool::run(QStringLiteral("merge"), {folder, place});
+    return privileged ? m_auth.mergeFoldersWithForcedAuthentication(merges)
+                      : PlaceTool::run(QStringLiteral("merge"), paths);
 }

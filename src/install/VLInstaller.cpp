@@ -180,6 +180,7 @@ QString VLInstaller::mountDMG(const QString &download)
     m_mountPoints.insert(file, mountPoint);
     if (!DiskImage::attach(file, mountPoint)) {
         vlLog(QStringLiteral("error extracting to %1 - could not mount dmg").arg(mountPoint));
+        unmount(mountPoint, file);
         return {};
     }
     return mountPoint;
@@ -193,7 +194,12 @@ void VLInstaller::unmount(const QString &mountPoint, const QString &originalDMG)
 
 void VLInstaller::cleanUp(const QString &path)
 {
+    // Only ever a folder inside our private temporary folder: an empty or relative path would name the current one.
     const QString folder = QFileInfo(path).path();
+    const QString temp = AppPaths::privateTempFolderName();
+    if (temp.isEmpty() || !QDir::isAbsolutePath(path) || !QDir::cleanPath(folder).startsWith(temp + QLatin1Char('/'))) {
+        return;
+    }
     if (QFileInfo::exists(folder) || QFileInfo(folder).isSymLink()) {
         WorkFolder::remove(folder);
     }

@@ -1,6 +1,7 @@
 #include "install/VLInstaller.h"
 
 #include "model/VLApp.h"
+#include "platform/FileStatus.h"
 #include "platform/FolderReader.h"
 #include "platform/Log.h"
 #include "platform/NativePath.h"
@@ -59,8 +60,7 @@ QString fileName(const QString &path)
 
 bool isFolder(const QString &path)
 {
-    const QFileInfo info(path);
-    return info.isDir() && !info.isSymLink();
+    return FileStatus::of(path, FileStatus::Links::Own).isFolder;
 }
 
 // When an app bundle and an item of kind (a package, a browser extension, a plug-in) came together, the app that

@@ -7,6 +7,7 @@
 #include "install/WorkFolder.h"
 #include "model/VLApp.h"
 #include "platform/DesktopOpener.h"
+#include "platform/FileStatus.h"
 #include "platform/FolderReader.h"
 #include "platform/Log.h"
 #include "platform/NativePath.h"
@@ -33,8 +34,7 @@ QString lastComponent(const QString &path)
 
 bool lexists(const QString &path)
 {
-    const QFileInfo info(path);
-    return info.exists() || info.isSymLink();
+    return FileStatus::of(path, FileStatus::Links::Own).reached();
 }
 
 // The app bundles a payload carries, nearest the top first; bundles are not entered.
@@ -154,9 +154,8 @@ QString VLInstaller::mountDMGandInstall(const QString &image, const QString &loc
     }
     vlLog(QStringLiteral("mountDMGandInstall %1").arg(mountPoint));
     const QString installed = installNewVersionFrom(mountPoint, localPath);
-    if (!installed.isEmpty()) {
-        unmount(mountPoint, image);
-    }
+    // Here the volume is a copy on disk, not an attached image: it goes whether or not the installation succeeded.
+    unmount(mountPoint, image);
     return installed;
 }
 
@@ -165,32 +164,37 @@ QString VLInstaller::installNewVersionFromPKG(const QString &package, const QStr
     Q_UNUSED(localPath)
     const QFileInfo packageFile(package);
     const QString workFolder = packageFile.absolutePath() + QLatin1Char('/') + WorkFolder::uniqueName();
-    const auto payloads = FlatPackage::unpack(packageFile.absoluteFilePath(), workFolder);
-    QString installed = QStringLiteral("-");
-    bool complete = payloads.has_value();
-    const QString root = VLSettings().volumeRoot();
-    for (qsizetype i = 0; complete && i < payloads->size(); ++i) {
-        const UnpackedPayload &payload = payloads->at(i);
-        const QString target = QDir::cleanPath(root + payload.installLocation);
-        const QStringList apps = appsCarried(payload.files);
-        const QString wanted = m_senderApp ? m_senderApp->name : QString();
-        const auto named = std::find_if(apps.begin(), apps.end(),
-                                        [&wanted](const QString &app) { return QFileInfo(app).fileName() == wanted; });
-        QString app = named != apps.end() ? *named : apps.value(0);
-        if (!app.isEmpty()) {
-            app = QDir::cleanPath(target + app.mid(payload.files.size()));
-        }
-        const bool mayInstall = app.isEmpty() || !m_gate || m_gate->prepareToReplace(app);
-        complete = mayInstall && Replacement(m_authhelper).merge(payload.files, target);
-        if (m_gate && !app.isEmpty() && mayInstall) {
-            m_gate->finishedReplacing(app, complete);
-        }
-        if (complete && !app.isEmpty() && (installed == QLatin1String("-") || named != apps.end())) {
-            installed = app;
+    const auto payloads = FlatPackage::unpack(packageFile.absoluteFilePath(), workFolder, VLSettings().volumeRoot());
+    if (!payloads) {
+        WorkFolder::remove(workFolder);
+        return {};
+    }
+    // The app named like the record (with or without its extension), else the first app carried.
+    const QString wanted = m_senderApp ? m_senderApp->name : QString();
+    QString installed;
+    bool named = false;
+    QList<FolderMerge> merges;
+    for (const UnpackedPayload &payload : *payloads) {
+        merges.append({payload.files, payload.target});
+        for (const QString &app : appsCarried(payload.files)) {
+            const QFileInfo info(app);
+            const bool isNamed = !wanted.isEmpty() && (info.fileName() == wanted || info.completeBaseName() == wanted);
+            if (!named && (isNamed || installed.isEmpty())) {
+                installed = QDir::cleanPath(payload.target + app.mid(payload.files.size()));
+                named = isNamed;
+            }
         }
     }
+    const bool mayInstall = installed.isEmpty() || !m_gate || m_gate->prepareToReplace(installed);
+    const bool complete = mayInstall && Replacement(m_authhelper).merge(merges);
+    if (m_gate && !installed.isEmpty() && mayInstall) {
+        m_gate->finishedReplacing(installed, complete);
+    }
     WorkFolder::remove(workFolder);
-    return complete ? installed : QString();
+    if (!complete) {
+        return {};
+    }
+    return installed.isEmpty() ? QStringLiteral("-") : installed;
 }
 
 bool VLInstaller::checkIfAppIsRunningAndInstall(const QString &item, const QString &target)

@@ -8,7 +8,9 @@
 #include <iostream>
 #include <string_view>
 
+#include <dirent.h>
 #include <fcntl.h>
+#include <ftw.h>
 #include <spawn.h>
 #include <sys/random.h>
 #include <sys/stat.h>
@@ -60,10 +62,21 @@ bool lexists(const std::string &path)
     return lstat(path.c_str(), &info) == 0;
 }
 
+bool isRealFolder(const std::string &path)
+{
+    struct stat info = {};
+    return lstat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
+}
+
 std::string parentOf(const std::string &path)
 {
     const std::size_t slash = path.rfind('/');
     return slash == 0 ? std::string("/") : path.substr(0, slash);
+}
+
+std::string childOf(const std::string &folder, const std::string &name)
+{
+    return (folder == "/" ? std::string() : folder) + '/' + name;
 }
 
 // Runs one of the system's tools by its fixed path with a fixed environment: as root the caller's search path and
@@ -96,14 +109,6 @@ bool runTool(const char *name, const Words &arguments)
     return WIFEXITED(status) && WEXITSTATUS(status) == 0;
 }
 
-// Links stay links and are never followed, modes and times are kept; the owner becomes whoever runs us, so that
-// what root puts in a system folder is root's and not the downloading user's.
-bool copy(const std::string &source, const std::string &destination)
-{
-    return runTool("cp", {"-a", "--no-preserve=ownership", "-T", "--", source, destination}) ||
-           fail("could not copy " + source + " to " + destination);
-}
-
 bool removeTree(const std::string &path)
 {
     return !lexists(path) || runTool("rm", {"-rf", "--", path}) || fail("could not remove " + path);
@@ -115,7 +120,8 @@ bool rename(const std::string &source, const std::string &destination)
     if (renameat2(AT_FDCWD, source.c_str(), AT_FDCWD, destination.c_str(), RENAME_NOREPLACE) == 0) {
         return true;
     }
-    // File systems without the flag: the check and the rename are not one step, but nothing of ours races here.
+    // File systems without the flag: the check and the rename are not one step, but the folder is not the user's
+    // when it matters (we run as root only where the user may not write).
     if (errno == EINVAL && !lexists(destination) && std::rename(source.c_str(), destination.c_str()) == 0) {
         return true;
     }
@@ -129,8 +135,8 @@ bool makeFolder(const std::string &path)
     return !error || fail("could not make " + path + ": " + error.message());
 }
 
-// Hidden, so that a scan running meanwhile does not list the old copy as an app of its own.
-std::string asideName(const std::string &target)
+// A hidden name beside path, so that a scan running meanwhile does not list it as an app of its own.
+std::string hiddenBeside(const std::string &path, const char *purpose)
 {
     unsigned char bytes[8] = {};
     if (getrandom(bytes, sizeof bytes, 0) != sizeof bytes) {
@@ -141,79 +147,157 @@ std::string asideName(const std::string &target)
         hex += "0123456789abcdef"[byte >> 4];
         hex += "0123456789abcdef"[byte & 15];
     }
-    const std::size_t slash = target.rfind('/');
-    return target.substr(0, slash + 1) + '.' + target.substr(slash + 1) + '.' + hex + ".old";
+    const std::size_t slash = path.rfind('/');
+    return path.substr(0, slash + 1) + '.' + path.substr(slash + 1) + '.' + hex + '.' + purpose;
 }
 
-// The installed copy is renamed aside until the new one is complete, put back when the copy fails, and removed
-// only after success.
-bool replace(const Words &paths)
+// What the user downloaded must not become a set-id program of root's.
+int clearSetIdBits(const char *path, const struct stat *info, int, FTW *)
 {
-    const std::string &item = paths[0];
-    const std::string &target = paths[1];
-    if (!lexists(item)) {
-        return fail("nothing to place at " + item);
+    constexpr mode_t setId = S_ISUID | S_ISGID;
+    if (S_ISLNK(info->st_mode) || (info->st_mode & setId) == 0) {
+        return 0;
     }
-    const bool hadOldCopy = lexists(target);
-    const std::string aside = asideName(target);
-    if (aside.empty() || !makeFolder(parentOf(target)) || (hadOldCopy && !rename(target, aside))) {
-        return false;
+    return chmod(path, info->st_mode & 07777 & ~setId);
+}
+
+// Links stay links and are never followed, modes and times are kept; the owner becomes whoever runs us, so that
+// what root puts in a system folder is root's and not the downloading user's.
+bool copy(const std::string &source, const std::string &destination)
+{
+    return runTool("cp", {"-a", "--no-preserve=ownership", "-T", "--", source, destination}) ||
+           fail("could not copy " + source + " to " + destination);
+}
+
+// Copies source to a hidden name beside destination, then swaps it in: anyone looking at destination sees the old
+// item or the whole new one, never a part, the old one stays until the new one is complete, and nothing is written
+// through a link that stood there.
+bool place(const std::string &source, const std::string &destination)
+{
+    const std::string staging = hiddenBeside(destination, "new");
+    if (staging.empty() || !copy(source, staging) || nftw(staging.c_str(), clearSetIdBits, 16, FTW_PHYS) != 0) {
+        removeTree(staging);
+        return fail("could not prepare " + destination);
     }
-    if (!copy(item, target)) {
-        removeTree(target);
-        if (hadOldCopy && !rename(aside, target)) {
-            fail("the old copy of " + target + " stays at " + aside);
+    if (!lexists(destination)) {
+        const bool placed = rename(staging, destination);
+        if (!placed) {
+            removeTree(staging);
         }
+        return placed;
+    }
+    const bool swapped = renameat2(AT_FDCWD, staging.c_str(), AT_FDCWD, destination.c_str(), RENAME_EXCHANGE) == 0;
+    const int swapError = errno;
+    if (swapped) {
+        removeTree(staging); // now the old copy; a failure is reported and the new one stays
+        return true;
+    }
+    // File systems that cannot swap: the old copy is put aside for the moment of one rename.
+    const std::string aside = hiddenBeside(destination, "old");
+    if (swapError != EINVAL || aside.empty() || !rename(destination, aside)) {
+        removeTree(staging);
+        return fail("could not replace " + destination);
+    }
+    if (!rename(staging, destination)) {
+        removeTree(staging);
+        rename(aside, destination); // the old copy back; rename reports when it cannot
         return false;
     }
-    if (hadOldCopy && !removeTree(aside)) {
-        fail("the old copy of " + target + " stays at " + aside);
+    removeTree(aside);
+    return true;
+}
+
+bool listFolder(const std::string &folder, Words &names)
+{
+    DIR *stream = opendir(folder.c_str());
+    if (!stream) {
+        return fail("could not read " + folder + ": " + std::strerror(errno));
+    }
+    errno = 0;
+    while (const dirent *entry = readdir(stream)) {
+        const std::string name = entry->d_name;
+        if (name != "." && name != "..") {
+            names.push_back(name);
+        }
+    }
+    const int error = errno;
+    closedir(stream);
+    return error == 0 || fail("could not read " + folder + ": " + std::strerror(error));
+}
+
+// Folders that both sides have are entered, so that an existing folder keeps its owner, mode and times; every other
+// entry is placed whole.
+bool mergeInto(const std::string &folder, const std::string &target)
+{
+    Words names;
+    if (!listFolder(folder, names)) {
+        return false;
+    }
+    for (const std::string &name : names) {
+        const std::string source = childOf(folder, name);
+        const std::string destination = childOf(target, name);
+        const bool sourceIsFolder = isRealFolder(source);
+        if (isRealFolder(destination)) {
+            if (!sourceIsFolder) {
+                return fail("will not replace the folder " + destination + " with a file");
+            }
+            if (!mergeInto(source, destination)) {
+                return false;
+            }
+        } else if (!place(source, destination)) {
+            return false;
+        }
     }
     return true;
 }
 
-// Adds what folder holds to target entry by entry, so that target itself keeps its owner, mode and times.
+bool replace(const Words &paths)
+{
+    return (lexists(paths[0]) || fail("nothing to place at " + paths[0])) && makeFolder(parentOf(paths[1])) &&
+           place(paths[0], paths[1]);
+}
+
+// Pairs of a folder and the folder its contents go into: a whole package in one run.
 bool merge(const Words &paths)
 {
-    const std::string &folder = paths[0];
-    const std::string &target = paths[1];
-    if (!makeFolder(target)) {
-        return false;
-    }
-    std::error_code error;
-    for (const auto &entry : std::filesystem::directory_iterator(folder, error)) {
-        const std::string name = entry.path().filename().string();
-        if (!copy(folder + '/' + name, (target == "/" ? "" : target) + '/' + name)) {
+    for (std::size_t i = 0; i + 1 < paths.size(); i += 2) {
+        if (!makeFolder(paths[i + 1]) || !mergeInto(paths[i], paths[i + 1])) {
             return false;
         }
     }
-    return !error || fail("could not read " + folder + ": " + error.message());
+    return true;
 }
 
-// A zip archive that holds source's folder itself.
+// A zip archive that holds source's folder itself; an existing file at the archive's path is left alone.
 bool archive(const Words &paths)
 {
     const std::string &source = paths[0];
-    return runTool("bsdtar", {"--format", "zip", "-cf", paths[1], "-C", parentOf(source), "--",
-                              source.substr(source.rfind('/') + 1)}) ||
-           fail("could not archive " + source);
+    const std::string staging = hiddenBeside(paths[1], "new");
+    const bool made = !staging.empty() && runTool("bsdtar", {"--format", "zip", "-cf", staging, "-C", parentOf(source),
+                                                             "--", source.substr(source.rfind('/') + 1)});
+    if (made && rename(staging, paths[1])) {
+        return true;
+    }
+    removeTree(staging);
+    return fail("could not archive " + source);
 }
 
 struct Verb
 {
     std::string_view name;
     std::vector<Role> roles;
+    bool repeats; // the roles may be given again, as often as wanted
     bool (*act)(const Words &paths);
 };
 
 const std::vector<Verb> &verbs()
 {
     static const std::vector<Verb> table = {
-        {"replace", {Role::Read, Role::Changed}, replace},
-        {"merge", {Role::Read, Role::MergedInto}, merge},
-        {"copy", {Role::Read, Role::Changed}, [](const Words &p) { return copy(p[0], p[1]); }},
-        {"remove", {Role::Changed}, [](const Words &p) { return removeTree(p[0]); }},
-        {"archive", {Role::Read, Role::Changed}, archive},
+        {"replace", {Role::Read, Role::Changed}, false, replace},
+        {"merge", {Role::Read, Role::MergedInto}, true, merge},
+        {"copy", {Role::Read, Role::Changed}, false, [](const Words &p) { return place(p[0], p[1]); }},
+        {"remove", {Role::Changed}, false, [](const Words &p) { return removeTree(p[0]); }},
+        {"archive", {Role::Read, Role::Changed}, false, archive},
     };
     return table;
 }
@@ -230,18 +314,20 @@ int run(const std::vector<std::string> &words)
             continue;
         }
         const Words paths(words.begin() + 1, words.end());
-        if (paths.size() != verb.roles.size()) {
+        const std::size_t arity = verb.roles.size();
+        if (paths.empty() || paths.size() % arity != 0 || (!verb.repeats && paths.size() != arity)) {
             break;
         }
         for (std::size_t i = 0; i < paths.size(); ++i) {
-            if (!isCleanPath(paths[i], verb.roles[i])) {
+            if (!isCleanPath(paths[i], verb.roles[i % arity])) {
                 fail("refused path " + paths[i]);
                 return kRefused;
             }
         }
         return verb.act(paths) ? kDone : kFailed;
     }
-    fail("usage: velmora-place replace|merge|copy|remove|archive PATH...");
+    fail("usage: velmora-place replace ITEM TARGET | merge FOLDER TARGET... | copy SOURCE TARGET | remove PATH | "
+         "archive SOURCE ZIP");
     return kRefused;
 }
 

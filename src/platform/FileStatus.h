@@ -5,6 +5,8 @@
 
 #include <QString>
 
+#include <sys/types.h>
+
 struct FileStatus
 {
     enum class Links { Follow, Own }; // Own: a link itself, not what it points to
@@ -13,6 +15,8 @@ struct FileStatus
     qint64 size = 0;          // bytes
     qint64 modifiedNsecs = 0; // since 1970-01-01 UTC
     qint64 accessedNsecs = 0;
+    bool isFolder = false; // with Links::Own, never a link to one
+    uid_t owner = 0;
 
     bool reached() const { return failure.isEmpty(); }
 

@@ -63,12 +63,14 @@ QList<RunningProcess> list()
         }
         const QString folder = kProc + QLatin1Char('/') + entry;
         QString executable = QFile::symLinkTarget(folder + QStringLiteral("/exe"));
-        if (executable.isEmpty()) {
+        const QStringList arguments = commandLine(folder);
+        // Kernel threads have neither.
+        if (executable.isEmpty() && arguments.isEmpty()) {
             continue;
         }
         // A replaced or removed executable reads as "PATH (deleted)".
         executable.remove(QStringLiteral(" (deleted)"));
-        processes.append({pid, executable, commandLine(folder), QFile::symLinkTarget(folder + QStringLiteral("/cwd"))});
+        processes.append({pid, executable, arguments, QFile::symLinkTarget(folder + QStringLiteral("/cwd"))});
     }
     return processes;
 }

@@ -10,7 +10,7 @@
 struct RunningProcess
 {
     qint64 pid = 0;
-    // The executable's absolute path; processes whose executable cannot be read (other users') are left out.
+    // The executable's absolute path; "" where it cannot be read (other users' processes).
     QString executable;
     // The command line it was started with, its own name first.
     QStringList arguments;

@@ -12,12 +12,15 @@
 #include "support/BundleTree.h"
 #include "support/DataTable.h"
 #include "support/InstallFixtures.h"
+#include "support/PlistFiles.h"
 #include "support/TestMain.h"
 
 #include <QDir>
 #include <QProcess>
 #include <QRegularExpression>
 #include <QTemporaryDir>
+
+#include <sys/stat.h>
 
 using namespace Qt::StringLiterals;
 
@@ -197,6 +200,34 @@ private slots:
         BLAuthentication shared(PrivilegedCommand::Escalation::Always);
         const QStringList numbers = u"0 1 2 3 4 5 6 7 8 9 10 11 12 13 14 15 16 17 18 19 20"_s.split(u' ');
         QCOMPARE(shared.executeCommandSynced(u"/bin/echo"_s, numbers), numbers.mid(0, 19).join(u' ').toUtf8() + '\n');
+    }
+
+    // What velmora-place merges in: a link standing at a destination is replaced, not written through; a folder
+    // that exists keeps its mode; no set-id bit arrives; what the payload does not name stays.
+    void placeKeepsWhatStands()
+    {
+        QTemporaryDir dir;
+        BundleTree tree(dir.path());
+        tree.addFile(u"victim"_s, "mine");
+        tree.addFile(u"target/Foo.app/Contents/old"_s, "old");
+        QVERIFY(QFile::link(tree.path(u"victim"_s), tree.path(u"target/Foo.app/Contents/Info.plist"_s)));
+        QVERIFY(chmod(QFile::encodeName(tree.path(u"target/Foo.app"_s)).constData(), 0750) == 0);
+        tree.addFile(u"payload/Foo.app/Contents/Info.plist"_s, "new");
+        const QString tool = tree.addFile(u"payload/Foo.app/Contents/tool"_s, "#!/bin/sh\n");
+        QVERIFY(chmod(QFile::encodeName(tool).constData(), 06755) == 0);
+
+        QVERIFY(PlaceTool::run(u"merge"_s, {tree.path(u"payload"_s), tree.path(u"target"_s)}));
+        QCOMPARE(PlistFiles::readFile(tree.path(u"victim"_s)), "mine");
+        QCOMPARE(PlistFiles::readFile(tree.path(u"target/Foo.app/Contents/Info.plist"_s)), "new");
+        const auto mode = [&tree](const char *path) {
+            struct stat info = {};
+            return lstat(QFile::encodeName(tree.path(QString::fromLatin1(path))).constData(), &info) == 0
+                       ? info.st_mode & 07777
+                       : 0;
+        };
+        QCOMPARE(mode("target/Foo.app"), 0750u);
+        QCOMPARE(mode("target/Foo.app/Contents/tool"), 0755u);
+        QVERIFY(QFile::exists(tree.path(u"target/Foo.app/Contents/old"_s)));
     }
 
     // What velmora-place refuses before touching anything: as root it must not be steered outside its verbs.

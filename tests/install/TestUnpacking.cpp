@@ -2,6 +2,7 @@
 // no __MACOSX), and archives that fail or try to write outside their folder, which must fail and write nothing.
 
 #include "install/VLInstaller.h"
+#include "platform/AppPaths.h"
 #include "support/BundleTree.h"
 #include "support/DataTable.h"
 #include "support/InstallFixtures.h"
@@ -13,7 +14,8 @@
 
 using namespace Qt::StringLiterals;
 
-static const QString kApp = u"Applications -> /|Foo.app/|Foo.app/Contents/|Foo.app/Contents/Current -> MacOS|"
+static const QString kApp = u"Applications -> /Applications|Foo.app/|Foo.app/Contents/|"
+                            u"Foo.app/Contents/Current -> ../Contents/MacOS|"
                             u"Foo.app/Contents/Info.plist|Foo.app/Contents/MacOS/|Foo.app/Contents/MacOS/foo*"_s;
 
 class TestUnpacking : public QObject
@@ -62,7 +64,8 @@ private slots:
         auto [op, name, recipe, listing, beside] =
             fetch<QString, QString, QString, QString, QString>("op", "name", "recipe", "listing", "beside");
         const bool unpacks = !listing.isEmpty() || !beside.isEmpty();
-        QTemporaryDir sandbox;
+        // Downloads live in our private temporary folder, the only place the installer cleans up.
+        QTemporaryDir sandbox(AppPaths::privateTempFolder() + u"/sandbox-XXXXXX"_s);
         const QString downloads = BundleTree(sandbox.filePath(u"dl"_s)).root();
         const QString outside = BundleTree(sandbox.filePath(u"outside"_s)).root();
         const QString archive = downloads + u'/' + name;

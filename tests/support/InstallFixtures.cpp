@@ -50,7 +50,8 @@ void makeAppTree(const QString &root)
     const QString tool = root + QStringLiteral("/Foo.app/Contents/MacOS/foo");
     PlistFiles::writeFile(tool, "#!/bin/sh\n");
     QFile::setPermissions(tool, QFile::permissions(tool) | QFile::ExeOwner | QFile::ExeGroup | QFile::ExeOther);
-    QFile::link(QStringLiteral("MacOS"), root + QStringLiteral("/Foo.app/Contents/Current"));
+    // A ".." step that stays inside the bundle, as bundles have them.
+    QFile::link(QStringLiteral("../Contents/MacOS"), root + QStringLiteral("/Foo.app/Contents/Current"));
     QFile::link(QStringLiteral("/Applications"), root + QStringLiteral("/Applications"));
     PlistFiles::writeFile(root + QStringLiteral("/__MACOSX/._Foo.app"), "resource fork");
 }
@@ -67,7 +68,7 @@ QStringList describe(const QString &folder)
             char target[4096] = {};
             const ssize_t size = readlink(QFile::encodeName(info.filePath()).constData(), target, sizeof target - 1);
             const QString text = QString::fromUtf8(target, size > 0 ? size : 0);
-            entries.append(path + QStringLiteral(" -> ") + (text.startsWith(u'/') ? QStringLiteral("/") : text));
+            entries.append(path + QStringLiteral(" -> ") + text);
         } else if (info.isDir()) {
             entries.append(path + QLatin1Char('/'));
         } else {

@@ -11,11 +11,10 @@ namespace InstallFixtures {
 // tool is missing or fails: a test then fails, it never skips.
 bool run(const QString &program, const QStringList &args, const QString &folder, const QString &outFile = {},
          const QString &inFile = {});
-// Foo.app (Contents/Info.plist, Contents/MacOS/foo executable, Contents/Current -> MacOS), a link Applications ->
-// /Applications and __MACOSX/._Foo.app under root.
+// Foo.app (Contents/Info.plist, Contents/MacOS/foo executable, Contents/Current -> ../Contents/MacOS), a link
+// Applications -> /Applications and __MACOSX/._Foo.app under root.
 void makeAppTree(const QString &root);
-// Every entry under folder, sorted: "path/" a folder, "path*" an executable, "path -> target" a link ("/" for any
-// absolute target).
+// Every entry under folder, sorted: "path/" a folder, "path*" an executable, "path -> target" a link.
 QStringList describe(const QString &folder);
 // A flat package titled "Foo Tools" of root's files at installLocation (none when ""), its payload gzip-compressed or
 // in "pbzx" chunks (one of xz, one stored as it is).
