@@ -3,6 +3,7 @@
 #include "install/PbzxPayload.h"
 #include "install/VLSynchronousTask.h"
 #include "install/WorkFolder.h"
+#include "platform/FileStatus.h"
 #include "platform/FolderReader.h"
 #include "platform/Log.h"
 #include "platform/NativePath.h"
@@ -117,6 +118,11 @@ std::optional<QList<UnpackedPayload>> unpack(const QString &package, const QStri
 
 QString title(const QString &package)
 {
+    // Given a folder, 7zz would try every file in it.
+    const FileStatus status = FileStatus::of(package);
+    if (!status.reached() || status.isFolder) {
+        return {};
+    }
     const std::optional<QByteArray> distribution =
         VLSynchronousTask::task(WorkFolder::tool(QStringLiteral("7zz")), {},
                                 {QStringLiteral("e"), QStringLiteral("-txar"), QStringLiteral("-so"),

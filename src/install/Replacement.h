@@ -1,8 +1,9 @@
 #pragma once
 
 // Putting a new item where the installed one is, or a package's files into their folders, each one run of
-// velmora-place (PlaceTool): as the user where the user may write and owns what is replaced, else through the
-// installer's AuthHelper. Links stay links and are never followed, modes are kept, set-id bits are not.
+// velmora-place (PlaceTool): as the user where the user may write the folder, else through the installer's
+// AuthHelper. Links stay links and are never followed; modes are kept, but not set-id bits nor the write bits of
+// others.
 
 #include "install/AuthHelper.h"
 

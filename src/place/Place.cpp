@@ -68,6 +68,12 @@ bool isRealFolder(const std::string &path)
     return lstat(path.c_str(), &info) == 0 && S_ISDIR(info.st_mode);
 }
 
+bool isLink(const std::string &path)
+{
+    struct stat info = {};
+    return lstat(path.c_str(), &info) == 0 && S_ISLNK(info.st_mode);
+}
+
 std::string parentOf(const std::string &path)
 {
     const std::size_t slash = path.rfind('/');
@@ -77,6 +83,27 @@ std::string parentOf(const std::string &path)
 std::string childOf(const std::string &folder, const std::string &name)
 {
     return (folder == "/" ? std::string() : folder) + '/' + name;
+}
+
+// As root, every folder that exists on the way to path must be a real folder of root's that no one else may rename
+// entries in (sticky folders aside); otherwise its owner could swap a step for a link and steer us anywhere.
+bool onRootsWay(const std::string &path)
+{
+    if (geteuid() != 0) {
+        return true;
+    }
+    for (std::string folder = parentOf(path);; folder = parentOf(folder)) {
+        struct stat info = {};
+        if (lstat(folder.c_str(), &info) == 0) {
+            const bool othersMayRename = (info.st_mode & (S_IWGRP | S_IWOTH)) != 0 && (info.st_mode & S_ISVTX) == 0;
+            if (!S_ISDIR(info.st_mode) || info.st_uid != 0 || othersMayRename) {
+                return fail("will not work through " + folder + ": it is not root's alone");
+            }
+        }
+        if (folder == "/") {
+            return true;
+        }
+    }
 }
 
 // Runs one of the system's tools by its fixed path with a fixed environment: as root the caller's search path and
@@ -151,21 +178,26 @@ std::string hiddenBeside(const std::string &path, const char *purpose)
     return path.substr(0, slash + 1) + '.' + path.substr(slash + 1) + '.' + hex + '.' + purpose;
 }
 
-// What the user downloaded must not become a set-id program of root's.
-int clearSetIdBits(const char *path, const struct stat *info, int, FTW *)
+// A second guard behind the copy, which gives no set-id bit: what the user downloaded must not become a set-id
+// program of root's, nor a device node. Never follows a link.
+int checkPlaced(const char *path, const struct stat *info, int kind, FTW *)
 {
     constexpr mode_t setId = S_ISUID | S_ISGID;
+    if (kind == FTW_NS || kind == FTW_DNR || S_ISCHR(info->st_mode) || S_ISBLK(info->st_mode)) {
+        return -1;
+    }
     if (S_ISLNK(info->st_mode) || (info->st_mode & setId) == 0) {
         return 0;
     }
-    return chmod(path, info->st_mode & 07777 & ~setId);
+    return fchmodat(AT_FDCWD, path, info->st_mode & 07777 & ~setId, AT_SYMLINK_NOFOLLOW);
 }
 
-// Links stay links and are never followed, modes and times are kept; the owner becomes whoever runs us, so that
-// what root puts in a system folder is root's and not the downloading user's.
+// Links stay links and are never followed; times and hard links are kept; modes are the source's without set-id
+// bits and without the write bits our umask takes away; no owner, access list or extended attribute (a file
+// capability among them) comes along, so what root places is root's and grants nothing the user chose.
 bool copy(const std::string &source, const std::string &destination)
 {
-    return runTool("cp", {"-a", "--no-preserve=ownership", "-T", "--", source, destination}) ||
+    return runTool("cp", {"-R", "-P", "--preserve=timestamps,links", "-T", "--", source, destination}) ||
            fail("could not copy " + source + " to " + destination);
 }
 
@@ -175,7 +207,7 @@ bool copy(const std::string &source, const std::string &destination)
 bool place(const std::string &source, const std::string &destination)
 {
     const std::string staging = hiddenBeside(destination, "new");
-    if (staging.empty() || !copy(source, staging) || nftw(staging.c_str(), clearSetIdBits, 16, FTW_PHYS) != 0) {
+    if (staging.empty() || !copy(source, staging) || nftw(staging.c_str(), checkPlaced, 16, FTW_PHYS) != 0) {
         removeTree(staging);
         return fail("could not prepare " + destination);
     }
@@ -244,6 +276,9 @@ bool mergeInto(const std::string &folder, const std::string &target)
             if (!mergeInto(source, destination)) {
                 return false;
             }
+        } else if (sourceIsFolder && isLink(destination)) {
+            // A system's /bin or /lib may be such a link: its folder must not replace it.
+            return fail("will not replace the link " + destination + " with a folder");
         } else if (!place(source, destination)) {
             return false;
         }
@@ -261,20 +296,25 @@ bool replace(const Words &paths)
 bool merge(const Words &paths)
 {
     for (std::size_t i = 0; i + 1 < paths.size(); i += 2) {
-        if (!makeFolder(paths[i + 1]) || !mergeInto(paths[i], paths[i + 1])) {
+        // Each target is checked when its turn comes: an earlier one may have changed the way to it.
+        if (!onRootsWay(childOf(paths[i + 1], "x")) || !makeFolder(paths[i + 1]) ||
+            !mergeInto(paths[i], paths[i + 1])) {
             return false;
         }
     }
     return true;
 }
 
-// A zip archive that holds source's folder itself; an existing file at the archive's path is left alone.
+// A zip archive that holds source's folder itself; an existing file at the archive's path is left alone. Readable by
+// its owner only: as root, source may hold what others may not read.
 bool archive(const Words &paths)
 {
     const std::string &source = paths[0];
     const std::string staging = hiddenBeside(paths[1], "new");
+    const mode_t mask = umask(077);
     const bool made = !staging.empty() && runTool("bsdtar", {"--format", "zip", "-cf", staging, "-C", parentOf(source),
                                                              "--", source.substr(source.rfind('/') + 1)});
+    umask(mask);
     if (made && rename(staging, paths[1])) {
         return true;
     }
@@ -324,7 +364,7 @@ int run(const std::vector<std::string> &words)
                 return kRefused;
             }
         }
-        return verb.act(paths) ? kDone : kFailed;
+        return onRootsWay(paths.back()) && verb.act(paths) ? kDone : kFailed;
     }
     fail("usage: velmora-place replace ITEM TARGET | merge FOLDER TARGET... | copy SOURCE TARGET | remove PATH | "
          "archive SOURCE ZIP");

@@ -27,7 +27,6 @@ FileStatus FileStatus::of(const QString &path, Links links)
     }
     status.size = qint64(info.st_size);
     status.isFolder = S_ISDIR(info.st_mode);
-    status.owner = info.st_uid;
 #ifdef __APPLE__
     status.modifiedNsecs = nsecs(info.st_mtimespec);
     status.accessedNsecs = nsecs(info.st_atimespec);

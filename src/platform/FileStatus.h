@@ -5,8 +5,6 @@
 
 #include <QString>
 
-#include <sys/types.h>
-
 struct FileStatus
 {
     enum class Links { Follow, Own }; // Own: a link itself, not what it points to

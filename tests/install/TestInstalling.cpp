@@ -21,6 +21,7 @@
 #include <QTemporaryDir>
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 using namespace Qt::StringLiterals;
 
@@ -202,8 +203,9 @@ private slots:
         QCOMPARE(shared.executeCommandSynced(u"/bin/echo"_s, numbers), numbers.mid(0, 19).join(u' ').toUtf8() + '\n');
     }
 
-    // What velmora-place merges in: a link standing at a destination is replaced, not written through; a folder
-    // that exists keeps its mode; no set-id bit arrives; what the payload does not name stays.
+    // What velmora-place merges in: a link standing at a destination is replaced, not written through, and one
+    // standing for a folder is never replaced by a folder; a folder that exists keeps its mode; no set-id bit and no
+    // write bit for others arrives; what the payload does not name stays.
     void placeKeepsWhatStands()
     {
         QTemporaryDir dir;
@@ -211,23 +213,39 @@ private slots:
         tree.addFile(u"victim"_s, "mine");
         tree.addFile(u"target/Foo.app/Contents/old"_s, "old");
         QVERIFY(QFile::link(tree.path(u"victim"_s), tree.path(u"target/Foo.app/Contents/Info.plist"_s)));
-        QVERIFY(chmod(QFile::encodeName(tree.path(u"target/Foo.app"_s)).constData(), 0750) == 0);
-        tree.addFile(u"payload/Foo.app/Contents/Info.plist"_s, "new");
-        const QString tool = tree.addFile(u"payload/Foo.app/Contents/tool"_s, "#!/bin/sh\n");
-        QVERIFY(chmod(QFile::encodeName(tool).constData(), 06755) == 0);
-
-        QVERIFY(PlaceTool::run(u"merge"_s, {tree.path(u"payload"_s), tree.path(u"target"_s)}));
-        QCOMPARE(PlistFiles::readFile(tree.path(u"victim"_s)), "mine");
-        QCOMPARE(PlistFiles::readFile(tree.path(u"target/Foo.app/Contents/Info.plist"_s)), "new");
+        const auto setMode = [&tree](const char *path, mode_t mode) {
+            return chmod(QFile::encodeName(tree.path(QString::fromLatin1(path))).constData(), mode) == 0;
+        };
         const auto mode = [&tree](const char *path) {
             struct stat info = {};
             return lstat(QFile::encodeName(tree.path(QString::fromLatin1(path))).constData(), &info) == 0
                        ? info.st_mode & 07777
                        : 0;
         };
+        tree.addFile(u"payload/Foo.app/Contents/Info.plist"_s, "new");
+        tree.addFile(u"payload/Foo.app/Contents/tool"_s, "#!/bin/sh\n");
+        tree.addFolder(u"payload/Foo.app/Contents/Shared"_s);
+        QVERIFY(setMode("target/Foo.app", 0750) && setMode("payload/Foo.app/Contents/tool", 06775) &&
+                setMode("payload/Foo.app/Contents/Shared", 0777));
+
+        QVERIFY(PlaceTool::run(u"merge"_s, {tree.path(u"payload"_s), tree.path(u"target"_s)}));
+        QCOMPARE(PlistFiles::readFile(tree.path(u"victim"_s)), "mine");
+        QCOMPARE(PlistFiles::readFile(tree.path(u"target/Foo.app/Contents/Info.plist"_s)), "new");
         QCOMPARE(mode("target/Foo.app"), 0750u);
         QCOMPARE(mode("target/Foo.app/Contents/tool"), 0755u);
+        QCOMPARE(mode("target/Foo.app/Contents/Shared"), 0755u);
         QVERIFY(QFile::exists(tree.path(u"target/Foo.app/Contents/old"_s)));
+
+        QVERIFY(QFile::link(tree.path(u"target/Foo.app"_s), tree.path(u"target/lib"_s)));
+        tree.addFile(u"payload2/lib/x"_s, "x");
+        QVERIFY(!PlaceTool::run(u"merge"_s, {tree.path(u"payload2"_s), tree.path(u"target"_s)}));
+        QVERIFY(QFileInfo(tree.path(u"target/lib"_s)).isSymLink());
+
+        // As root it never works through a folder that others may change (they could swap a step for a link); as
+        // the user, that is the user's own business.
+        QVERIFY(setMode("target", 0777));
+        QCOMPARE(PlaceTool::run(u"merge"_s, {tree.path(u"payload2"_s), tree.path(u"target/Foo.app/Contents"_s)}),
+                 geteuid() != 0);
     }
 
     // What velmora-place refuses before touching anything: as root it must not be steered outside its verbs.
