@@ -34,11 +34,7 @@ bool AuthHelper::replacePathWithForcedAuthentication(const QString &item, const 
 
 bool AuthHelper::mergeFoldersWithForcedAuthentication(const QList<FolderMerge> &merges)
 {
-    QStringList paths;
-    for (const FolderMerge &merge : merges) {
-        paths << merge.folder << merge.target;
-    }
-    return runWithForcedAuthentication(QStringLiteral("merge"), paths);
+    return runWithForcedAuthentication(QStringLiteral("merge"), PlaceTool::mergePaths(merges));
 }
 
 bool AuthHelper::runPKGInstallerWithForcedAuthentication(const QString &package)

@@ -6,18 +6,12 @@
 // action keeps that answer while this process runs, so an Update All asks once too. One helper belongs to one
 // installer; once the user dismissed the prompt or was refused, it asks no more and its operations fail at once.
 
+#include "install/PlaceTool.h"
 #include "platform/PrivilegedCommand.h"
 
 #include <QList>
 #include <QString>
 #include <QStringList>
-
-// A folder whose contents go into target, merged with what target holds.
-struct FolderMerge
-{
-    QString folder;
-    QString target;
-};
 
 class AuthHelper
 {

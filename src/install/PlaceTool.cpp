@@ -28,6 +28,15 @@ QStringList command(const QString &verb, const QStringList &paths)
     return words;
 }
 
+QStringList mergePaths(const QList<FolderMerge> &merges)
+{
+    QStringList paths;
+    for (const FolderMerge &merge : merges) {
+        paths << merge.folder << merge.target;
+    }
+    return paths;
+}
+
 bool run(const QString &verb, const QStringList &paths)
 {
     const QStringList words = command(verb, paths);

@@ -8,6 +8,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <algorithm>
+
 #include <unistd.h>
 
 namespace {
@@ -34,12 +36,8 @@ bool Replacement::replace(const QString &item, const QString &target)
 
 bool Replacement::merge(const QList<FolderMerge> &merges)
 {
-    bool privileged = false;
-    QStringList paths;
-    for (const FolderMerge &merge : merges) {
-        privileged = privileged || !mayWriteInto(merge.target);
-        paths << merge.folder << merge.target;
-    }
+    const bool privileged =
+        std::any_of(merges.begin(), merges.end(), [](const FolderMerge &merge) { return !mayWriteInto(merge.target); });
     return privileged ? m_auth.mergeFoldersWithForcedAuthentication(merges)
-                      : PlaceTool::run(QStringLiteral("merge"), paths);
+                      : PlaceTool::run(QStringLiteral("merge"), PlaceTool::mergePaths(merges));
 }
