@@ -87,6 +87,10 @@ private slots:
         row("package installing outside the volume root", u"Foo.pkg"_s, u"gzip:/../../outside"_s, apps, u"Foo.app"_s,
             {});
         row("package unreadable", u"Foo.pkg"_s, u"file"_s, {}, u"Foo.app"_s, {});
+        // A package places nothing outside the volume's application folders, and is refused whole.
+        row("package installing into a system folder", u"Foo.pkg"_s, u"gzip:/etc"_s, apps, u"Foo.app"_s, {});
+        row("package with a file beside the applications folder", u"Foo.pkg"_s, u"gzip:"_s,
+            u"Applications/Foo.app/Contents/|etc/cron.d/job"_s, u"Foo.app"_s, {});
     }
 
     void handleBestMatch()
@@ -122,6 +126,8 @@ private slots:
         QCOMPARE(app.failMessage.load(), failure);
         QCOMPARE(app.didFail.load(), !failure.isEmpty());
         QVERIFY(!QFile::exists(m_root + u"/../../outside"));
+        QVERIFY(!QFile::exists(m_root + u"/etc"_s));
+        QVERIFY(!expected.isEmpty() || !QFile::exists(m_root + u"/Applications/Foo.app"_s));
     }
 
     void replace_data()
