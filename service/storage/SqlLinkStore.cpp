@@ -1,25 +1,18 @@
-#include "storage/SqliteStores.h"
+#include "storage/SqlStores.h"
 
-std::optional<qint64> SqliteLinkStore::shortLink(const QString &url)
+std::optional<qint64> SqlLinkStore::shortLink(const QString &url)
 {
-    SqlTransaction transaction(*m_db);
-    if (!transaction.isOpen())
-        return std::nullopt;
-    {
-        SqlStatement select(*m_db, "SELECT id FROM short_links WHERE url = ?");
-        if (select.bind(1, url).next())
-            return select.integer(0);
-    }
-    SqlStatement insert(*m_db, "INSERT INTO short_links (url) VALUES (?)");
+    // Two processes shortening the same link at once both end with the one row.
+    SqlStatement insert(*m_db, "INSERT INTO short_links (url) VALUES (?) ON CONFLICT (url) DO NOTHING");
     if (!insert.bind(1, url).exec())
         return std::nullopt;
-    const qint64 id = m_db->lastInsertId();
-    if (!transaction.commit())
+    SqlStatement select(*m_db, "SELECT id FROM short_links WHERE url = ?");
+    if (!select.bind(1, url).next())
         return std::nullopt;
-    return id;
+    return select.integer(0);
 }
 
-std::optional<QString> SqliteLinkStore::target(qint64 number)
+std::optional<QString> SqlLinkStore::target(qint64 number)
 {
     SqlStatement select(*m_db, "SELECT url FROM short_links WHERE id = ?");
     if (!select.bind(1, number).next())
