@@ -90,12 +90,45 @@ bool remove(const Job &job)
     return folder.valid() && job.tree.remove(folder.get(), nameOf(path), path);
 }
 
+// The steps from outer down to inner, when inner is outer or lies inside it.
+bool stepsBetween(const std::string &outer, const std::string &inner, Words &steps)
+{
+    if (outer != inner && outer != "/" && !isInside(inner, {outer}, false)) {
+        return false;
+    }
+    steps = stepsOf(outer == "/" ? inner : inner.substr(outer.size()));
+    return true;
+}
+
+// Whether what the pair at later would place meets, on its way, what an earlier pair placed in a way the placing
+// refuses (a link or file planted where a folder is needed): found before the earlier one is written.
+bool clashesWithEarlier(const Job &job, std::size_t later)
+{
+    const Fd laterSource = job.tree.openSourceFolder(job.paths[later]);
+    for (std::size_t earlier = 0; laterSource.valid() && earlier < later; earlier += 2) {
+        Words steps;
+        const bool laterIsDeeper = stepsBetween(job.paths[earlier + 1], job.paths[later + 1], steps);
+        if (!laterIsDeeper && !stepsBetween(job.paths[later + 1], job.paths[earlier + 1], steps)) {
+            continue;
+        }
+        const Fd earlierSource = job.tree.openSourceFolder(job.paths[earlier]);
+        if (!earlierSource.valid() || job.tree.clashes(earlierSource.get(), laterSource.get(), steps, laterIsDeeper)) {
+            return fail("will not merge " + job.paths[later] + ": it clashes with " + job.paths[earlier]);
+        }
+    }
+    return laterSource.valid();
+}
+
 // Pairs of a folder and the folder its contents go into: a whole package in one run. Everything is checked before
-// anything is written, so a package that would be refused halfway leaves nothing of it behind.
+// anything is written, against the volume and against the pairs before it, so a package that would be refused
+// halfway leaves nothing of it behind.
 bool merge(const Job &job)
 {
     for (const bool check : {true, false}) {
         for (std::size_t i = 0; i + 1 < job.paths.size(); i += 2) {
+            if (check && !clashesWithEarlier(job, i)) {
+                return false;
+            }
             const Fd source = job.tree.openSourceFolder(job.paths[i]);
             const Fd target = job.tree.openFolder(job.paths[i + 1], !check);
             if (check && !target.valid() && errno == ENOENT) {

@@ -375,6 +375,50 @@ bool Tree::merge(int sourceFolder, int folder, const std::string &shownAs, bool 
     return ok;
 }
 
+bool Tree::clashes(int earlier, int later, const std::vector<std::string> &steps, bool laterIsDeeper) const
+{
+    const AsCaller reading(m_caller);
+    Fd walked;
+    int shallower = laterIsDeeper ? earlier : later;
+    for (const std::string &step : steps) {
+        walked = Fd(openat(shallower, step.c_str(), kFolderFlags));
+        if (!walked.valid()) {
+            return errno != ENOENT; // a file or link where the other part needs a folder
+        }
+        shallower = walked.get();
+    }
+    return laterIsDeeper ? clashesBelow(shallower, later, 0) : clashesBelow(earlier, shallower, 0);
+}
+
+bool Tree::clashesBelow(int earlier, int later, int depth) const
+{
+    bool ok = depth <= kMaxDepth;
+    for (const std::string &name : ok ? listFolder(later, "a package", ok) : std::vector<std::string>()) {
+        struct stat placed = {};
+        struct stat coming = {};
+        if (fstatat(earlier, name.c_str(), &placed, AT_SYMLINK_NOFOLLOW) != 0) {
+            if (errno != ENOENT) {
+                return true;
+            }
+            continue;
+        }
+        if (fstatat(later, name.c_str(), &coming, AT_SYMLINK_NOFOLLOW) != 0 ||
+            (S_ISDIR(placed.st_mode) && !S_ISDIR(coming.st_mode)) ||
+            (S_ISLNK(placed.st_mode) && S_ISDIR(coming.st_mode))) {
+            return true;
+        }
+        if (S_ISDIR(placed.st_mode) && !isBundle(name)) {
+            const Fd placedFolder(openat(earlier, name.c_str(), kFolderFlags));
+            const Fd comingFolder(openat(later, name.c_str(), kFolderFlags));
+            if (!placedFolder.valid() || !comingFolder.valid() ||
+                clashesBelow(placedFolder.get(), comingFolder.get(), depth + 1)) {
+                return true;
+            }
+        }
+    }
+    return !ok;
+}
+
 bool Tree::remove(int folder, const std::string &name, const std::string &shownAs, int depth) const
 {
     struct stat info = {};

@@ -34,6 +34,10 @@ public:
     // Enters folders that both sides have (a bundle, a folder ending ".app", is placed whole instead) and places every
     // other entry. With check set, only finds what would be refused, touching nothing.
     bool merge(int sourceFolder, int folder, const std::string &shownAs, bool check, int depth = 0);
+    // Whether a package's later part, placed over what an earlier part placed, would be refused: a folder meeting a
+    // file or link of the other (outside bundles, which are placed whole). steps lead from the shallower part's
+    // target to the deeper one's, walked in the shallower part's source; laterIsDeeper tells which part that is.
+    bool clashes(int earlier, int later, const std::vector<std::string> &steps, bool laterIsDeeper) const;
     // Removes name from folder, never following a link.
     bool remove(int folder, const std::string &name, const std::string &shownAs, int depth = 0) const;
 
@@ -44,6 +48,8 @@ private:
                   const std::string &name);
     Fd enter(int folder, const std::string &name, const std::string &shownAs, bool make) const;
     Fd enterSource(int folder, const std::string &name) const;
+    // As the caller already.
+    bool clashesBelow(int earlier, int later, int depth) const;
 
     const Caller &m_caller;
     // Files with more than one name: the first copy's path under m_copyRoot, so the others become links to it.

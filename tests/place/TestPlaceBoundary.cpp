@@ -152,6 +152,8 @@ private slots:
             none, u"Applications/Mine.app/Contents/Foo.app"_s);
         row("a package into a user's folder, refused whole", none, u"merge %R/home/pkg2 %R/Applications"_s, 1, none,
             u"Applications/Aaa.app"_s);
+        row("a link planted by one part of a package, refused whole", u"planted-link"_s,
+            u"merge %R/home/c1 %R/Applications %R/home/c2 %R/Applications/X"_s, 1, none, u"Applications/X"_s);
         row("an application folder its group may change", u"group-writable"_s,
             u"replace %R/home/Foo.app %R/Applications/Foo.app"_s, 1, none, u"Applications/Foo.app"_s);
         // The configuration: only root's counts, and without one only the volume at "/" is an application folder.
@@ -169,6 +171,9 @@ private slots:
             QVERIFY(own(path(u"Applications"_s), 0, 0775));
         } else if (change == u"configuration-writable") {
             QVERIFY(chmod(encoded(path(u"etc/place.conf"_s)).constData(), 0666) == 0);
+        } else if (change == u"planted-link") {
+            QVERIFY(QDir().mkpath(path(u"home/c1"_s)) && write(path(u"home/c2/cron.d/job"_s), "evil", kUser));
+            QVERIFY(symlink(encoded(path(u"etc"_s)).constData(), encoded(path(u"home/c1/X"_s)).constData()) == 0);
         } else if (change == u"no-configuration") {
             QVERIFY(QFile::remove(path(u"etc/place.conf"_s)));
         }
