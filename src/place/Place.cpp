@@ -81,12 +81,13 @@ bool placeOne(const Job &job, bool make)
 
 bool remove(const Job &job)
 {
+    // Looked up only through the walk that follows no link, so that whether a name exists behind a link (in a folder
+    // the caller may not read) changes nothing in what we answer.
     const std::string &path = job.paths[0];
-    struct stat info = {};
-    if (lstat(path.c_str(), &info) != 0 && errno == ENOENT) {
+    const Fd folder = job.tree.openFolder(parentOf(path), false);
+    if (!folder.valid() && errno == ENOENT) {
         return true;
     }
-    const Fd folder = job.tree.openFolder(parentOf(path), false);
     return folder.valid() && job.tree.remove(folder.get(), nameOf(path), path);
 }
 

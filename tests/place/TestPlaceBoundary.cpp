@@ -147,6 +147,10 @@ private slots:
         row("a root-only file", none, u"copy %R/secret %R/Applications/secret"_s, 1, none, u"Applications/secret"_s);
         row("a root-only folder archived", none, u"archive %R/private %R/Applications/p.zip"_s, 1, none,
             u"Applications/p.zip"_s);
+        row("whether a root-only file exists, asked through a link", u"link-to-private"_s,
+            u"remove %R/Applications/lnk/key"_s, 1, u"private/key"_s, none);
+        row("whether a missing file exists, asked through a link", u"link-to-private"_s,
+            u"remove %R/Applications/lnk/none"_s, 1, u"private/key"_s, none);
         // Folders that are not root's alone are never entered.
         row("inside a user's app", none, u"replace %R/home/Foo.app %R/Applications/Mine.app/Contents/Foo.app"_s, 1,
             none, u"Applications/Mine.app/Contents/Foo.app"_s);
@@ -174,6 +178,9 @@ private slots:
         } else if (change == u"planted-link") {
             QVERIFY(QDir().mkpath(path(u"home/c1"_s)) && write(path(u"home/c2/cron.d/job"_s), "evil", kUser));
             QVERIFY(symlink(encoded(path(u"etc"_s)).constData(), encoded(path(u"home/c1/X"_s)).constData()) == 0);
+        } else if (change == u"link-to-private") {
+            QVERIFY(symlink(encoded(path(u"private"_s)).constData(),
+                            encoded(path(u"Applications/lnk"_s)).constData()) == 0);
         } else if (change == u"no-configuration") {
             QVERIFY(QFile::remove(path(u"etc/place.conf"_s)));
         }
