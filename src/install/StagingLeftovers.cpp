@@ -15,6 +15,8 @@ namespace StagingLeftovers {
 
 namespace {
 
+constexpr qsizetype kNameBytes = 200;
+
 bool lexists(const QString &path)
 {
     struct stat info = {};
@@ -25,9 +27,12 @@ bool lexists(const QString &path)
 
 bool isStagingName(const QString &name, const QString &itemName)
 {
+    // velmora-place keeps the first 200 bytes of the item's name.
     static const QRegularExpression tail(QStringLiteral(R"(^\.[0-9a-f]{16}\.(new|old)$)"));
-    const QString prefix = QLatin1Char('.') + itemName;
-    return !itemName.isEmpty() && name.startsWith(prefix) && tail.match(name.mid(prefix.size())).hasMatch();
+    const QByteArray prefix = '.' + NativePath::encode(itemName).left(kNameBytes);
+    const QByteArray encoded = NativePath::encode(name);
+    return !itemName.isEmpty() && encoded.startsWith(prefix) &&
+           tail.match(QString::fromLatin1(encoded.mid(prefix.size()))).hasMatch();
 }
 
 int clearBeside(const QString &item)
