@@ -25,14 +25,11 @@ namespace {
 QStringList leftInTemporaryFolder()
 {
     QStringList left;
-    QDirIterator it(AppPaths::privateTempFolderName(), QDir::Files | QDir::Hidden | QDir::System,
-                    QDirIterator::Subdirectories);
-    while (it.hasNext()) {
-        const QString path = it.next();
-        if (!path.endsWith(QLatin1String(".lock"))) {
-            left.append(path);
-        }
+    for (QDirIterator it(AppPaths::privateTempFolderName(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+         it.hasNext();) {
+        left.append(it.next());
     }
+    left.removeIf([](const QString &path) { return path.endsWith(QLatin1String(".lock")); });
     return left;
 }
 

@@ -25,7 +25,6 @@ private slots:
         const QString staged = u".Foo.app."_s + hex + u".new/v=new"_s;
         const QString aside = u".Foo.app."_s + hex + u".old/v=old"_s;
         row("staged new copy removed", QStringList{u"Foo.app/v=cur"_s, staged}, QStringList{u"Foo.app/v=cur"_s});
-        row("old copy removed beside the app", QStringList{u"Foo.app/v=cur"_s, aside}, QStringList{u"Foo.app/v=cur"_s});
         row("old copy put back when the app is gone", QStringList{aside, staged}, QStringList{u"Foo.app/v=old"_s});
         row("others' names kept",
             QStringList{u"Foo.app/v=cur"_s, u".Foo.app.0123.new/v=x"_s, u".Bar.app."_s + hex + u".new/v=x"_s,

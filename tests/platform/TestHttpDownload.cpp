@@ -157,9 +157,6 @@ private slots:
             ScriptedHost::answer(s, ranged ? 206 : 200, ranged ? "Content-Range: bytes 16384-65535/65536\r\n" : "",
                                  ranged ? kBody.mid(16384, 16384) : kBody);
         };
-        const ScriptedHost::Script announcesTooMuch = [](QTcpSocket *s, const HostRequest &) {
-            ScriptedHost::answer(s, 200, {}, kBody);
-        };
         const ScriptedHost::Script endless = [](QTcpSocket *s, const HostRequest &) {
             ScriptedHost::dribble(s, "HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n", kBody.repeated(160), 65536, 0);
         };
@@ -171,8 +168,6 @@ private slots:
             half, 1);
         row("range disagrees with length: whole", rangeDisagrees, quarter, qint64(-1), qint64(0), O::Finished, false,
             false, kBody, 2);
-        row("announces more than the bound", announcesTooMuch, QByteArray(), qint64(1000), qint64(0), O::Failed, false,
-            true, QByteArray(), 1);
         row("endless: stopped at the bound", endless, QByteArray(), qint64(100000), qint64(0), O::Failed, false, true,
             QByteArray("*"), 1);
         row("trickles below the least rate", trickles, QByteArray(), qint64(-1), qint64(100000), O::Failed, true, false,
