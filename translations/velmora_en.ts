@@ -680,6 +680,21 @@ desktop program keeps it: apps that are not installed become records of their ow
     </message>
 </context>
 <context>
+    <name>UnpackBudget</name>
+    <message>
+        <source>less than %1 MB are free in %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the archive unpacks to more than %1 MB</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the archive unpacks to more than %1 files</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>UpdateNotices</name>
     <message>
         <source>%1 new update is available</source>
@@ -762,6 +777,10 @@ desktop program keeps it: apps that are not installed become records of their ow
     </message>
     <message>
         <source> has been updated</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>An update of %1 is already running</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -877,6 +896,25 @@ desktop program keeps it: apps that are not installed become records of their ow
     </message>
     <message>
         <source>Connection error!</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>VLSynchronousTask</name>
+    <message>
+        <source>%1 could not be started</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 did not finish within %2 seconds and was stopped</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 was stopped by signal %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 failed with status %2</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
