@@ -31,7 +31,7 @@ void configure(RequestRouter &router, ServiceContext &context, const ServerLimit
     router.set_keep_alive_max_count(size_t(limits.keepAliveMax));
     router.set_keep_alive_timeout(limits.idleTimeout.count());
     router.set_logger([](const httplib::Request &req, const httplib::Response &res) {
-        RequestLog::write(req.remote_addr, req.method, req.target, res.status, sentBytes(res),
+        RequestLog::write(req.remote_addr, req.method, sentTarget(req), res.status, sentBytes(res),
                           QString::fromStdString(res.body));
     });
     router.set_exception_handler([](const httplib::Request &, httplib::Response &res, std::exception_ptr error) {
