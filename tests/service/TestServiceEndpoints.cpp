@@ -236,6 +236,17 @@ private slots:
         QVERIFY(m_service.waitForLog(" GET /api-create.php?url=" + sent + " 200 "));
     }
 
+    // A refusal's reason reaches the log as text, also when the reply went out compressed.
+    void refusalLoggedAsText()
+    {
+        QCOMPARE(m_client->get("/s/zzzz", {{"Accept-Encoding", "gzip"}}).status, 404);
+        QVERIFY(m_service.waitForLog(" GET /s/zzzz 404 "));
+        const QByteArray log = m_service.log();
+        const qsizetype line = log.indexOf(" GET /s/zzzz 404 ");
+        QCOMPARE(log.mid(line, log.indexOf('\n', line) - line).split(' ').mid(5).join(' '),
+                 QByteArray("(unknown short link)"));
+    }
+
     void promotions()
     {
         const HttpAnswer reply = m_client->get("/api/promosplist");
