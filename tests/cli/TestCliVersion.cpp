@@ -9,6 +9,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QSet>
 #include <QTemporaryDir>
 
 class TestCliVersion : public QObject
@@ -71,6 +72,26 @@ private slots:
             QCOMPARE(result.exitCode, 0);
             QVERIFY(result.out.startsWith("Usage: velmora-cli"));
         }
+    }
+
+    // Commands and options share one column, however long the longest name.
+    void helpAlignsItsColumn()
+    {
+        const CliResult result = runCli({QStringLiteral("--help")});
+        QSet<qsizetype> starts;
+        for (const QByteArray &line : result.out.split('\n')) {
+            if (!line.startsWith("  ")) {
+                continue;
+            }
+            const qsizetype nameEnd = line.indexOf(' ', 2);
+            qsizetype text = nameEnd;
+            while (text < line.size() && line.at(text) == ' ') {
+                ++text;
+            }
+            QVERIFY2(text >= nameEnd + 2, line.constData());
+            starts.insert(text);
+        }
+        QCOMPARE(starts.size(), 1);
     }
 
     void inspect()
