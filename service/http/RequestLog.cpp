@@ -25,8 +25,7 @@ std::string_view trimmed(std::string_view bytes)
     return bytes.substr(first, bytes.find_last_not_of(" \t\r\n") - first + 1);
 }
 
-} // namespace
-
+// The bytes as a log shows them: UTF-8 text as it is, control characters and bytes that are no UTF-8 as \xNN.
 QString printable(std::string_view bytes)
 {
     QStringDecoder utf8(QStringDecoder::Utf8);
@@ -41,6 +40,8 @@ QString printable(std::string_view bytes)
         shown += c.category() == QChar::Other_Control ? escaped(c.unicode()) : QString(c);
     return shown;
 }
+
+} // namespace
 
 void write(const std::string &client, const std::string &method, const std::string &target, int status,
            const std::string &bytes, std::string_view reason)

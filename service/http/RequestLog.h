@@ -14,7 +14,4 @@ namespace RequestLog {
 void write(const std::string &client, const std::string &method, const std::string &target, int status,
            const std::string &bytes, std::string_view reason);
 
-// The bytes as a log shows them: UTF-8 text as it is, control characters and bytes that are no UTF-8 as \xNN.
-QString printable(std::string_view bytes);
-
 } // namespace RequestLog

@@ -9,6 +9,7 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
 #include <QSet>
 #include <QTemporaryDir>
 
@@ -77,21 +78,12 @@ private slots:
     // Commands and options share one column, however long the longest name.
     void helpAlignsItsColumn()
     {
-        const CliResult result = runCli({QStringLiteral("--help")});
-        QSet<qsizetype> starts;
-        for (const QByteArray &line : result.out.split('\n')) {
-            if (!line.startsWith("  ")) {
-                continue;
-            }
-            const qsizetype nameEnd = line.indexOf(' ', 2);
-            qsizetype text = nameEnd;
-            while (text < line.size() && line.at(text) == ' ') {
-                ++text;
-            }
-            QVERIFY2(text >= nameEnd + 2, line.constData());
-            starts.insert(text);
-        }
-        QCOMPARE(starts.size(), 1);
+        static const QRegularExpression item(QStringLiteral("^  \\S+ +"), QRegularExpression::MultilineOption);
+        QSet<qsizetype> columns;
+        for (const QRegularExpressionMatch &match :
+             item.globalMatch(QString::fromUtf8(runCli({QStringLiteral("--help")}).out)))
+            columns.insert(match.capturedLength());
+        QCOMPARE(columns.size(), 1);
     }
 
     void inspect()

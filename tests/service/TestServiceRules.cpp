@@ -4,11 +4,9 @@
 #include "catalogue/CatalogueFile.h"
 #include "catalogue/CatalogueIndex.h"
 #include "catalogue/PublicCatalogueMapping.h"
-#include "http/RequestLog.h"
 #include "members/SecretBox.h"
 #include "support/DataTable.h"
 #include "support/TestMain.h"
-#include "support/Utf8.h"
 #include "wire/FormBody.h"
 #include "wire/PathSegments.h"
 
@@ -59,21 +57,6 @@ private slots:
         QCOMPARE(decoded.has_value(), !expected.isNull());
         if (decoded)
             QCOMPARE(*decoded, expected);
-    }
-
-    void logShowsBytesAsText_data()
-    {
-        columns<QByteArray, QString>("bytes", "shown");
-        row("text", QByteArray("Größe 5 € unknown promotion"), s("Größe 5 € unknown promotion"));
-        row("control characters", QByteArray("a\tb\x1b[31m\x7f\xc2\x85"), s("a\\x09b\\x1B[31m\\x7F\\x85"));
-        row("compressed reply", QByteArray("\x1f\x8b\x08\x01 unknown promotion\xef"),
-            s("\\x1F\\x8B\\x08\\x01 unknown promotion\\xEF"));
-        row("not UTF-8, text around", QByteArray("caf\xe9 \xc3\xa9"), s("caf\\xE9 \\xC3\\xA9"));
-    }
-    void logShowsBytesAsText()
-    {
-        auto [bytes, shown] = fetch<QByteArray, QString>("bytes", "shown");
-        QCOMPARE(RequestLog::printable(bytes.toStdString()), shown);
     }
 
     void formFieldsRawAndDecoded()
