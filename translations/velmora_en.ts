@@ -621,6 +621,10 @@ desktop program keeps it: apps that are not installed become records of their ow
         <source>unexpected arguments</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>this app is never updated from here</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>QuitAndRelaunchGate</name>

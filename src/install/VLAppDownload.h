@@ -31,6 +31,8 @@ struct UpdateOutcome
     // The names the installer gave the record when the new copy went elsewhere than the old one; null when kept.
     QString name;
     QString displayName;
+    // Left out on purpose (the user kept the app running); its failure message says why.
+    bool skipped = false;
 };
 
 class VLAppDownload

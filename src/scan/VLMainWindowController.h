@@ -12,7 +12,6 @@
 #include "scan/AppList.h"
 
 #include <QObject>
-#include <QSet>
 #include <QString>
 #include <QThreadPool>
 
@@ -135,6 +134,5 @@ private:
     std::atomic<bool> m_alreadyLoadedWatchLists{false};
     std::atomic<bool> m_loadingPurchasesInProgress{false};
     std::atomic<bool> m_alreadyLoadedPurchases{false};
-    QSet<QString> m_reportedPlists;
     std::atomic<bool> m_stopping{false};
 };

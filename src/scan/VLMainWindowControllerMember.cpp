@@ -4,13 +4,12 @@
 
 #include "scan/VLMainWindowController.h"
 
-#include "platform/FileBytes.h"
 #include "platform/Log.h"
 #include "platform/VLNotificationCenter.h"
 #include "scan/VLAppScanner.h"
 #include "scan/VLMemberLists.h"
 #include "scan/VLScanData.h"
-#include "services/VLBadPlistSender.h"
+#include "services/BadPlistReports.h"
 #include "services/VLGoogleTracking.h"
 #include "services/VLMemberAccount.h"
 #include "services/VLPromos.h"
@@ -22,8 +21,6 @@
 
 namespace {
 constexpr int kWaitSliceMs = 700;
-// A property list larger than this is no list a bundle ships.
-constexpr qint64 kMaxPlistBytes = 1024 * 1024;
 } // namespace
 
 void VLMainWindowController::subscribeToMemberFlags()
@@ -208,19 +205,5 @@ void VLMainWindowController::loadPromosFromServer()
 
 void VLMainWindowController::sendBadPlists(const QStringList &paths)
 {
-    const int member = m_memberAccount->isLoggedIn ? m_memberAccount->memberID : 0;
-    for (const QString &path : paths) {
-        // Once per file and run: every scan meets the same files again.
-        if (m_reportedPlists.contains(path)) {
-            continue;
-        }
-        m_reportedPlists.insert(path);
-        const FileBytes::Result file = FileBytes::read(path, kMaxPlistBytes);
-        if (!file.bytes) {
-            continue;
-        }
-        auto *sender = new VLBadPlistSender(this);
-        sender->releaseWhenDone();
-        sender->uploadlist(QString::fromUtf8(*file.bytes), member);
-    }
+    BadPlistReports::send(paths, m_memberAccount->isLoggedIn ? m_memberAccount->memberID : 0, this);
 }

@@ -11,6 +11,7 @@
 
 #include <QDir>
 #include <QDirIterator>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
@@ -71,15 +72,30 @@ private slots:
         return settings.setValue(QLatin1String(SettingKey::volumeRoot), volume);
     }
 
-    void everyKindInstalled()
+    void everyKindInstalledOrSkipped()
     {
         const CliResult check = runCli({QStringLiteral("check")});
         QCOMPARE(check.exitCode, 0);
         QCOMPARE(check.out.count('\n'), 6);
 
+        // An app the user keeps running is skipped, which is no failure; the others are updated.
+        const QString running =
+            m_root.path() + QStringLiteral("/volume/Applications/Velmora Clock.app/Contents/MacOS/running");
+        QVERIFY(QFile::copy(QStringLiteral("/bin/sleep"), running));
+        QProcess clock;
+        clock.start(running, {QStringLiteral("600")});
+        QVERIFY(clock.waitForStarted());
+        const CliResult skipping = runCli({QStringLiteral("update-all")});
+        clock.kill();
+        clock.waitForFinished();
+        QVERIFY(QFile::remove(running));
+        QVERIFY2(skipping.exitCode == 0, skipping.err.constData());
+        QCOMPARE(skipping.out.count('\n'), 5);
+        QVERIFY2(skipping.err.contains("skipped: Velmora Clock: "), skipping.err.constData());
+
         const CliResult update = runCli({QStringLiteral("update-all"), QStringLiteral("--yes")});
         QVERIFY2(update.exitCode == 0, update.err.constData());
-        QCOMPARE(update.out.count('\n'), 6);
+        QCOMPARE(update.out.count('\n'), 1);
 
         const CliResult listed =
             runCli({QStringLiteral("list"), QStringLiteral("--installed"), QStringLiteral("--json")});

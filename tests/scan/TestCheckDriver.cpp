@@ -105,7 +105,10 @@ private slots:
         row("encoded and as is", path, "A b.app", "1.0 b&2", may4,
             "&app[3][t]=A%20b.app&app[3][p]=DIGEST&app[3][d]=A%20b&app[3][v]=1.0 b&2&app[3][b]=com.example.a"
             "&app[3][m]=2013-05-04%2012%3A00%3A00%20%2B0000");
-        row("absent values", path, "Café.app", QString(), QDateTime(),
+        row("outside ASCII as UTF-8", path, "Été.app", "1.0", may4,
+            "&app[3][t]=%C3%89t%C3%A9.app&app[3][p]=DIGEST&app[3][d]=A%20b&app[3][v]=1.0&app[3][b]=com.example.a"
+            "&app[3][m]=2013-05-04%2012%3A00%3A00%20%2B0000");
+        row("absent values", path, QString(), QString(), QDateTime(),
             "&app[3][t]=(null)&app[3][p]=DIGEST&app[3][d]=A%20b&app[3][v]=(null)&app[3][b]=com.example.a"
             "&app[3][m]=(null)");
         row("not installed: nothing, index used", "-", "A b.app", "1", may4, QString());
