@@ -46,7 +46,12 @@ void CheckWorker::match(const Request &request)
         emit checkEnded(false);
         return;
     }
-    mergeScan(request.scanned);
+    {
+        // Saved with the match's outcome, success or failure, in one write: the file keeps the previous check's
+        // records until then, so a kill meanwhile loses only this scan, which the next check makes again.
+        VLScanData::Change change(m_store);
+        mergeScan(request.scanned);
+    }
     const QString post = buildPost();
     vlLog(request.background ? QStringLiteral("sending post to auto matcher on server for background check")
                              : QStringLiteral("getting server matches for apps"));
@@ -78,6 +83,12 @@ void CheckWorker::takeReply(const WebResult &result)
     exchange.runningAsBackground = m_request.background;
     exchange.takeResult(result);
     if (!exchange.entriesDictionary) {
+        // The merged records are kept, and nothing of the failed match.
+        VLScanData::Change change(m_store);
+        if (change.reloaded()) {
+            mergeScan(m_request.scanned);
+        }
+        saveAppDatabase();
         emit checkEnded(false);
         return;
     }
@@ -87,15 +98,12 @@ void CheckWorker::takeReply(const WebResult &result)
 
 void CheckWorker::mergeScan(const AppList &scanned)
 {
-    VLScanData::Change change(m_store);
     if (m_store.apps() && !m_store.apps()->isEmpty()) {
         m_store.doQuickSanityCheck();
         m_store.updateAppsUsingNewScan(scanned);
     } else {
         m_store.setApps(scanned);
     }
-    // Kept before the match, so a failed exchange leaves the merged records and nothing else.
-    saveAppDatabase();
 }
 
 QString CheckWorker::buildPost()
@@ -124,6 +132,10 @@ void CheckWorker::applyMatches(const VLSendAllatOnceHelper &exchange)
 {
     const bool foreground = !m_request.background;
     VLScanData::Change change(m_store);
+    // Another process saved the store during the exchange: its records, with this scan merged again.
+    if (change.reloaded()) {
+        mergeScan(m_request.scanned);
+    }
     const QMutexLocker lock(&m_store.mutex());
     AppList apps = m_store.apps().value_or(AppList());
     QHash<QString, AppRef> byDigest;

@@ -59,6 +59,7 @@ signals:
     void appStoreChecked();
 
 private:
+    // The caller holds a Change of the store.
     void mergeScan(const AppList &scanned);
     QString buildPost();
     void takeReply(const WebResult &result);
