@@ -2,6 +2,29 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en" sourcelanguage="en">
 <context>
+    <name>CheckWorker</name>
+    <message>
+        <source>No applications were found!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Please make sure that you have Spotlight enabled and permissions to access your Applications folder.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Checking for updates...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Waiting for match data...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Syncing Done</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>Cli</name>
     <message>
         <source>cannot write the settings file %1</source>
@@ -802,22 +825,6 @@ desktop program keeps it: apps that are not installed become records of their ow
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>No applications were found!</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Please make sure that you have Spotlight enabled and permissions to access your Applications folder.</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Checking for updates...</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Syncing Done</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>done scanning</source>
         <translation type="unfinished"></translation>
     </message>
@@ -835,6 +842,10 @@ desktop program keeps it: apps that are not installed become records of their ow
     </message>
     <message>
         <source>View</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A check for updates is running already.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
