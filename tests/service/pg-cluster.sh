@@ -2,7 +2,8 @@
 # A throwaway PostgreSQL cluster for the service's tests, on a free loopback port.
 #
 #   pg-cluster.sh start STATE_DIR   initdb and start; writes STATE_DIR/url (postgresql://velmora@127.0.0.1:PORT/postgres)
-#   pg-cluster.sh restart STATE_DIR stop and start again on the same port
+#   pg-cluster.sh halt STATE_DIR    stop the server, keeping the cluster
+#   pg-cluster.sh resume STATE_DIR  start it again on the same port
 #   pg-cluster.sh stop STATE_DIR    stop and remove the cluster
 #
 # The server refuses to run as root, so as root the cluster belongs to the postgres user (under /tmp, where that user
@@ -34,8 +35,11 @@ CONF
     pg_ctl -w start >/dev/null
     echo "postgresql://velmora@127.0.0.1:$port/postgres" >"$state/url"
     ;;
-restart)
-    pg_ctl -w -m fast restart >/dev/null
+halt)
+    pg_ctl -w -m fast stop >/dev/null
+    ;;
+resume)
+    pg_ctl -w start >/dev/null
     ;;
 stop)
     if [[ -f $state/data ]]; then
@@ -45,7 +49,7 @@ stop)
     rm -rf "$state"
     ;;
 *)
-    echo "usage: $0 start|restart|stop STATE_DIR" >&2
+    echo "usage: $0 start|halt|resume|stop STATE_DIR" >&2
     exit 2
     ;;
 esac
