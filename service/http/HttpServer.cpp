@@ -32,8 +32,9 @@ void configure(RequestRouter &router, ServiceContext &context, const ServerLimit
     router.set_keep_alive_max_count(size_t(limits.keepAliveMax));
     router.set_keep_alive_timeout(limits.idleTimeout.count());
     router.set_logger([](const httplib::Request &req, const httplib::Response &res) {
+        // Only a refusal's reason is logged: a successful answer (a 100 KB matching reply) is never turned into text.
         RequestLog::write(req.remote_addr, req.method, req.target, res.status, sentBytes(res),
-                          QString::fromStdString(res.body));
+                          res.status >= 400 ? QString::fromStdString(res.body) : QString());
     });
     router.set_exception_handler([](const httplib::Request &, httplib::Response &res, std::exception_ptr error) {
         QString reason = QStringLiteral("internal error");
