@@ -45,7 +45,7 @@ PanelAppRow::PanelAppRow(AppRef app, QWidget *parent)
     m_update->setAccessibleDescription(tr("Downloads and installs the new version"));
     m_progress->setRange(0, 1000);
     m_progress->setTextVisible(false);
-    m_progress->setFixedWidth(70);
+    m_progress->setFixedWidth(64);
     m_progress->setAccessibleName(tr("Progress of %1").arg(m_app->displayName));
     m_cancel->setObjectName(QStringLiteral("rowCancel"));
     m_cancel->setText(QStringLiteral("✕"));
@@ -61,7 +61,7 @@ PanelAppRow::PanelAppRow(AppRef app, QWidget *parent)
     m_done->setObjectName(QStringLiteral("rowDone"));
     m_failure->setObjectName(QStringLiteral("rowFailure"));
     m_failure->setWordWrap(true);
-    m_failure->setMaximumWidth(130);
+    m_failure->setMaximumWidth(96);
     QPalette failurePalette = m_failure->palette();
     failurePalette.setColor(QPalette::WindowText, QColor(0xd9, 0x2d, 0x20));
     m_failure->setPalette(failurePalette);
@@ -70,7 +70,7 @@ PanelAppRow::PanelAppRow(AppRef app, QWidget *parent)
     m_action->addWidget(m_done);
     m_action->addWidget(m_failure);
     m_action->setSizePolicy(QSizePolicy::Fixed, QSizePolicy::Preferred);
-    m_action->setFixedWidth(130);
+    m_action->setFixedWidth(96);
 
     m_menu->setObjectName(QStringLiteral("rowMenu"));
     m_menu->setText(QStringLiteral("⋯"));
