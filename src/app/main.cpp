@@ -11,14 +11,37 @@
 #include <QIcon>
 #include <QTranslator>
 
+#include <memory>
+
+namespace {
+
+// --help and --version only print: they need no display.
+bool printsOnly(int argc, char **argv)
+{
+    for (int i = 1; i < argc; ++i) {
+        const QByteArray argument(argv[i]);
+        if (argument == "--help" || argument == "-h" || argument == "--help-all" || argument == "--version" ||
+            argument == "-v") {
+            return true;
+        }
+    }
+    return false;
+}
+
+} // namespace
+
 int main(int argc, char **argv)
 {
-    QApplication app(argc, argv);
+    std::unique_ptr<QCoreApplication> app;
+    if (printsOnly(argc, argv)) {
+        app = std::make_unique<QCoreApplication>(argc, argv);
+    } else {
+        app = std::make_unique<QApplication>(argc, argv);
+    }
     QApplication::setApplicationName(QStringLiteral("velmora"));
     QApplication::setApplicationDisplayName(QStringLiteral("Velmora Desktop"));
     QApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("velmora"));
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/velmora.svg")));
 
     QTranslator translator;
     if (translator.load(QLocale(), QStringLiteral("velmora"), QStringLiteral("_"),
@@ -44,8 +67,9 @@ int main(int argc, char **argv)
     parser.addPositionalArgument(QStringLiteral("link"),
                                  QApplication::translate("main", "velmora:// install links to open."),
                                  QStringLiteral("[link...]"));
-    parser.process(app);
+    parser.process(*app);
     installLogRouting(parser.isSet(verbose));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/velmora.svg")));
 
     if (parser.isSet(screenshot)) {
         return ScreenshotRenderer::renderAll(parser.value(screenshot)) ? 0 : 1;
