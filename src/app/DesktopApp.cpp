@@ -178,8 +178,11 @@ void DesktopApp::applyShowStatusItem()
         m_toldNoTray = true;
         vlLog(QStringLiteral("no system tray available - running as a window"));
         showWindow();
-        QMessageBox::information(&window(), tr("No tray"),
-                                 tr("This desktop shows no tray icons, so Velmora Desktop runs as a window."));
+        auto *box = new QMessageBox(QMessageBox::Information, tr("No tray"),
+                                    tr("This desktop shows no tray icons, so Velmora Desktop runs as a window."),
+                                    QMessageBox::Ok, &window());
+        box->setAttribute(Qt::WA_DeleteOnClose);
+        box->open();
         return;
     }
     showWindow();
