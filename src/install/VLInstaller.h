@@ -11,6 +11,7 @@
 #include <QStringList>
 
 class RunningAppGate;
+class UpdateState;
 class VLApp;
 
 class VLInstaller
@@ -22,6 +23,8 @@ public:
     VLApp *senderApp() const;
     // Asked around every replacement of an installed copy; may be null (the default).
     void setRunningAppGate(RunningAppGate *gate);
+    // The update this installation belongs to, which learns the installer's failures; may be null (the default).
+    void setUpdateState(UpdateState *state);
 
     // Unpacking: each answers the work folder it made beside the download.
     QString extractZIP(const QString &file);
@@ -57,5 +60,6 @@ private:
     AuthHelper m_authhelper;
     VLApp *m_senderApp = nullptr;
     RunningAppGate *m_gate = nullptr;
+    UpdateState *m_state = nullptr;
     bool m_shouldInstall = true;
 };
