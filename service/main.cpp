@@ -13,7 +13,7 @@ int usage(FILE *out)
     std::fputs("usage: velmora-service COMMAND [OPTIONS]\n\ncommands:\n", out);
     for (const Command &command : commands)
         std::fprintf(out, "  %-12s %s\n", command.name, command.summary);
-    std::fputs("\nEvery command takes --db PATH and --key-file PATH; --help shows a command's options.\n", out);
+    std::fputs("\nEvery command takes --db LOCATION and --key-file PATH; --help shows a command's options.\n", out);
     return out == stdout ? 0 : 2;
 }
 

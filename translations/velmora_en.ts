@@ -648,6 +648,10 @@ desktop program keeps it: apps that are not installed become records of their ow
         <source>%1 did not quit; the update was not installed</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Installation skipped: %1 is running for another user</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>SSKeychainQuery</name>

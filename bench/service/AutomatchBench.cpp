@@ -2,8 +2,11 @@
 // holds the real-world catalogue, and prints requests per second and latency percentiles.
 //
 //   bench_service_automatch [--catalogue FILE] [--connections N] [--seconds S] [--apps N] [--url http://HOST:PORT]
+//                           [--save PREFIX]
 //
 // Without --url it starts its own service on a free port with a fresh database and imports the catalogue.
+// --save writes one request body to PREFIX.body and the service's reply to PREFIX.reply instead of measuring, for
+// an outside load generator and for a static server answering the very same bytes (bench/service/wrk-automatch.sh).
 
 #include "support/ServiceProcess.h"
 
@@ -106,7 +109,9 @@ int main(int argc, char **argv)
           QStringLiteral("4")},
          {QStringLiteral("seconds"), QStringLiteral("Duration."), QStringLiteral("S"), QStringLiteral("10")},
          {QStringLiteral("apps"), QStringLiteral("Apps per request."), QStringLiteral("N"), QStringLiteral("500")},
-         {QStringLiteral("url"), QStringLiteral("A running service instead of a fresh one."), QStringLiteral("URL")}});
+         {QStringLiteral("url"), QStringLiteral("A running service instead of a fresh one."), QStringLiteral("URL")},
+         {QStringLiteral("save"), QStringLiteral("Write a request and its reply, and stop."),
+          QStringLiteral("PREFIX")}});
     parser.addHelpOption();
     parser.process(app);
 
@@ -129,6 +134,20 @@ int main(int argc, char **argv)
     const int apps = parser.value(QStringLiteral("apps")).toInt();
     const auto duration = std::chrono::seconds(parser.value(QStringLiteral("seconds")).toInt());
     const std::vector<std::string> bodies = makeBodies(catalogue, apps, 32);
+
+    if (parser.isSet(QStringLiteral("save"))) {
+        httplib::Client client(url.host().toStdString(), url.port());
+        const auto result = client.Post("/vld603scan/automatch", bodies.front(), "application/x-www-form-urlencoded");
+        const QString prefix = parser.value(QStringLiteral("save"));
+        QFile body(prefix + QStringLiteral(".body")), reply(prefix + QStringLiteral(".reply"));
+        if (!result || result->status != 200 || !body.open(QIODevice::WriteOnly) || !reply.open(QIODevice::WriteOnly) ||
+            body.write(bodies.front().data(), qint64(bodies.front().size())) < 0 ||
+            reply.write(result->body.data(), qint64(result->body.size())) < 0) {
+            std::fprintf(stderr, "error: no reply to save\n");
+            return 1;
+        }
+        return 0;
+    }
 
     std::vector<std::vector<double>> latencies(static_cast<size_t>(connections));
     std::atomic<long> failures = 0;

@@ -1,6 +1,7 @@
 #include "catalogue/CatalogueCache.h"
 
 #include "catalogue/RecordFields.h"
+#include "storage/SqlDatabase.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -36,7 +37,11 @@ std::shared_ptr<const CatalogueIndex> CatalogueCache::current()
         std::vector<CatalogueEntry> entries;
         for (const StoredApp &app : m_store.apps())
             entries.push_back(entryFor(app));
-        m_index = std::make_shared<const CatalogueIndex>(std::move(entries));
+        auto index = std::make_shared<const CatalogueIndex>(std::move(entries));
+        // What a failing database gave is not kept: the request is refused and the next one reads again.
+        if (StorageFault::occurred())
+            return index;
+        m_index = std::move(index);
         m_revision = revision;
     }
     return m_index;

@@ -18,6 +18,8 @@ int reportsCommand(const QStringList &args);
 int hitsCommand(const QStringList &args);
 int addMemberCommand(const QStringList &args);
 int blacklistCommand(const QStringList &args);
+int migrateCommand(const QStringList &args);
+int copyCommand(const QStringList &args);
 
 inline constexpr Command commands[] = {
     {"serve", "Answer the program's requests over HTTP.", serveCommand},
@@ -26,4 +28,6 @@ inline constexpr Command commands[] = {
     {"hits", "Show the analytics hits received.", hitsCommand},
     {"add-member", "Create a member account.", addMemberCommand},
     {"blacklist", "List the blacklist, or add or remove a name.", blacklistCommand},
+    {"migrate", "Bring the database's tables to this program's version.", migrateCommand},
+    {"copy", "Copy every row of one database into another (--from, --to).", copyCommand},
 };

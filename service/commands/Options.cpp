@@ -1,5 +1,7 @@
 #include "commands/Options.h"
 
+#include "storage/Schema.h"
+
 #include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -26,10 +28,21 @@ namespace Options {
 
 void addCommon(QCommandLineParser &parser)
 {
-    parser.addOption({QStringLiteral("db"), QStringLiteral("The SQLite database file."), QStringLiteral("PATH")});
+    parser.addOption({QStringLiteral("db"),
+                      QStringLiteral("The database: an SQLite file (PATH or sqlite:PATH) or a PostgreSQL server "
+                                     "(postgresql://USER@HOST:PORT/NAME)."),
+                      QStringLiteral("LOCATION")});
+    addDatabaseWait(parser);
     parser.addOption({QStringLiteral("key-file"), QStringLiteral("The key that encrypts member passwords."),
                       QStringLiteral("PATH")});
     parser.addHelpOption();
+}
+
+void addDatabaseWait(QCommandLineParser &parser)
+{
+    parser.addOption({QStringLiteral("db-wait"),
+                      QStringLiteral("Seconds to keep trying a database server that does not answer (default 30)."),
+                      QStringLiteral("SECONDS"), QStringLiteral("30")});
 }
 
 QString databasePath(const QCommandLineParser &parser)
@@ -59,13 +72,28 @@ QString sampleCataloguePath()
     return shippedPath(QStringLiteral("sample-catalogue.json"));
 }
 
-std::unique_ptr<Storage> openStorage(const QCommandLineParser &parser)
+std::shared_ptr<SqlDatabase> openDatabase(const QCommandLineParser &parser, const QString &location)
 {
     QString error;
-    auto storage = openSqliteStorage(databasePath(parser), &error);
-    if (!storage)
+    const std::chrono::seconds patience(std::max(0, parser.value(QStringLiteral("db-wait")).toInt()));
+    auto db = ::openDatabase(location, patience, &error);
+    if (!db)
         std::fprintf(stderr, "error: %s\n", qUtf8Printable(error));
-    return storage;
+    return db;
+}
+
+std::unique_ptr<Storage> openStorage(const QCommandLineParser &parser)
+{
+    const QString location = databasePath(parser);
+    auto db = openDatabase(parser, location);
+    if (!db)
+        return nullptr;
+    QString error;
+    if (!Schema::ensureCurrent(*db, location, &error)) {
+        std::fprintf(stderr, "error: %s\n", qUtf8Printable(error));
+        return nullptr;
+    }
+    return storageOver(db);
 }
 
 std::optional<SecretBox> openSecrets(const QCommandLineParser &parser)

@@ -3,14 +3,16 @@
 // Options every command shares and the places the service keeps its things by default.
 
 #include "members/SecretBox.h"
-#include "storage/Storage.h"
+#include "storage/OpenStorage.h"
 
 #include <QCommandLineParser>
 
 namespace Options {
 
-// --db PATH and --key-file PATH.
+// --db LOCATION, --db-wait SECONDS and --key-file PATH.
 void addCommon(QCommandLineParser &parser);
+// --db-wait alone, for commands that name their databases otherwise.
+void addDatabaseWait(QCommandLineParser &parser);
 QString databasePath(const QCommandLineParser &parser);
 QString keyFilePath(const QCommandLineParser &parser);
 
@@ -19,8 +21,11 @@ QString keyFilePath(const QCommandLineParser &parser);
 QString defaultFilesDir();
 QString sampleCataloguePath();
 
-// Open what --db and --key-file name; print the reason and return null when that fails.
+// Open what --db and --key-file name; print the reason and return null when that fails. The storage's tables are
+// created in an empty database; one that needs migrating is refused.
 std::unique_ptr<Storage> openStorage(const QCommandLineParser &parser);
+// The database location names, as it is (no tables are made or checked); null after printing the reason.
+std::shared_ptr<SqlDatabase> openDatabase(const QCommandLineParser &parser, const QString &location);
 std::optional<SecretBox> openSecrets(const QCommandLineParser &parser);
 
 // Prints the command's help to stderr; returns the exit code for bad usage (2).

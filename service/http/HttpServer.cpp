@@ -7,6 +7,7 @@
 #include "http/RequestLog.h"
 #include "http/RequestRouter.h"
 #include "http/Routes.h"
+#include "storage/SqlDatabase.h"
 
 #include <csignal>
 #include <cstdio>
@@ -43,6 +44,21 @@ void configure(RequestRouter &router, ServiceContext &context, const ServerLimit
         } catch (...) {
         }
         Reply::fail(res, 500, reason);
+    });
+    // A database that cannot be reached makes any answer built on it 503, whatever the handler made of the missing
+    // rows; the client tries again (nginx on another process, or later).
+    router.set_pre_routing_handler([](const httplib::Request &, httplib::Response &) {
+        StorageFault::clear();
+        return httplib::Server::HandlerResponse::Unhandled;
+    });
+    router.set_post_routing_handler([](const httplib::Request &, httplib::Response &res) {
+        if (StorageFault::occurred()) {
+            for (const char *name : {"Content-Type", "Content-Encoding", "Content-Length", "Location", "Set-Cookie"})
+                res.headers.erase(name);
+            Reply::fail(res, 503, QStringLiteral("the database cannot be reached"));
+            res.set_header("Retry-After", "2");
+        }
+        StorageFault::clear();
     });
     router.set_error_handler([](const httplib::Request &, httplib::Response &res) {
         if (res.body.empty())

@@ -154,6 +154,3 @@ struct Storage
     std::unique_ptr<ActivityStore> activity;
     std::unique_ptr<LinkStore> links;
 };
-
-// The embedded default: one SQLite file. Null with a reason when it cannot be opened.
-std::unique_ptr<Storage> openSqliteStorage(const QString &path, QString *error);

@@ -7,6 +7,8 @@
 
 #include <QProcess>
 
+#include <algorithm>
+
 #include <unistd.h>
 
 BLAuthentication::BLAuthentication(PrivilegedCommand::Escalation escalation) : m_escalation(escalation) {}
@@ -101,7 +103,12 @@ qint64 BLAuthentication::getPID(const QString &name) const
 bool BLAuthentication::killProcess(const QString &name, int signal)
 {
     const qint64 pid = authenticate(name) ? getPID(name) : 0;
-    if (pid < 1) {
+    // Administrator rights serve our own processes only: another user's is theirs to quit.
+    const QList<RunningProcess> processes = RunningProcesses::list();
+    const bool ours = std::any_of(processes.cbegin(), processes.cend(), [pid](const RunningProcess &process) {
+        return process.pid == pid && process.owner == getuid();
+    });
+    if (pid < 1 || !ours) {
         vlLog(QStringLiteral("Error killing process %1, invalid PID.").arg(name));
         if (m_delegate) {
             m_delegate->authenticationFailedKill(this);

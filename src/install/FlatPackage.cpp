@@ -12,6 +12,8 @@
 #include <QFile>
 #include <QXmlStreamReader>
 
+#include <algorithm>
+
 namespace {
 
 QString installLocationIn(const QString &packageInfo)
@@ -90,6 +92,46 @@ bool unpackPayload(const QString &payload, const QString &into)
            WorkFolder::holdsOnlyPlainEntries(into);
 }
 
+// The folders of a volume that packages may install into, as velmora-place's default names them.
+const QStringList kApplicationFolders = {QStringLiteral("Applications"), QStringLiteral("Developer/Applications")};
+
+bool isWithin(const QString &path, const QString &folder)
+{
+    return path == folder || path.startsWith(folder + QLatin1Char('/'));
+}
+
+// Splits the files a payload installs at location (relative to the volume) into folders that each go into an
+// application folder; false when any of them would land elsewhere. A folder above an application folder ("/" for a
+// package without a location) may only hold real folders on the way to one.
+bool intoApplicationFolders(const QString &files, const QString &location, const QString &root,
+                            QList<UnpackedPayload> &merges)
+{
+    if (std::any_of(kApplicationFolders.begin(), kApplicationFolders.end(),
+                    [&location](const QString &folder) { return isWithin(location, folder); })) {
+        merges.append({files, QDir::cleanPath(root + QLatin1Char('/') + location)});
+        return true;
+    }
+    const bool above =
+        std::any_of(kApplicationFolders.begin(), kApplicationFolders.end(), [&location](const QString &f) {
+            return location.isEmpty() || f.startsWith(location + QLatin1Char('/'));
+        });
+    if (!above) {
+        vlLog(QStringLiteral("package installs outside the applications folders: /%1").arg(location));
+        return false;
+    }
+    FolderReader reader(NativePath::encode(files));
+    for (const FolderReader::Entry &entry : reader.entries()) {
+        const QString name = NativePath::decode(entry.name);
+        const QString path = location.isEmpty() ? name : location + QLatin1Char('/') + name;
+        if (entry.kind != FolderReader::Kind::Folder || entry.isLink ||
+            !intoApplicationFolders(files + QLatin1Char('/') + name, path, root, merges)) {
+            vlLog(QStringLiteral("package installs outside the applications folders: /%1").arg(path));
+            return false;
+        }
+    }
+    return true;
+}
+
 } // namespace
 
 namespace FlatPackage {
@@ -103,15 +145,18 @@ std::optional<QList<UnpackedPayload>> unpack(const QString &package, const QStri
         return std::nullopt;
     }
     QList<UnpackedPayload> unpacked;
-    for (const PackagePayload &payload : *payloads) {
-        const QString files = workFolder + QStringLiteral("/payload-") + QString::number(unpacked.size());
+    for (qsizetype index = 0; index < payloads->size(); ++index) {
+        const PackagePayload &payload = payloads->at(index);
+        const QString files = workFolder + QStringLiteral("/payload-") + QString::number(index);
         // A location with ".." steps would lead out of the volume it installs on.
         if (!WorkFolder::isContainedName(payload.installLocation.mid(1)) || !WorkFolder::prepare(files) ||
             !unpackPayload(payload.payload, files)) {
             vlLog(QStringLiteral("error extracting to %1").arg(files));
             return std::nullopt;
         }
-        unpacked.append({files, QDir::cleanPath(root + payload.installLocation)});
+        if (!intoApplicationFolders(files, QDir::cleanPath(payload.installLocation).mid(1), root, unpacked)) {
+            return std::nullopt;
+        }
     }
     return unpacked;
 }

@@ -12,14 +12,15 @@
 struct UnpackedPayload
 {
     QString files;  // a folder holding the payload's files, links and modes kept
-    QString target; // the folder they install into: the package's install location ("/" when none) under the root
+    QString target; // the folder they install into: an application folder under the root, or a folder in one
 };
 
 namespace FlatPackage {
 
 // Unpacks every payload of package into its own folder under workFolder (made fresh), each to be installed under
 // root; nullopt, after its log line, when package is no readable package, carries no payload or a damaged one, or
-// names a file or an install location outside its folder.
+// names a file or an install location outside its folder, or installs anything outside the volume's application
+// folders. A payload installing above them ("/") comes back as one folder for each application folder it fills.
 std::optional<QList<UnpackedPayload>> unpack(const QString &package, const QString &workFolder, const QString &root);
 // The package's title as its distribution gives it; "" when it gives none.
 QString title(const QString &package);

@@ -7,6 +7,10 @@
 
 #include <QFileInfo>
 
+#include <algorithm>
+
+#include <unistd.h>
+
 QuitAndRelaunchGate::QuitAndRelaunchGate(UpdateState *state, const QString &vlID) : m_state(state), m_vlID(vlID) {}
 
 bool QuitAndRelaunchGate::prepareToReplace(const QString &target)
@@ -17,6 +21,17 @@ bool QuitAndRelaunchGate::prepareToReplace(const QString &target)
         return true;
     }
     const QString appName = QFileInfo(target).completeBaseName();
+    // Another user's copy is theirs to quit: stopping it, or starting it again as us, is not ours to do.
+    const bool othersRun = std::any_of(running.cbegin(), running.cend(),
+                                       [](const RunningProcess &process) { return process.owner != geteuid(); });
+    if (othersRun) {
+        vlLog(QStringLiteral("installation skipped, %1 is running for another user").arg(target));
+        if (m_state) {
+            VLAppDownload::setFailure(*m_state, m_vlID,
+                                      tr("Installation skipped: %1 is running for another user").arg(appName));
+        }
+        return false;
+    }
     const bool quit = UserFeedback::current().askQuestion(
         tr("Please quit the application before continuing installation."), tr("%1 is running.").arg(appName),
         tr("Quit App and Proceed"), tr("Skip Installation"));

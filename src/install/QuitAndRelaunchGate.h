@@ -3,7 +3,8 @@
 // The running-app gate of one update: before an installed copy is replaced, its running processes (an executable
 // inside the bundle) are quit with the user's consent, and after the replacement they are started again, the new
 // copy if it is in place, the old one if it was put back. A refusal or a process that will not quit skips the
-// installation, with the reason as the update's failure.
+// installation, with the reason as the update's failure. Only our own processes are quit and started again: a copy
+// another user runs skips the installation, saying so.
 
 #include "install/RunningAppGate.h"
 #include "platform/RunningProcesses.h"

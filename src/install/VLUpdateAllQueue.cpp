@@ -47,7 +47,7 @@ VLUpdateAllQueue::VLUpdateAllQueue(UpdateJobs &jobs, QObject *parent) : QObject(
 {
     m_checkForUpdateAllTimer.setSingleShot(true);
     m_checkForUpdateAllTimer.setInterval(kRecheckMs);
-    connect(&m_checkForUpdateAllTimer, &QTimer::timeout, this, &VLUpdateAllQueue::startWaitingBlock);
+    connect(&m_checkForUpdateAllTimer, &ClockTimer::timeout, this, &VLUpdateAllQueue::startWaitingBlock);
     connect(&m_jobs, &UpdateJobs::removing, this,
             [this](UpdateJob *job) { removeAppFromUpdateAllQueue(job->app().get()); });
     VLNotificationCenter::defaultCenter().subscribe(

@@ -7,11 +7,11 @@
 // desktop program's UI thread, velmora-cli's main thread); the counts may be read from any thread.
 
 #include "install/UpdateJobs.h"
+#include "platform/Clock.h"
 
 #include <QList>
 #include <QMutex>
 #include <QObject>
-#include <QTimer>
 
 #include <memory>
 
@@ -66,5 +66,5 @@ private:
     UpdateJobs &m_jobs;
     mutable QMutex m_mutex;
     QList<UpdateJob *> m_updateAllApps;
-    QTimer m_checkForUpdateAllTimer;
+    ClockTimer m_checkForUpdateAllTimer;
 };

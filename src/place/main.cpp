@@ -1,4 +1,4 @@
-#include "Place.h"
+#include "place/Place.h"
 
 int main(int argc, char **argv)
 {

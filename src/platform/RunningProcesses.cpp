@@ -32,6 +32,21 @@ QStringList commandLine(const QString &pidFolder)
     return arguments;
 }
 
+// The real user id on the "Uid:" line of the process's status.
+uint realOwner(const QString &pidFolder)
+{
+    QFile status(pidFolder + QStringLiteral("/status"));
+    if (!status.open(QIODevice::ReadOnly)) {
+        return 0;
+    }
+    for (QByteArray line = status.readLine(); !line.isEmpty(); line = status.readLine()) {
+        if (line.startsWith("Uid:")) {
+            return line.mid(4).simplified().split(' ').value(0).toUInt();
+        }
+    }
+    return 0;
+}
+
 bool isAlive(qint64 pid)
 {
     if (::kill(pid_t(pid), 0) != 0 && errno == ESRCH) {
@@ -70,7 +85,8 @@ QList<RunningProcess> list()
         }
         // A replaced or removed executable reads as "PATH (deleted)".
         executable.remove(QStringLiteral(" (deleted)"));
-        processes.append({pid, executable, arguments, QFile::symLinkTarget(folder + QStringLiteral("/cwd"))});
+        processes.append(
+            {pid, executable, arguments, QFile::symLinkTarget(folder + QStringLiteral("/cwd")), realOwner(folder)});
     }
     return processes;
 }

@@ -15,12 +15,14 @@ struct RunningProcess
     // The command line it was started with, its own name first.
     QStringList arguments;
     QString workingDirectory;
+    // The real user id it runs as: only a process of our own may be quit and started again by us.
+    uint owner = 0;
 };
 
 namespace RunningProcesses {
 
 QList<RunningProcess> list();
-// The processes whose executable lies inside folder (folder itself included).
+// The processes whose executable lies inside folder (folder itself included), of every user.
 QList<RunningProcess> inside(const QString &folder);
 // SIGTERM, then up to waitMs for the process to end; true when it has ended.
 bool terminate(qint64 pid, int waitMs);

@@ -36,7 +36,7 @@ void VLAppDelegate::writeStartupSettings()
 void VLAppDelegate::applicationDidFinishLaunching(bool appLaunchedFromLoginItem)
 {
     writeStartupSettings();
-    QTimer::singleShot(kPreviousAgentDelaySeconds * 1000, this, &VLAppDelegate::disableVLD5scanner);
+    Clock::singleShot(kPreviousAgentDelaySeconds * 1000, this, [this] { disableVLD5scanner(); });
     addAppAsLoginItem();
     m_driver.loadScanDataOrRunScan(appLaunchedFromLoginItem);
     m_driver.checkMemberAndTryLogin();
@@ -53,15 +53,14 @@ void VLAppDelegate::storeSiteCookie()
     QNetworkCookie cookie(QByteArrayLiteral("m604"), QByteArrayLiteral("1"));
     cookie.setDomain(QUrl(VLSettings().hostURL(SettingKey::siteHost)).host());
     cookie.setPath(QStringLiteral("/"));
-    cookie.setExpirationDate(QDateTime::currentDateTimeUtc().addSecs(kSiteCookieSeconds));
+    cookie.setExpirationDate(Clock::current().now().addSecs(kSiteCookieSeconds));
     HttpCookieJar::shared().insertCookie(cookie);
 }
 
-void VLAppDelegate::startTimer(QTimer &timer, int seconds, void (VLAppDelegate::*tick)())
+void VLAppDelegate::startTimer(ClockTimer &timer, int seconds, void (VLAppDelegate::*tick)())
 {
-    timer.setInterval(seconds * 1000);
-    connect(&timer, &QTimer::timeout, this, tick);
-    timer.start();
+    connect(&timer, &ClockTimer::timeout, this, tick);
+    timer.start(qint64(seconds) * 1000);
 }
 
 void VLAppDelegate::checkFast()

@@ -4,9 +4,10 @@
 // the login item kept in step with "startupItem", the previous version's agent removed, the driver started, and
 // the periodic checks. The desktop program adds its tray and windows around it; "velmora-cli daemon" runs it alone.
 
+#include "platform/Clock.h"
+
 #include <QObject>
 #include <QStringList>
-#include <QTimer>
 
 class VLMainWindowController;
 
@@ -40,15 +41,15 @@ signals:
     void updatePromosBackground();
 
 private:
-    void startTimer(QTimer &timer, int seconds, void (VLAppDelegate::*tick)());
+    void startTimer(ClockTimer &timer, int seconds, void (VLAppDelegate::*tick)());
     void storeSiteCookie();
     void checkFast();
     void checkMASApps();
 
     VLMainWindowController &m_driver;
     QStringList m_loginItemCommand;
-    QTimer m_fastCheck;
-    QTimer m_watchLists;
-    QTimer m_promos;
-    QTimer m_masCheck;
+    ClockTimer m_fastCheck;
+    ClockTimer m_watchLists;
+    ClockTimer m_promos;
+    ClockTimer m_masCheck;
 };

@@ -88,6 +88,10 @@ private slots:
         row("package installing outside the volume root", u"Foo.pkg"_s, u"gzip:/../../outside"_s, apps, u"Foo.app"_s,
             {});
         row("package unreadable", u"Foo.pkg"_s, u"file"_s, {}, u"Foo.app"_s, {});
+        // A package places nothing outside the volume's application folders, and is refused whole.
+        row("package installing into a system folder", u"Foo.pkg"_s, u"gzip:/etc"_s, apps, u"Foo.app"_s, {});
+        row("package with a file beside the applications folder", u"Foo.pkg"_s, u"gzip:"_s,
+            u"Applications/Foo.app/Contents/|etc/cron.d/job"_s, u"Foo.app"_s, {});
     }
 
     void handleBestMatch()
@@ -125,6 +129,8 @@ private slots:
         QCOMPARE(state.failMessage(), failure);
         QCOMPARE(state.hasFailed(), !failure.isEmpty());
         QVERIFY(!QFile::exists(m_root + u"/../../outside"));
+        QVERIFY(!QFile::exists(m_root + u"/etc"_s));
+        QVERIFY(!expected.isEmpty() || !QFile::exists(m_root + u"/Applications/Foo.app"_s));
     }
 
     void replace_data()
@@ -207,15 +213,17 @@ private slots:
     }
 
     // What velmora-place merges in: a link standing at a destination is replaced, not written through, and one
-    // standing for a folder is never replaced by a folder; a folder that exists keeps its mode; no set-id bit and no
-    // write bit for others arrives; what the payload does not name stays.
+    // standing for a folder is never replaced by a folder; a folder that exists keeps its mode, except a bundle,
+    // which is replaced whole like every other update; no set-id bit and no write bit for others arrives; what the
+    // payload does not name stays.
     void placeKeepsWhatStands()
     {
         QTemporaryDir dir;
         BundleTree tree(dir.path());
         tree.addFile(u"victim"_s, "mine");
+        tree.addFile(u"target/Support/Foo/old"_s, "old");
         tree.addFile(u"target/Foo.app/Contents/old"_s, "old");
-        QVERIFY(QFile::link(tree.path(u"victim"_s), tree.path(u"target/Foo.app/Contents/Info.plist"_s)));
+        QVERIFY(QFile::link(tree.path(u"victim"_s), tree.path(u"target/Support/Foo/Info.plist"_s)));
         const auto setMode = [&tree](const char *path, mode_t mode) {
             return chmod(QFile::encodeName(tree.path(QString::fromLatin1(path))).constData(), mode) == 0;
         };
@@ -225,21 +233,23 @@ private slots:
                        ? info.st_mode & 07777
                        : 0;
         };
-        tree.addFile(u"payload/Foo.app/Contents/Info.plist"_s, "new");
-        tree.addFile(u"payload/Foo.app/Contents/tool"_s, "#!/bin/sh\n");
-        tree.addFolder(u"payload/Foo.app/Contents/Shared"_s);
-        QVERIFY(setMode("target/Foo.app", 0750) && setMode("payload/Foo.app/Contents/tool", 06775) &&
-                setMode("payload/Foo.app/Contents/Shared", 0777));
+        tree.addFile(u"payload/Support/Foo/Info.plist"_s, "new");
+        tree.addFile(u"payload/Support/Foo/tool"_s, "#!/bin/sh\n");
+        tree.addFolder(u"payload/Support/Foo/Shared"_s);
+        tree.addFile(u"payload/Foo.app/Contents/new"_s, "new");
+        QVERIFY(setMode("target/Support/Foo", 0750) && setMode("payload/Support/Foo/tool", 06775) &&
+                setMode("payload/Support/Foo/Shared", 0777));
 
         QVERIFY(PlaceTool::run(u"merge"_s, {tree.path(u"payload"_s), tree.path(u"target"_s)}));
         QCOMPARE(PlistFiles::readFile(tree.path(u"victim"_s)), "mine");
-        QCOMPARE(PlistFiles::readFile(tree.path(u"target/Foo.app/Contents/Info.plist"_s)), "new");
-        QCOMPARE(mode("target/Foo.app"), 0750u);
-        QCOMPARE(mode("target/Foo.app/Contents/tool"), 0755u);
-        QCOMPARE(mode("target/Foo.app/Contents/Shared"), 0755u);
-        QVERIFY(QFile::exists(tree.path(u"target/Foo.app/Contents/old"_s)));
+        QCOMPARE(PlistFiles::readFile(tree.path(u"target/Support/Foo/Info.plist"_s)), "new");
+        QCOMPARE(mode("target/Support/Foo"), 0750u);
+        QCOMPARE(mode("target/Support/Foo/tool"), 0755u);
+        QCOMPARE(mode("target/Support/Foo/Shared"), 0755u);
+        QVERIFY(QFile::exists(tree.path(u"target/Support/Foo/old"_s)));
+        QCOMPARE(QDir(tree.path(u"target/Foo.app/Contents"_s)).entryList(QDir::Files), QStringList{u"new"_s});
 
-        QVERIFY(QFile::link(tree.path(u"target/Foo.app"_s), tree.path(u"target/lib"_s)));
+        QVERIFY(QFile::link(tree.path(u"target/Support"_s), tree.path(u"target/lib"_s)));
         tree.addFile(u"payload2/lib/x"_s, "x");
         QVERIFY(!PlaceTool::run(u"merge"_s, {tree.path(u"payload2"_s), tree.path(u"target"_s)}));
         QVERIFY(QFileInfo(tree.path(u"target/lib"_s)).isSymLink());
@@ -247,7 +257,7 @@ private slots:
         // As root it never works through a folder that others may change (they could swap a step for a link); as
         // the user, that is the user's own business.
         QVERIFY(setMode("target", 0777));
-        QCOMPARE(PlaceTool::run(u"merge"_s, {tree.path(u"payload2"_s), tree.path(u"target/Foo.app/Contents"_s)}),
+        QCOMPARE(PlaceTool::run(u"merge"_s, {tree.path(u"payload2"_s), tree.path(u"target/Support/Foo"_s)}),
                  geteuid() != 0);
     }
 

@@ -1,5 +1,6 @@
 // Replacing a running app: a process whose executable lies inside a bundle is quit when the user agrees and started
-// again afterwards from the same place; when the user declines, it keeps running and the update says why.
+// again afterwards from the same place; when the user declines, it keeps running and the update says why. A copy
+// another user runs is never quit: the update is skipped, saying so, without a question.
 
 #include "install/QuitAndRelaunchGate.h"
 #include "install/UpdateState.h"
@@ -18,6 +19,8 @@
 #include <QStandardPaths>
 #include <QTemporaryDir>
 
+#include <unistd.h>
+
 namespace {
 
 QList<qint64> pidsInside(const QString &folder)
@@ -27,6 +30,20 @@ QList<qint64> pidsInside(const QString &folder)
         pids.append(process.pid);
     }
     return pids;
+}
+
+// Starts executable as the user nobody, as another user's copy of the app would run.
+qint64 startAsAnotherUser(const QString &executable)
+{
+    const QByteArray path = QFile::encodeName(executable);
+    const pid_t child = fork();
+    if (child == 0) {
+        if (setgid(65534) == 0 && setuid(65534) == 0) {
+            execl(path.constData(), path.constData(), "300", nullptr);
+        }
+        _exit(127);
+    }
+    return child;
 }
 
 } // namespace
@@ -41,24 +58,36 @@ private slots:
 
     void runningApp_data()
     {
-        columns<bool, bool, QString, QString>("answer", "proceeds", "failure", "newName");
-        row("quit and relaunched", true, true, "", "");
-        row("relaunched as the new copy's executable", true, true, "", "Sleeper 2");
-        row("skipped: left running", false, false, "Installation skipped: Sleeper is running", "");
+        columns<bool, bool, QString, QString, bool>("answer", "proceeds", "failure", "newName", "another");
+        row("quit and relaunched", true, true, "", "", false);
+        row("relaunched as the new copy's executable", true, true, "", "Sleeper 2", false);
+        row("skipped: left running", false, false, "Installation skipped: Sleeper is running", "", false);
+        row("another user's copy: skipped, not asked", true, false,
+            "Installation skipped: Sleeper is running for another user", "", true);
     }
 
     void runningApp()
     {
-        auto [answer, proceeds, failure, newName] =
-            fetch<bool, bool, QString, QString>("answer", "proceeds", "failure", "newName");
-        QTemporaryDir root;
+        auto [answer, proceeds, failure, newName, another] =
+            fetch<bool, bool, QString, QString, bool>("answer", "proceeds", "failure", "newName", "another");
+        if (another && geteuid() != 0) {
+            QSKIP("not run: starting another user's copy needs root");
+        }
+        // Where another user may run what it holds.
+        QTemporaryDir root(QStringLiteral("/tmp/velmora-gate-XXXXXX"));
+        QVERIFY(QFile::setPermissions(root.path(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner |
+                                                       QFile::ReadOther | QFile::ExeOther));
         const QString bundle = root.filePath(QStringLiteral("Sleeper.app"));
         const QString executable = bundle + QStringLiteral("/Contents/MacOS/Sleeper");
         const QString sleep = QStandardPaths::findExecutable(QStringLiteral("sleep"));
         QVERIFY2(!sleep.isEmpty(), "sleep is needed to stand for a running app");
         QVERIFY(QDir().mkpath(QFileInfo(executable).path()) && QFile::copy(sleep, executable));
         qint64 pid = 0;
-        QVERIFY(QProcess::startDetached(executable, {QStringLiteral("300")}, root.path(), &pid));
+        if (another) {
+            pid = startAsAnotherUser(executable);
+        } else {
+            QVERIFY(QProcess::startDetached(executable, {QStringLiteral("300")}, root.path(), &pid));
+        }
         const auto stopAll = qScopeGuard([&bundle] {
             for (const qint64 running : pidsInside(bundle)) {
                 RunningProcesses::terminate(running, 5000);
@@ -71,8 +100,9 @@ private slots:
         QuitAndRelaunchGate gate(&state);
         QCOMPARE(gate.prepareToReplace(bundle), proceeds);
         QCOMPARE(feedback.shown(),
-                 QStringList{QStringLiteral("question: Please quit the application before continuing "
-                                            "installation. / Quit App and Proceed / Skip Installation")});
+                 another ? QStringList()
+                         : QStringList{QStringLiteral("question: Please quit the application before continuing "
+                                                      "installation. / Quit App and Proceed / Skip Installation")});
         QCOMPARE(state.failMessage(), failure);
         QCOMPARE(pidsInside(bundle), proceeds ? QList<qint64>() : QList<qint64>{pid});
         if (proceeds) {

@@ -1,9 +1,9 @@
 #include "storage/JsonColumn.h"
-#include "storage/SqliteStores.h"
+#include "storage/SqlStores.h"
 
 #include <QDateTime>
 
-bool SqliteListStore::addToWatchList(qint64 memberId, const QString &appId, bool sendEmail)
+bool SqlListStore::addToWatchList(qint64 memberId, const QString &appId, bool sendEmail)
 {
     // Adding an app twice keeps its first entry (and its entry id) and takes the newer e-mail choice.
     SqlStatement upsert(*m_db, "INSERT INTO watchlist (member_id, app_id, list_name, send_email, added_at)"
@@ -13,13 +13,13 @@ bool SqliteListStore::addToWatchList(qint64 memberId, const QString &appId, bool
     return upsert.bind(4, QDateTime::currentDateTimeUtc().toString(Qt::ISODate)).exec();
 }
 
-bool SqliteListStore::removeFromWatchList(qint64 memberId, const QString &appId)
+bool SqlListStore::removeFromWatchList(qint64 memberId, const QString &appId)
 {
     SqlStatement remove(*m_db, "DELETE FROM watchlist WHERE member_id = ? AND app_id = ?");
-    return remove.bind(1, memberId).bind(2, appId.toLongLong()).exec() && m_db->changes() > 0;
+    return remove.bind(1, memberId).bind(2, appId.toLongLong()).exec() && remove.changes() > 0;
 }
 
-QList<WatchListEntry> SqliteListStore::watchList(qint64 memberId)
+QList<WatchListEntry> SqlListStore::watchList(qint64 memberId)
 {
     QList<WatchListEntry> entries;
     SqlStatement select(*m_db, "SELECT id, app_id, list_name FROM watchlist WHERE member_id = ? ORDER BY id");
@@ -29,22 +29,22 @@ QList<WatchListEntry> SqliteListStore::watchList(qint64 memberId)
     return entries;
 }
 
-std::optional<Purchase> SqliteListStore::addPurchase(qint64 memberId, const Purchase &purchase,
-                                                     const QJsonObject &details)
+std::optional<Purchase> SqlListStore::addPurchase(qint64 memberId, const Purchase &purchase, const QJsonObject &details)
 {
     SqlStatement insert(*m_db, "INSERT INTO purchases (member_id, app_id, serial_number, order_date,"
-                               " purchased_version, details) VALUES (?, ?, ?, ?, ?, ?)");
+                               " purchased_version, details) VALUES (?, ?, ?, ?, ?, ?) RETURNING id");
     insert.bind(1, memberId).bind(2, purchase.appId.toLongLong()).bind(3, purchase.serialNumber);
     insert.bind(4, purchase.orderDate).bind(5, purchase.purchasedVersion);
     insert.bind(6, JsonColumn::text(details));
-    if (!insert.exec())
+    const std::optional<qint64> id = insert.insertedId();
+    if (!id)
         return std::nullopt;
     Purchase added = purchase;
-    added.id = m_db->lastInsertId();
+    added.id = *id;
     return added;
 }
 
-QList<Purchase> SqliteListStore::purchases(qint64 memberId)
+QList<Purchase> SqlListStore::purchases(qint64 memberId)
 {
     QList<Purchase> result;
     SqlStatement select(*m_db, "SELECT id, app_id, serial_number, order_date, purchased_version FROM purchases"

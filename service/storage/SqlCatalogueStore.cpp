@@ -1,5 +1,5 @@
 #include "storage/JsonColumn.h"
-#include "storage/SqliteStores.h"
+#include "storage/SqlStores.h"
 
 namespace {
 
@@ -8,7 +8,7 @@ constexpr qint64 firstAssignedId = 100000;
 
 } // namespace
 
-ImportSummary SqliteCatalogueStore::importCatalogue(const CatalogueImport &import)
+ImportSummary SqlCatalogueStore::importCatalogue(const CatalogueImport &import)
 {
     ImportSummary summary;
     SqlTransaction transaction(*m_db);
@@ -36,7 +36,7 @@ ImportSummary SqliteCatalogueStore::importCatalogue(const CatalogueImport &impor
         SqlStatement insert(*m_db, "INSERT INTO blacklist (name) VALUES (?) ON CONFLICT DO NOTHING");
         if (!insert.bind(1, name).exec())
             return {0, 0, 0, m_db->lastError()};
-        changed = changed || m_db->changes() > 0;
+        changed = changed || insert.changes() > 0;
     }
     for (const auto &[bundleId, appIds] : import.bundles) {
         for (const QString &appId : appIds) {
@@ -55,7 +55,7 @@ ImportSummary SqliteCatalogueStore::importCatalogue(const CatalogueImport &impor
     return summary;
 }
 
-SqliteCatalogueStore::Outcome SqliteCatalogueStore::importApp(const ImportApp &app, QString *error)
+SqlCatalogueStore::Outcome SqlCatalogueStore::importApp(const ImportApp &app, QString *error)
 {
     const QString text = JsonColumn::text(app.record);
     std::optional<qint64> keyOwner;
@@ -96,14 +96,14 @@ SqliteCatalogueStore::Outcome SqliteCatalogueStore::importApp(const ImportApp &a
     return existing ? Outcome::Changed : Outcome::Added;
 }
 
-bool SqliteCatalogueStore::bumpRevision()
+bool SqlCatalogueStore::bumpRevision()
 {
     SqlStatement bump(*m_db, "INSERT INTO meta (name, value) VALUES ('catalogue_revision', '1')"
                              " ON CONFLICT (name) DO UPDATE SET value = CAST(CAST(meta.value AS INTEGER) + 1 AS TEXT)");
     return bump.exec();
 }
 
-QList<StoredApp> SqliteCatalogueStore::apps()
+QList<StoredApp> SqlCatalogueStore::apps()
 {
     QList<StoredApp> result;
     SqlStatement select(*m_db, "SELECT id, source_key, record FROM apps ORDER BY id");
@@ -112,7 +112,7 @@ QList<StoredApp> SqliteCatalogueStore::apps()
     return result;
 }
 
-std::optional<StoredApp> SqliteCatalogueStore::app(const QString &id)
+std::optional<StoredApp> SqlCatalogueStore::app(const QString &id)
 {
     bool numeric = false;
     const qint64 number = id.toLongLong(&numeric);
@@ -124,13 +124,13 @@ std::optional<StoredApp> SqliteCatalogueStore::app(const QString &id)
     return StoredApp{QString::number(select.integer(0)), select.text(1), JsonColumn::object(select.text(2))};
 }
 
-qint64 SqliteCatalogueStore::revision()
+qint64 SqlCatalogueStore::revision()
 {
     SqlStatement select(*m_db, "SELECT value FROM meta WHERE name = 'catalogue_revision'");
     return select.next() ? select.text(0).toLongLong() : 0;
 }
 
-QStringList SqliteCatalogueStore::blacklist()
+QStringList SqlCatalogueStore::blacklist()
 {
     QStringList names;
     SqlStatement select(*m_db, "SELECT name FROM blacklist ORDER BY position");
@@ -139,19 +139,19 @@ QStringList SqliteCatalogueStore::blacklist()
     return names;
 }
 
-bool SqliteCatalogueStore::addToBlacklist(const QString &name)
+bool SqlCatalogueStore::addToBlacklist(const QString &name)
 {
     SqlStatement insert(*m_db, "INSERT INTO blacklist (name) VALUES (?) ON CONFLICT DO NOTHING");
     return insert.bind(1, name).exec();
 }
 
-bool SqliteCatalogueStore::removeFromBlacklist(const QString &name)
+bool SqlCatalogueStore::removeFromBlacklist(const QString &name)
 {
     SqlStatement remove(*m_db, "DELETE FROM blacklist WHERE name = ?");
-    return remove.bind(1, name).exec() && m_db->changes() > 0;
+    return remove.bind(1, name).exec() && remove.changes() > 0;
 }
 
-std::optional<QStringList> SqliteCatalogueStore::bundle(const QString &id)
+std::optional<QStringList> SqlCatalogueStore::bundle(const QString &id)
 {
     SqlStatement select(*m_db, "SELECT app_ids FROM bundles WHERE id = ?");
     if (!select.bind(1, id).next())

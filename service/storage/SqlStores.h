@@ -1,14 +1,14 @@
 #pragma once
 
-// The SQLite implementation of each storage area; all share one connection.
+// Each storage area over a SqlDatabase, SQLite or PostgreSQL alike.
 
-#include "storage/SqliteDatabase.h"
+#include "storage/SqlDatabase.h"
 #include "storage/Storage.h"
 
-class SqliteCatalogueStore : public CatalogueStore
+class SqlCatalogueStore : public CatalogueStore
 {
 public:
-    explicit SqliteCatalogueStore(std::shared_ptr<SqliteDatabase> db) : m_db(std::move(db)) {}
+    explicit SqlCatalogueStore(std::shared_ptr<SqlDatabase> db) : m_db(std::move(db)) {}
     ImportSummary importCatalogue(const CatalogueImport &import) override;
     QList<StoredApp> apps() override;
     std::optional<StoredApp> app(const QString &id) override;
@@ -22,13 +22,13 @@ private:
     enum class Outcome { Added, Changed, Unchanged, Failed };
     Outcome importApp(const ImportApp &app, QString *error);
     bool bumpRevision();
-    std::shared_ptr<SqliteDatabase> m_db;
+    std::shared_ptr<SqlDatabase> m_db;
 };
 
-class SqliteMemberStore : public MemberStore
+class SqlMemberStore : public MemberStore
 {
 public:
-    explicit SqliteMemberStore(std::shared_ptr<SqliteDatabase> db) : m_db(std::move(db)) {}
+    explicit SqlMemberStore(std::shared_ptr<SqlDatabase> db) : m_db(std::move(db)) {}
     std::optional<Member> addMember(const Member &member, QString *error) override;
     std::optional<Member> memberById(qint64 id) override;
     std::optional<Member> memberByEmailDigest(const QString &md5Hex) override;
@@ -39,13 +39,13 @@ public:
 
 private:
     template <typename... Values> std::optional<Member> memberWhere(const char *condition, const Values &...values);
-    std::shared_ptr<SqliteDatabase> m_db;
+    std::shared_ptr<SqlDatabase> m_db;
 };
 
-class SqliteListStore : public ListStore
+class SqlListStore : public ListStore
 {
 public:
-    explicit SqliteListStore(std::shared_ptr<SqliteDatabase> db) : m_db(std::move(db)) {}
+    explicit SqlListStore(std::shared_ptr<SqlDatabase> db) : m_db(std::move(db)) {}
     bool addToWatchList(qint64 memberId, const QString &appId, bool sendEmail) override;
     bool removeFromWatchList(qint64 memberId, const QString &appId) override;
     QList<WatchListEntry> watchList(qint64 memberId) override;
@@ -53,13 +53,13 @@ public:
     QList<Purchase> purchases(qint64 memberId) override;
 
 private:
-    std::shared_ptr<SqliteDatabase> m_db;
+    std::shared_ptr<SqlDatabase> m_db;
 };
 
-class SqliteActivityStore : public ActivityStore
+class SqlActivityStore : public ActivityStore
 {
 public:
-    explicit SqliteActivityStore(std::shared_ptr<SqliteDatabase> db) : m_db(std::move(db)) {}
+    explicit SqlActivityStore(std::shared_ptr<SqlDatabase> db) : m_db(std::move(db)) {}
     bool addReport(const Report &report) override;
     QList<Report> reports() override;
     bool addHit(const QJsonObject &fields) override;
@@ -68,16 +68,16 @@ public:
     qint64 downloadCount(const QString &appId) override;
 
 private:
-    std::shared_ptr<SqliteDatabase> m_db;
+    std::shared_ptr<SqlDatabase> m_db;
 };
 
-class SqliteLinkStore : public LinkStore
+class SqlLinkStore : public LinkStore
 {
 public:
-    explicit SqliteLinkStore(std::shared_ptr<SqliteDatabase> db) : m_db(std::move(db)) {}
+    explicit SqlLinkStore(std::shared_ptr<SqlDatabase> db) : m_db(std::move(db)) {}
     std::optional<qint64> shortLink(const QString &url) override;
     std::optional<QString> target(qint64 number) override;
 
 private:
-    std::shared_ptr<SqliteDatabase> m_db;
+    std::shared_ptr<SqlDatabase> m_db;
 };

@@ -1,5 +1,5 @@
 #include "storage/JsonColumn.h"
-#include "storage/SqliteStores.h"
+#include "storage/SqlStores.h"
 
 #include <QDateTime>
 
@@ -12,7 +12,7 @@ QString now()
 
 } // namespace
 
-bool SqliteActivityStore::addReport(const Report &report)
+bool SqlActivityStore::addReport(const Report &report)
 {
     SqlStatement insert(*m_db, "INSERT INTO reports (kind, received_at, member_id, fields) VALUES (?, ?, ?, ?)");
     return insert.bind(1, report.kind)
@@ -22,7 +22,7 @@ bool SqliteActivityStore::addReport(const Report &report)
         .exec();
 }
 
-QList<Report> SqliteActivityStore::reports()
+QList<Report> SqlActivityStore::reports()
 {
     QList<Report> result;
     SqlStatement select(*m_db, "SELECT id, kind, received_at, member_id, fields FROM reports ORDER BY id");
@@ -32,13 +32,13 @@ QList<Report> SqliteActivityStore::reports()
     return result;
 }
 
-bool SqliteActivityStore::addHit(const QJsonObject &fields)
+bool SqlActivityStore::addHit(const QJsonObject &fields)
 {
     SqlStatement insert(*m_db, "INSERT INTO hits (received_at, fields) VALUES (?, ?)");
     return insert.bind(1, now()).bind(2, JsonColumn::text(fields)).exec();
 }
 
-QList<QJsonObject> SqliteActivityStore::hits()
+QList<QJsonObject> SqlActivityStore::hits()
 {
     QList<QJsonObject> result;
     SqlStatement select(*m_db, "SELECT received_at, fields FROM hits ORDER BY id");
@@ -50,7 +50,7 @@ QList<QJsonObject> SqliteActivityStore::hits()
     return result;
 }
 
-bool SqliteActivityStore::addDownload(const DownloadRecord &download)
+bool SqlActivityStore::addDownload(const DownloadRecord &download)
 {
     SqlStatement insert(*m_db, "INSERT INTO downloads (received_at, app_id, digest, login, installation, serial)"
                                " VALUES (?, ?, ?, ?, ?, ?)");
@@ -58,7 +58,7 @@ bool SqliteActivityStore::addDownload(const DownloadRecord &download)
     return insert.bind(5, download.installation).bind(6, download.serial).exec();
 }
 
-qint64 SqliteActivityStore::downloadCount(const QString &appId)
+qint64 SqlActivityStore::downloadCount(const QString &appId)
 {
     SqlStatement select(*m_db, "SELECT COUNT(*) FROM downloads WHERE app_id = ?");
     return select.bind(1, appId.toLongLong()).next() ? select.integer(0) : 0;

@@ -1,4 +1,4 @@
-#include "storage/SqliteStores.h"
+#include "storage/SqlStores.h"
 
 #include <QCryptographicHash>
 
@@ -30,7 +30,7 @@ Member memberFromRow(const SqlStatement &row)
     return member;
 }
 
-bool emailTaken(SqliteDatabase &db, const QString &email, qint64 exceptId)
+bool emailTaken(SqlDatabase &db, const QString &email, qint64 exceptId)
 {
     SqlStatement select(db, "SELECT id FROM members WHERE email_folded = ? AND id <> ?");
     return select.bind(1, email.toLower()).bind(2, exceptId).next();
@@ -38,7 +38,7 @@ bool emailTaken(SqliteDatabase &db, const QString &email, qint64 exceptId)
 
 } // namespace
 
-std::optional<Member> SqliteMemberStore::addMember(const Member &member, QString *error)
+std::optional<Member> SqlMemberStore::addMember(const Member &member, QString *error)
 {
     SqlTransaction transaction(*m_db);
     if (!transaction.isOpen() || emailTaken(*m_db, member.email, 0)) {
@@ -49,17 +49,19 @@ std::optional<Member> SqliteMemberStore::addMember(const Member &member, QString
     SqlStatement insert(*m_db,
                         "INSERT INTO members (email, email_folded, email_digest, email_folded_digest, id_digest,"
                         " sealed_password, first_name, last_name, address, city, state, zip, country,"
-                        " created_on, utmz, token_digest) VALUES (?, ?, ?, ?, '', ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, '')");
+                        " created_on, utmz, token_digest) VALUES (?, ?, ?, ?, '', ?, ?, ?, ?, ?, ?, ?, ?, ?, ?, '')"
+                        " RETURNING id");
     insert.bind(1, member.email).bind(2, member.email.toLower()).bind(3, md5Hex(member.email));
     insert.bind(4, md5Hex(member.email.toLower())).bind(5, member.sealedPassword).bind(6, member.first);
     insert.bind(7, member.last).bind(8, member.address).bind(9, member.city).bind(10, member.state);
     insert.bind(11, member.zip).bind(12, member.country).bind(13, member.createdOn).bind(14, member.utmz);
-    if (!insert.exec()) {
+    const std::optional<qint64> id = insert.insertedId();
+    if (!id) {
         *error = m_db->lastError();
         return std::nullopt;
     }
     Member added = member;
-    added.id = m_db->lastInsertId();
+    added.id = *id;
     // The watch-list paths name a member by the MD5 of the decimal id, known only once the row exists.
     SqlStatement digest(*m_db, "UPDATE members SET id_digest = ? WHERE id = ?");
     if (!digest.bind(1, md5Hex(QString::number(added.id))).bind(2, added.id).exec() || !transaction.commit()) {
@@ -70,7 +72,7 @@ std::optional<Member> SqliteMemberStore::addMember(const Member &member, QString
 }
 
 template <typename... Values>
-std::optional<Member> SqliteMemberStore::memberWhere(const char *condition, const Values &...values)
+std::optional<Member> SqlMemberStore::memberWhere(const char *condition, const Values &...values)
 {
     const QByteArray sql = QByteArray("SELECT ") + memberColumns + " FROM members WHERE " + condition;
     SqlStatement select(*m_db, sql.constData());
@@ -81,22 +83,22 @@ std::optional<Member> SqliteMemberStore::memberWhere(const char *condition, cons
     return memberFromRow(select);
 }
 
-std::optional<Member> SqliteMemberStore::memberById(qint64 id)
+std::optional<Member> SqlMemberStore::memberById(qint64 id)
 {
     return memberWhere("id = ?", id);
 }
 
-std::optional<Member> SqliteMemberStore::memberByEmailDigest(const QString &md5Hex)
+std::optional<Member> SqlMemberStore::memberByEmailDigest(const QString &md5Hex)
 {
     return memberWhere("email_digest = ? OR email_folded_digest = ?", md5Hex.toLower(), md5Hex.toLower());
 }
 
-std::optional<Member> SqliteMemberStore::memberByIdDigest(const QString &md5Hex)
+std::optional<Member> SqlMemberStore::memberByIdDigest(const QString &md5Hex)
 {
     return memberWhere("id_digest = ?", md5Hex.toLower());
 }
 
-bool SqliteMemberStore::updateProfile(const Member &member, QString *error)
+bool SqlMemberStore::updateProfile(const Member &member, QString *error)
 {
     SqlTransaction transaction(*m_db);
     if (!transaction.isOpen() || emailTaken(*m_db, member.email, member.id)) {
@@ -111,20 +113,20 @@ bool SqliteMemberStore::updateProfile(const Member &member, QString *error)
     update.bind(4, md5Hex(member.email.toLower())).bind(5, member.first).bind(6, member.last);
     update.bind(7, member.address).bind(8, member.city).bind(9, member.state).bind(10, member.zip);
     update.bind(11, member.country).bind(12, member.id);
-    if (!update.exec() || m_db->changes() != 1 || !transaction.commit()) {
+    if (!update.exec() || update.changes() != 1 || !transaction.commit()) {
         *error = QStringLiteral("unknown member");
         return false;
     }
     return true;
 }
 
-bool SqliteMemberStore::setTokenDigest(qint64 memberId, const QString &tokenDigest)
+bool SqlMemberStore::setTokenDigest(qint64 memberId, const QString &tokenDigest)
 {
     SqlStatement update(*m_db, "UPDATE members SET token_digest = ? WHERE id = ?");
-    return update.bind(1, tokenDigest).bind(2, memberId).exec() && m_db->changes() == 1;
+    return update.bind(1, tokenDigest).bind(2, memberId).exec() && update.changes() == 1;
 }
 
-QString SqliteMemberStore::tokenDigest(qint64 memberId)
+QString SqlMemberStore::tokenDigest(qint64 memberId)
 {
     SqlStatement select(*m_db, "SELECT token_digest FROM members WHERE id = ?");
     return select.bind(1, memberId).next() ? select.text(0) : QString();
