@@ -75,9 +75,10 @@ bool update(const QString &url, const QString &hash)
     app->download_url = url;
     app->filehash = hash;
     app->downloadPath = app->createDownloadPath();
-    VLAppDownload download(app);
+    UpdateState state;
+    VLAppDownload download(app, state);
     download.download();
-    return !app->didFail;
+    return !state.hasFailed();
 }
 
 struct Series

@@ -23,11 +23,11 @@ void CliFeedback::showAlert(const QString &message, const QString &informativeTe
     m_err << "error: " << message << ": " << informativeText << Qt::endl;
 }
 
-void CliFeedback::showSystemNotification(const QString &title, const QString &informativeText, const QString &)
+void CliFeedback::showNotice(const SystemNotice &notice)
 {
     const QMutexLocker lock(&m_mutex);
     stepAside();
-    m_err << "notice: " << title << ": " << informativeText << Qt::endl;
+    m_err << "notice: " << notice.title << ": " << notice.informativeText << Qt::endl;
 }
 
 bool CliFeedback::askQuestion(const QString &message, const QString &informativeText, const QString &yesButton,

@@ -19,8 +19,6 @@ public:
     ~CliFeedback() override;
 
     void showAlert(const QString &message, const QString &informativeText) override;
-    void showSystemNotification(const QString &title, const QString &informativeText, const QString &button) override;
-
     bool askQuestion(const QString &message, const QString &informativeText, const QString &yesButton,
                      const QString &noButton) override;
 
@@ -30,6 +28,9 @@ public:
     QRecursiveMutex &outputLock() { return m_mutex; }
     // Called before each message is printed (progress bars step aside); set before the threads start.
     void setBeforePrinting(std::function<void()> beforePrinting) { m_beforePrinting = std::move(beforePrinting); }
+
+protected:
+    void showNotice(const SystemNotice &notice) override;
 
 private:
     void stepAside();

@@ -1,7 +1,9 @@
 #include "cli/DaemonCommand.h"
 
 #include "cli/CliFeedback.h"
+#include "cli/DesktopFeedback.h"
 #include "platform/TerminationSignals.h"
+#include "scan/NotificationClicks.h"
 #include "scan/VLAppDelegate.h"
 #include "scan/VLMainWindowController.h"
 
@@ -33,8 +35,10 @@ QString DaemonCommand::help() const
                    "\n"
                    "Runs as the desktop program does without its windows: checks at start when the stored scan is\n"
                    "older than four hours, then in the background every 3,400 seconds, keeps the login item in step\n"
-                   "with the setting startupItem, and prints notifications on stderr. SIGTERM or Ctrl-C ends it after\n"
-                   "the running step. --login-item marks a start by the login item, which never forces a scan.\n");
+                   "with the setting startupItem, and prints notifications on stderr; in a desktop session with a\n"
+                   "notification server they are shown there too, and a click on one is acted on. SIGTERM or Ctrl-C\n"
+                   "ends it after the running step. --login-item marks a start by the login item, which never forces\n"
+                   "a scan.\n");
 }
 
 int DaemonCommand::execute(const QStringList &arguments, CommandContext &ctx)
@@ -44,7 +48,10 @@ int DaemonCommand::execute(const QStringList &arguments, CommandContext &ctx)
         ctx.err << "error: " << Cli::tr("unexpected argument %1").arg(arguments.first()) << "\n\n" << help();
         return ExitUsage;
     }
-    CliFeedback feedback(ctx.err);
+    // In a desktop session notices are also shown on the desktop, where a click acts on them.
+    std::unique_ptr<CliFeedback> feedback(DesktopNotifications::serverPresent() ? new DesktopFeedback(ctx.err)
+                                                                                : new CliFeedback(ctx.err));
+    NotificationClicks clicks;
     QEventLoop loop;
     TerminationSignals termination;
     QObject::connect(&termination, &TerminationSignals::received, &loop, &QEventLoop::quit);

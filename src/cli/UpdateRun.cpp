@@ -3,10 +3,9 @@
 #include "cli/CliFeedback.h"
 #include "cli/CliProgressBoard.h"
 #include "cli/RecordLines.h"
+#include "install/UpdateRows.h"
 #include "install/VLUpdateAllQueue.h"
-#include "install/VLUpdateRunner.h"
 #include "platform/TerminationSignals.h"
-#include "platform/VLNotificationCenter.h"
 #include "scan/VLScanData.h"
 
 #include <QEventLoop>
@@ -25,54 +24,46 @@ int UpdateRun::run(const AppList &apps, bool asUpdateAll)
     CliProgressBoard board(m_ctx.err, feedback.outputLock(), isatty(STDERR_FILENO) != 0);
     feedback.setAnswerYes(m_answerYes);
     feedback.setBeforePrinting([&board] { board.finish(); });
-    QObject context;
-    VLNotificationCenter::defaultCenter().subscribe(
-        QStringLiteral("VLShowSystemNotification"), &context, [&feedback](const QVariant &object) {
-            const QStringList notice = object.toStringList();
-            feedback.showSystemNotification(notice.value(0), notice.value(1), notice.value(2));
-        });
     QEventLoop loop;
-    std::vector<std::unique_ptr<VLUpdateRunner>> runners;
-    QHash<VLApp *, UpdateOutcome> outcomes;
-    int running = 0;
-    VLUpdateAllQueue queue([&](const AppRef &app, std::function<void()> finished) {
-        VLUpdateRunner *runner = nullptr;
-        {
-            const QMutexLocker lock(&m_store.mutex());
-            runner = new VLUpdateRunner(app, board.add(app->displayName));
-        }
-        runners.emplace_back(runner);
-        ++running;
-        QObject::connect(runner, &VLUpdateRunner::finished, &loop, [&, runner, app, finished] {
-            outcomes.insert(app.get(), runner->outcome());
-            --running;
-            finished();
-            if (running == 0 && queue.updateAllApps().isEmpty()) {
-                loop.quit();
-            }
-        });
-        runner->start();
-    });
-    QObject::connect(&queue, &VLUpdateAllQueue::emptied, &loop, [&] {
-        if (running == 0) {
+    QHash<VLApp *, UpdateJob *> jobOf;
+    UpdateJobs jobs;
+    VLUpdateAllQueue queue(jobs);
+    // Done when nothing waits and every job has ended with its thread (a cancelled one turns until it sees the flag).
+    const auto quitWhenDone = [&] {
+        if (queue.updateAllApps().isEmpty() &&
+            std::all_of(jobOf.cbegin(), jobOf.cend(), [](const UpdateJob *job) { return job->isFinished(); })) {
             loop.quit();
         }
+    };
+    QObject::connect(&jobs, &UpdateJobs::added, &loop, [&](UpdateJob *job) {
+        jobOf.insert(job->app().get(), job);
+        UpdateRows::follow(*job, *board.add(job->app()->displayName));
+        QObject::connect(job, &UpdateJob::finished, &loop, quitWhenDone);
     });
+    QObject::connect(&queue, &VLUpdateAllQueue::emptied, &loop, quitWhenDone);
     // Ctrl-C cancels what runs and what waits; the stored scan still learns what was installed before.
     TerminationSignals termination;
     QObject::connect(&termination, &TerminationSignals::received, &queue, &VLUpdateAllQueue::cancelUpdateAll);
-
-    if (asUpdateAll) {
-        queue.updateAll(apps);
-    } else {
-        queue.addToQueue(apps);
+    {
+        const QMutexLocker lock(&m_store.mutex());
+        if (asUpdateAll) {
+            queue.updateAll(apps);
+        } else {
+            queue.addToQueue(apps);
+        }
     }
-    if (running > 0 || !queue.updateAllApps().isEmpty()) {
+    if (!queue.updateAllApps().isEmpty()) {
         loop.exec();
     }
     board.finish();
     feedback.setBeforePrinting({}); // the board goes first
 
+    QHash<VLApp *, UpdateOutcome> outcomes;
+    for (auto job = jobOf.cbegin(); job != jobOf.cend(); ++job) {
+        if (job.value()->isFinished()) {
+            outcomes.insert(job.key(), job.value()->outcome());
+        }
+    }
     const bool saved = applyToStore(outcomes, apps);
     bool allInstalled = saved;
     for (const AppRef &app : apps) {
@@ -81,18 +72,19 @@ int UpdateRun::run(const AppList &apps, bool asUpdateAll)
             m_ctx.out << recordLine({app->displayName, app->localVersion, outcome.installedPath}) << '\n';
             continue;
         }
+        const UpdateJob *job = jobOf.value(app.get());
         // An app left out on purpose is no failure: the run succeeds when every update that ran did.
         if (VLUpdateAllQueue::leavesOut(*app) || outcome.skipped) {
-            const QString reason =
-                outcome.skipped ? app->failMessage.load() : Cli::tr("this app is never updated from here");
+            const QString reason = outcome.skipped && job ? job->failMessage()
+                                                          : Cli::tr("this app is never updated from here");
             m_ctx.err << "skipped: " << app->displayName << ": " << reason << '\n';
             continue;
         }
         allInstalled = false;
-        QString reason = app->failMessage;
-        if (!outcomes.contains(app.get())) {
+        QString reason = job ? job->failMessage() : QString();
+        if (!outcomes.contains(app.get()) || !job) {
             reason = Cli::tr("not updated");
-        } else if (app->didCancel) {
+        } else if (job->status() == UpdateStatus::Cancelled) {
             reason = Cli::tr("canceled");
         } else if (reason.isEmpty()) {
             reason = Cli::tr("nothing was installed");

@@ -11,7 +11,7 @@
 
 #include <unistd.h>
 
-QuitAndRelaunchGate::QuitAndRelaunchGate(VLApp *app, const QString &vlID) : m_app(app), m_vlID(vlID) {}
+QuitAndRelaunchGate::QuitAndRelaunchGate(UpdateState *state, const QString &vlID) : m_state(state), m_vlID(vlID) {}
 
 bool QuitAndRelaunchGate::prepareToReplace(const QString &target)
 {
@@ -26,8 +26,8 @@ bool QuitAndRelaunchGate::prepareToReplace(const QString &target)
                                        [](const RunningProcess &process) { return process.owner != geteuid(); });
     if (othersRun) {
         vlLog(QStringLiteral("installation skipped, %1 is running for another user").arg(target));
-        if (m_app) {
-            VLAppDownload::setFailure(*m_app, m_vlID,
+        if (m_state) {
+            VLAppDownload::setFailure(*m_state, m_vlID,
                                       tr("Installation skipped: %1 is running for another user").arg(appName));
         }
         return false;
@@ -38,8 +38,8 @@ bool QuitAndRelaunchGate::prepareToReplace(const QString &target)
     if (!quit) {
         m_declined = true;
         vlLog(QStringLiteral("installation skipped, %1 is running").arg(target));
-        if (m_app) {
-            VLAppDownload::setFailure(*m_app, m_vlID, tr("Installation skipped: %1 is running").arg(appName));
+        if (m_state) {
+            VLAppDownload::setFailure(*m_state, m_vlID, tr("Installation skipped: %1 is running").arg(appName));
         }
         return false;
     }
@@ -54,8 +54,9 @@ bool QuitAndRelaunchGate::prepareToReplace(const QString &target)
     }
     if (!allQuit) {
         relaunchQuit(QString()); // nothing is replaced: what did quit comes back as it was
-        if (m_app) {
-            VLAppDownload::setFailure(*m_app, m_vlID, tr("%1 did not quit; the update was not installed").arg(appName));
+        if (m_state) {
+            VLAppDownload::setFailure(*m_state, m_vlID,
+                                      tr("%1 did not quit; the update was not installed").arg(appName));
         }
         return false;
     }

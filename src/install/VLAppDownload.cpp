@@ -4,7 +4,6 @@
 #include "install/FileHash.h"
 #include "install/KeptDownload.h"
 #include "install/StagingLeftovers.h"
-#include "install/UpdateRows.h"
 #include "install/VLInstaller.h"
 #include "model/StringUtils.h"
 #include "platform/AppPaths.h"
@@ -12,6 +11,7 @@
 #include "platform/FileLock.h"
 #include "platform/HttpDownload.h"
 #include "platform/Log.h"
+#include "platform/UserFeedback.h"
 #include "platform/VLNotificationCenter.h"
 #include "platform/VLSettings.h"
 #include "platform/WebRequest.h"
@@ -23,8 +23,6 @@
 #include <QFileInfo>
 #include <QThread>
 #include <QThreadPool>
-
-#include <cmath>
 
 namespace {
 
@@ -42,11 +40,6 @@ void setHeader(HttpHeaders &headers, const QByteArray &name, const QByteArray &v
 {
     headers.removeIf([&name](const auto &header) { return header.first.compare(name, Qt::CaseInsensitive) == 0; });
     headers.append({name, value});
-}
-
-QVariant recordObject(VLApp &app)
-{
-    return QVariant::fromValue(&app);
 }
 
 // A failure text with the reason a tool or a bound gave, when there is one.
@@ -86,8 +79,8 @@ VLAppDownload::InstallKind VLAppDownload::installKindFor(const QString &file)
     return InstallKind::None;
 }
 
-VLAppDownload::VLAppDownload(std::shared_ptr<VLApp> app, UpdateRows *rows, RunningAppGate *gate)
-    : m_app(std::move(app)), m_rows(rows), m_gate(gate), m_vlID(m_app->vlID), m_digest(m_app->digestString),
+VLAppDownload::VLAppDownload(std::shared_ptr<VLApp> app, UpdateState &state, RunningAppGate *gate)
+    : m_app(std::move(app)), m_state(state), m_gate(gate), m_vlID(m_app->vlID), m_digest(m_app->digestString),
       m_downloadFolder(m_app->createDownloadPath()), m_name(m_app->name), m_displayName(m_app->displayName),
       m_downloadURL(m_app->download_url), m_filehash(m_app->filehash), m_fileSize(m_app->fileSize),
       m_localPath(m_app->localPath), m_installerRecord(*m_app)
@@ -100,35 +93,21 @@ VLAppDownload::VLAppDownload(std::shared_ptr<VLApp> app, UpdateRows *rows, Runni
 
 void VLAppDownload::download()
 {
-    VLApp &app = *m_app;
     // The record's folder is this update's alone: another update of the same app, in this process or another, has
     // to end first.
     const QString temporary = AppPaths::privateTempFolder();
     FileLock updating(temporary + QLatin1Char('/') + m_digest + QStringLiteral(".lock"));
     if (!temporary.isEmpty() && !m_digest.isEmpty() && !m_digest.contains(QLatin1Char('/')) && !updating.lock(0)) {
         setFailure(tr("An update of %1 is already running").arg(m_displayName));
-        VLNotificationCenter::defaultCenter().post(QStringLiteral("VLDownloadFailed"), recordObject(app));
+        VLNotificationCenter::defaultCenter().post(QStringLiteral("VLDownloadFailed"),
+                                                   QVariant::fromValue(m_app.get()));
         return;
     }
     if (QDir::isAbsolutePath(m_localPath)) {
         StagingLeftovers::clearBeside(m_localPath);
     }
-    // Each update starts in an empty private folder: nothing left by an earlier one is unpacked by mistake. Only what
-    // lies in our own temporary folder is ever deleted here.
-    const QString inTemporary = AppPaths::privateTempFolderName() + QLatin1Char('/');
-    if (app.downloadPath.startsWith(inTemporary) && app.downloadPath.size() > inTemporary.size() &&
-        !app.downloadPath.contains(QLatin1String("/.."))) {
-        cleanUp(app.downloadPath);
-    }
-    app.downloadPath = m_downloadFolder;
+    m_downloadPath = m_downloadFolder;
     VLGoogleTracking::trackProgramEvent(QStringLiteral("UPDATE_APP"), m_vlID, m_vlID);
-    app.didStartReceivingContent = false;
-    app.didCancel = false;
-    app.didFail = false;
-    app.failMessage = QString();
-    app.isDownloading = true;
-    app.percentDownloaded = 0.0;
-
     if (m_watchListRecord) {
         QThreadPool::globalInstance()->start([record = *m_watchListRecord] {
             QThread::msleep(kWatchListDelayMs);
@@ -137,14 +116,10 @@ void VLAppDownload::download()
     }
     sendDownloadRecord();
 
-    if (m_rows) {
-        m_rows->hideFieldsShowProgressBar();
-        m_rows->updateMainProgressBar(0.0);
-        m_rows->updateProgressBar(0.01);
-    }
+    // Each update starts in an empty private folder: nothing left by an earlier one is unpacked by mistake.
     if (!prepareFolder()) {
         setFailure(tr("Problem saving download file"));
-    } else if (const QString file = fetch(); !file.isEmpty() && !app.didCancel) {
+    } else if (const QString file = fetch(); !file.isEmpty() && !m_state.isCancelled()) {
         downloadDidFinish(file);
     }
     // Nothing of the update stays behind, whatever its end: not the download, not what was unpacked from it. An
@@ -152,14 +127,10 @@ void VLAppDownload::download()
     if (!m_keepsDownload) {
         cleanUp(m_downloadFolder);
     }
-    app.isDownloading = false;
-    app.isInstalling = false;
-    if (m_rows) {
-        m_rows->hideProgressBarShowFields(app.percentDownloaded);
-    }
-    if (app.didFail) {
-        VLNotificationCenter::defaultCenter().post(QStringLiteral("VLDownloadFailed"), recordObject(app));
-        vlLog(QStringLiteral("canceled download run loop due to failure - %1").arg(app.failMessage.load()));
+    if (m_state.hasFailed()) {
+        VLNotificationCenter::defaultCenter().post(QStringLiteral("VLDownloadFailed"),
+                                                   QVariant::fromValue(m_app.get()));
+        vlLog(QStringLiteral("canceled download run loop due to failure - %1").arg(m_state.failMessage()));
     }
 }
 
@@ -188,7 +159,6 @@ bool VLAppDownload::prepareFolder()
 
 QString VLAppDownload::fetch()
 {
-    VLApp &app = *m_app;
     const QUrl url(m_downloadURL.trimmed(), QUrl::StrictMode);
     if (!url.isValid() || url.isRelative()) {
         vlLog(QStringLiteral("no download url for %1").arg(m_displayName));
@@ -197,9 +167,9 @@ QString VLAppDownload::fetch()
     const VLSettings settings;
     DownloadRequest request;
     request.url = url;
-    request.folder = app.downloadPath;
+    request.folder = m_downloadPath;
     DownloadBounds::apply(request, m_fileSize);
-    request.cancel = &app.didCancel;
+    request.cancel = m_state.cancelFlag();
     request.headers.append({QByteArrayLiteral("User-Agent"), kUserAgent});
     if (!m_downloadURL.contains(QLatin1String("sourceforge"))) {
         request.headers.append(
@@ -221,13 +191,13 @@ QString VLAppDownload::fetch()
             }
         });
         QObject::connect(&transfer, &HttpDownload::progress, &transfer,
-                         [this](qint64 received, qint64 expected) { takeProgress(received, expected); });
+                         [this](qint64 received, qint64) { takeProgress(received); });
         const DownloadResult result = transfer.run();
         if (!result.filePath.isEmpty()) {
-            app.downloadPath = result.filePath;
+            m_downloadPath = result.filePath;
             request.fileName = QFileInfo(result.filePath).fileName();
         }
-        if (m_pageRejected || app.didCancel || result.outcome == DownloadResult::Outcome::Canceled) {
+        if (m_pageRejected || m_state.isCancelled() || result.outcome == DownloadResult::Outcome::Canceled) {
             return {};
         }
         if (result.finished()) {
@@ -249,9 +219,8 @@ bool VLAppDownload::takeResponse(const DownloadResult &result)
         rejectPage();
         return false;
     }
-    m_app->downloadPath = result.filePath;
-    m_app->expectedContentLength = result.expected > 0 ? result.expected : kUnknownLength;
-    m_app->receivedContentLength = result.received;
+    m_downloadPath = result.filePath;
+    m_expectedContentLength = result.expected > 0 ? result.expected : kUnknownLength;
     return true;
 }
 
@@ -259,8 +228,6 @@ void VLAppDownload::rejectPage()
 {
     m_pageRejected = true;
     m_outcome.opensInWindow = true;
-    m_app->isDownloading = false;
-    m_app->isInstalling = false;
     setFailure(tr("No direct download found"));
 }
 
@@ -273,8 +240,6 @@ void VLAppDownload::failTransfer(const DownloadResult &result)
                   .arg(result.status)
                   .arg(result.finalUrl.toString()));
         m_outcome.opensInWindow = true;
-        m_app->isDownloading = false;
-        m_app->isInstalling = false;
         setFailure(tr("Download - 404 Not Found"));
     } else {
         vlLog(QStringLiteral("didFailWithError %1").arg(result.errorText));
@@ -282,39 +247,19 @@ void VLAppDownload::failTransfer(const DownloadResult &result)
     }
 }
 
-void VLAppDownload::takeProgress(qint64 received, qint64)
+void VLAppDownload::takeProgress(qint64 received)
 {
-    VLApp &app = *m_app;
-    if (app.expectedContentLength < 1) {
-        app.expectedContentLength = kUnknownLength;
+    if (m_expectedContentLength < 1) {
+        m_expectedContentLength = kUnknownLength;
     }
-    app.receivedContentLength = received;
-    const double fraction = double(received) / double(app.expectedContentLength.load());
+    const double fraction = double(received) / double(m_expectedContentLength);
     if (fraction >= 0.0001) {
-        app.percentDownloaded = fraction;
-        if (received > 0) {
-            app.didStartReceivingContent = true;
-        }
+        m_state.setProgress(fraction);
     }
-    showProgress();
-}
-
-void VLAppDownload::showProgress()
-{
-    const double percent = m_app->percentDownloaded;
-    if (!m_rows || (percent == m_shownProgress && !std::isnan(percent))) {
-        return;
-    }
-    m_shownProgress = percent;
-    // A bar that stays empty looks stuck: the first few percent are nudged forward.
-    const double shown = percent < 0.07 ? percent + 0.003 : percent;
-    m_rows->updateMainProgressBar(shown);
-    m_rows->updateProgressBar(shown);
 }
 
 void VLAppDownload::downloadDidFinish(const QString &file)
 {
-    VLApp &app = *m_app;
     if (!m_filehash.isEmpty() && !FileHash::matches(file, m_filehash)) {
         vlLog(QStringLiteral("download hash mismatch %1").arg(file));
         cleanUp(file);
@@ -325,13 +270,12 @@ void VLAppDownload::downloadDidFinish(const QString &file)
     if (settings.boolValue(SettingKey::keepDownload)) {
         KeptDownload::keep(file, settings);
     }
-    if (m_rows) {
-        m_rows->disableCancelButtons();
+    if (!m_state.step(UpdateStep::Install)) {
+        return; // cancelled just now
     }
-    app.isInstalling = true;
-    app.isDownloading = false;
     VLInstaller installer;
     installer.setSenderApp(&m_installerRecord);
+    installer.setUpdateState(&m_state);
     installer.setRunningAppGate(m_gate);
     switch (installKindFor(file)) {
     case InstallKind::DiskImage:
@@ -361,8 +305,7 @@ void VLAppDownload::downloadDidFinish(const QString &file)
             setFailure(withReason(tr("Error extracting tgz file"), installer.unpackFailure()));
         } else {
             installFrom(installer, folder);
-            app.didFail = false;
-            m_installerRecord.didFail = false;
+            m_state.clearFailure();
         }
         cleanUp(file);
         break;
@@ -389,15 +332,10 @@ void VLAppDownload::downloadDidFinish(const QString &file)
         break;
     }
     takeInstallerVerdict();
-    app.isInstalling = false;
 }
 
 void VLAppDownload::takeInstallerVerdict()
 {
-    if (m_installerRecord.didFail && !m_app->didFail) {
-        m_app->failMessage = m_installerRecord.failMessage.load();
-        m_app->didFail = true;
-    }
     if (m_installerRecord.name != m_name || m_installerRecord.displayName != m_displayName) {
         m_outcome.name = m_installerRecord.name;
         m_outcome.displayName = m_installerRecord.displayName;
@@ -420,11 +358,14 @@ void VLAppDownload::mountAndInstallFromDMG(VLInstaller &installer, const QString
 {
     const QString mountPoint = installer.mountDMG(file);
     if (mountPoint.isEmpty()) {
-        return; // the installer has said why
+        // The installer has logged why; the user learns that the image would not open, and nothing of it stays.
+        setFailure(tr("Problem installing from DMG"));
+        installer.cleanUp(file);
+        return;
     }
     if (installFrom(installer, mountPoint)) {
         cleanUp(file);
-    } else if (!m_app->didFail && !m_installerRecord.didFail) {
+    } else if (!m_state.hasFailed()) {
         setFailure(tr("Problem installing from DMG"));
     }
     installer.unmount(mountPoint, file);
@@ -443,34 +384,22 @@ void VLAppDownload::installFromPKG(VLInstaller &installer, const QString &file)
     }
     m_localPath = installed;
     m_outcome.installedPath = installed;
-    VLNotificationCenter::defaultCenter().post(
-        QStringLiteral("VLShowSystemNotification"),
-        QStringList{tr("Install Complete"), m_displayName + tr(" has been installed"), tr("Launch")});
+    UserFeedback::current().showSystemNotification(tr("Install Complete"), m_displayName + tr(" has been installed"),
+                                                   tr("Launch"), {{QStringLiteral("vldinfo"), installed}});
 }
 
 void VLAppDownload::updateCompleteNotification()
 {
     VLGoogleTracking::trackProgramEvent(QStringLiteral("INSTALL_COMPLETED_SUSSESS"), m_vlID, m_vlID);
     if (VLSettings().boolValue(SettingKey::showUpdatesNotification)) {
-        VLNotificationCenter::defaultCenter().post(
-            QStringLiteral("VLShowSystemNotification"),
-            QStringList{tr("Update Complete"), m_displayName + tr(" has been updated"), tr("Launch"), m_localPath});
+        UserFeedback::current().showSystemNotification(tr("Update Complete"), m_displayName + tr(" has been updated"),
+                                                       tr("Launch"), {{QStringLiteral("vldinfo"), m_localPath}});
     }
 }
 
-void VLAppDownload::cancelUpdate(VLApp &app)
+void VLAppDownload::setFailure(UpdateState &state, const QString &vlID, const QString &message)
 {
-    VLGoogleTracking::trackProgramEvent(QStringLiteral("CANCEL_UPDATE_APP"));
-    app.didCancel = true;
-    app.isDownloading = false;
-    app.isInstalling = false;
-    VLNotificationCenter::defaultCenter().post(QStringLiteral("VLDownloadCanceled"), recordObject(app));
-}
-
-void VLAppDownload::setFailure(VLApp &app, const QString &vlID, const QString &message)
-{
-    app.didFail = true;
-    app.failMessage = message;
+    state.fail(message);
     VLGoogleTracking::trackProgramEvent(QStringLiteral("FAIL_UPDATE_APP"), vlID, vlID);
     VLNotificationCenter::defaultCenter().post(QStringLiteral("VLDownloadFailed"));
 }

@@ -1,14 +1,15 @@
 #pragma once
 
-// The update of one record: fetches the newest version's file from the catalogue's download URL into the record's
+// The work of one update: fetches the newest version's file from the catalogue's download URL into the record's
 // private temporary folder, checks it against the catalogue's "filehash", and hands it to the installer by its
 // kind. download() blocks until the update has failed, been cancelled or been installed: run it on the update's
-// worker thread (its event loop turns while it waits).
+// worker thread (its event loop turns while it waits). The job that runs it (UpdateJob) shows it.
 //
-// The worker changes only the record's download and installation state; what the record's owner must apply (the new
-// localPath, the catalogue's word that the link opens a page) comes back in outcome(), for the owner to apply under
-// its list's lock (applyOutcome).
+// The worker never changes the record: its progress, phase and failure go into the update's state, and what the
+// record's owner must apply (the new localPath, the catalogue's word that the link opens a page) comes back in
+// outcome(), for the owner to apply under its list's lock (applyOutcome).
 
+#include "install/UpdateState.h"
 #include "model/VLApp.h"
 
 #include <QCoreApplication>
@@ -18,7 +19,6 @@
 #include <optional>
 
 class RunningAppGate;
-class UpdateRows;
 class VLInstaller;
 struct DownloadResult;
 
@@ -45,23 +45,23 @@ public:
     static InstallKind installKindFor(const QString &file);
 
     // Made on the thread that owns the record's list, under its lock: the catalogue's facts are read here, once.
-    // rows and gate may be null; both must outlive the update.
-    explicit VLAppDownload(std::shared_ptr<VLApp> app, UpdateRows *rows = nullptr, RunningAppGate *gate = nullptr);
+    // gate may be null; state and gate must outlive the update.
+    VLAppDownload(std::shared_ptr<VLApp> app, UpdateState &state, RunningAppGate *gate = nullptr);
 
     void download();
     const UpdateOutcome &outcome() const { return m_outcome; }
+    // The downloaded file once it has arrived, else the record's download folder.
+    const QString &downloadPath() const { return m_downloadPath; }
 
-    // Stops the record's running update, from any thread.
-    static void cancelUpdate(VLApp &app);
-    // Records a failure on the record and tells whoever listens ("VLDownloadFailed"); vlID labels the event.
-    static void setFailure(VLApp &app, const QString &vlID, const QString &message);
+    // Records a failure of the update and tells whoever listens ("VLDownloadFailed"); vlID labels the event.
+    static void setFailure(UpdateState &state, const QString &vlID, const QString &message);
     // Takes what an update learnt into the record; the caller holds the record's list lock.
     static void applyOutcome(VLApp &app, const UpdateOutcome &outcome);
     // Deletes the file or folder at path, if any; errors are ignored.
     static void cleanUp(const QString &path);
 
 private:
-    void setFailure(const QString &message) { setFailure(*m_app, m_vlID, message); }
+    void setFailure(const QString &message) { setFailure(m_state, m_vlID, message); }
     bool prepareFolder();
     void sendDownloadRecord() const;
     // The file, continued from where a broken transfer stopped; "" when it did not arrive whole.
@@ -69,18 +69,17 @@ private:
     bool takeResponse(const DownloadResult &result);
     void rejectPage();
     void failTransfer(const DownloadResult &result);
-    void takeProgress(qint64 received, qint64 expected);
-    void showProgress();
+    void takeProgress(qint64 received);
     void downloadDidFinish(const QString &file);
     bool installFrom(VLInstaller &installer, const QString &folder);
     void mountAndInstallFromDMG(VLInstaller &installer, const QString &file);
     void installFromPKG(VLInstaller &installer, const QString &file);
     void updateCompleteNotification();
-    // Takes the installer's verdict from its copy: a failure into the record, new names into the outcome.
+    // Takes the names the installer gave its copy of the record into the outcome.
     void takeInstallerVerdict();
 
     std::shared_ptr<VLApp> m_app;
-    UpdateRows *m_rows;
+    UpdateState &m_state;
     RunningAppGate *m_gate;
     UpdateOutcome m_outcome;
     // The record's catalogue facts as they were when the update began.
@@ -98,7 +97,8 @@ private:
     std::optional<VLApp> m_watchListRecord;
     // The record as the installer sees and changes it: a copy, since only the record's owner may change its names.
     VLApp m_installerRecord;
-    double m_shownProgress = -1.0;
+    QString m_downloadPath;
+    qint64 m_expectedContentLength = 0;
     bool m_pageRejected = false;
     // The download is handed to another program, which reads it after the update has ended.
     bool m_keepsDownload = false;

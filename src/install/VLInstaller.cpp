@@ -90,6 +90,11 @@ void VLInstaller::setRunningAppGate(RunningAppGate *gate)
     m_gate = gate;
 }
 
+void VLInstaller::setUpdateState(UpdateState *state)
+{
+    m_state = state;
+}
+
 QString VLInstaller::extractZIP(const QString &download)
 {
     QString file;

@@ -12,6 +12,7 @@
 #include <QStringList>
 
 class RunningAppGate;
+class UpdateState;
 class VLApp;
 
 class VLInstaller
@@ -23,6 +24,8 @@ public:
     VLApp *senderApp() const;
     // Asked around every replacement of an installed copy; may be null (the default).
     void setRunningAppGate(RunningAppGate *gate);
+    // The update this installation belongs to, which learns the installer's failures; may be null (the default).
+    void setUpdateState(UpdateState *state);
 
     // What unpacking may write, relative to each archive's size.
     void setUnpackLimits(const UnpackLimits &limits) { m_unpackLimits = limits; }
@@ -72,5 +75,6 @@ private:
     AuthHelper m_authhelper;
     VLApp *m_senderApp = nullptr;
     RunningAppGate *m_gate = nullptr;
+    UpdateState *m_state = nullptr;
     bool m_shouldInstall = true;
 };

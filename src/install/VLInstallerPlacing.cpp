@@ -3,6 +3,7 @@
 #include "install/FlatPackage.h"
 #include "install/Replacement.h"
 #include "install/RunningAppGate.h"
+#include "install/UpdateState.h"
 #include "install/VendorInstaller.h"
 #include "install/WorkFolder.h"
 #include "model/VLApp.h"
@@ -115,7 +116,8 @@ QString VLInstaller::handleBestMatch(const QString &best, const QString &localPa
     if (!checkIfAppIsRunningAndInstall(best, target)) {
         return {};
     }
-    if (m_senderApp && !m_senderApp->didFail && m_senderApp->localPath != target && lexists(m_senderApp->localPath)) {
+    if (m_senderApp && !(m_state && m_state->hasFailed()) && m_senderApp->localPath != target &&
+        lexists(m_senderApp->localPath)) {
         m_senderApp->name = lastComponent(m_senderApp->localPath);
         m_senderApp->displayName = m_senderApp->name;
     }
@@ -125,9 +127,8 @@ QString VLInstaller::handleBestMatch(const QString &best, const QString &localPa
 QString VLInstaller::installWithVendorInstaller(const QString &installer, const QString &localPath)
 {
     const auto failed = [this]() {
-        if (m_senderApp) {
-            m_senderApp->didFail = true;
-            m_senderApp->failMessage = QCoreApplication::translate("VLInstaller", "Installer did not complete");
+        if (m_state) {
+            m_state->fail(QCoreApplication::translate("VLInstaller", "Installer did not complete"));
         }
         return QString();
     };

@@ -1,6 +1,5 @@
 #include "install/VLUpdateAllQueue.h"
 
-#include "install/VLAppDownload.h"
 #include "model/AppJson.h"
 #include "platform/Log.h"
 #include "platform/VLNotificationCenter.h"
@@ -13,9 +12,9 @@
 
 namespace {
 
-bool isInProgress(const VLApp &app)
+bool isQueued(UpdateStatus status)
 {
-    return app.isDownloading || app.isInstalling;
+    return status == UpdateStatus::Queued;
 }
 
 // The records in the order the list shows them: by the field the list is sorted by, newest first for dates.
@@ -44,11 +43,16 @@ UpdateAllButton updateAllButtonState(int inProgress, int waiting)
     return inProgress == 0 && waiting > 0 ? UpdateAllButton::UpdateAll : UpdateAllButton::Cancel;
 }
 
-VLUpdateAllQueue::VLUpdateAllQueue(Starter starter, QObject *parent) : QObject(parent), m_starter(std::move(starter))
+VLUpdateAllQueue::VLUpdateAllQueue(UpdateJobs &jobs, QObject *parent) : QObject(parent), m_jobs(jobs)
 {
     m_checkForUpdateAllTimer.setSingleShot(true);
     m_checkForUpdateAllTimer.setInterval(kRecheckMs);
-    connect(&m_checkForUpdateAllTimer, &QTimer::timeout, this, &VLUpdateAllQueue::startWaitingBlock);
+    connect(&m_checkForUpdateAllTimer, &ClockTimer::timeout, this, &VLUpdateAllQueue::startWaitingBlock);
+    connect(&m_jobs, &UpdateJobs::removing, this,
+            [this](UpdateJob *job) { removeAppFromUpdateAllQueue(job->app().get()); });
+    VLNotificationCenter::defaultCenter().subscribe(
+        QStringLiteral("VLDownloadCanceled"), this,
+        [this](const QVariant &object) { removeAppFromUpdateAllQueueNotifiationHandler(object); });
 }
 
 void VLUpdateAllQueue::updateAll(Apps outdatedApps)
@@ -61,20 +65,21 @@ void VLUpdateAllQueue::updateAll(Apps outdatedApps)
 
 void VLUpdateAllQueue::addToQueue(const Apps &apps)
 {
-    {
-        const QMutexLocker lock(&m_mutex);
-        for (const auto &app : apps) {
-            if (isInProgress(*app)) {
-                continue; // already updating: neither reset nor queued twice
-            }
-            app->didCancel = false;
-            app->didFail = false;
-            app->isInstalling = false;
-            app->isDownloading = false;
-            if (!m_updateAllApps.contains(app) && !leavesOut(*app)) {
-                m_updateAllApps.append(app);
-            }
+    for (const auto &app : apps) {
+        if (leavesOut(*app)) {
+            continue;
         }
+        UpdateJob *job = m_jobs.add(app); // null: already queued or updating, and left so
+        if (!job) {
+            continue;
+        }
+        connect(job, &UpdateJob::statusChanged, this, [this, job](UpdateStatus status) {
+            if (isUpdateEnded(status)) {
+                removeAppFromUpdateAllQueue(job->app().get());
+            }
+        });
+        const QMutexLocker lock(&m_mutex);
+        m_updateAllApps.append(job);
     }
     startWaitingUpdates();
 }
@@ -82,22 +87,18 @@ void VLUpdateAllQueue::addToQueue(const Apps &apps)
 void VLUpdateAllQueue::startWaitingUpdates()
 {
     if (numberOfUpdatesInProgress() < kMaxInProgress) {
-        std::shared_ptr<VLApp> next;
+        UpdateJob *next = nullptr;
         {
             const QMutexLocker lock(&m_mutex);
-            const auto found = std::find_if(m_updateAllApps.cbegin(), m_updateAllApps.cend(), [](const auto &app) {
-                return !isInProgress(*app) && !app->didCancel && !app->didFail;
-            });
-            if (found != m_updateAllApps.cend()) {
-                next = *found;
-                // Counted as in progress at once, so the next turn does not start a fourth.
-                next->isDownloading = true;
-            }
+            const auto found = std::find_if(m_updateAllApps.cbegin(), m_updateAllApps.cend(),
+                                            [](const UpdateJob *job) { return isQueued(job->status()); });
+            next = found != m_updateAllApps.cend() ? *found : nullptr;
         }
         if (next) {
-            m_starter(next, [this, next] { removeAppFromUpdateAllQueue(next.get()); });
+            next->start();
         }
     }
+    // Every job counted as waiting is queued and can start, so this ends once the queue has drained.
     const int inProgress = numberOfUpdatesInProgress();
     const int waiting = numberOfUpdatesWaiting();
     emit buttonStateChanged(updateAllButtonState(inProgress, waiting));
@@ -115,20 +116,19 @@ void VLUpdateAllQueue::startWaitingBlock()
 
 int VLUpdateAllQueue::numberOfUpdatesInProgress() const
 {
-    const QMutexLocker lock(&m_mutex);
-    return countInProgress();
+    return count(isUpdateActive);
 }
 
 int VLUpdateAllQueue::numberOfUpdatesWaiting() const
 {
-    const QMutexLocker lock(&m_mutex);
-    return int(m_updateAllApps.size()) - countInProgress();
+    return count(isQueued);
 }
 
-int VLUpdateAllQueue::countInProgress() const
+int VLUpdateAllQueue::count(bool (*test)(UpdateStatus)) const
 {
+    const QMutexLocker lock(&m_mutex);
     return int(std::count_if(m_updateAllApps.cbegin(), m_updateAllApps.cend(),
-                             [](const auto &app) { return isInProgress(*app); }));
+                             [test](const UpdateJob *job) { return test(job->status()); }));
 }
 
 void VLUpdateAllQueue::cancelUpdateAll()
@@ -136,12 +136,13 @@ void VLUpdateAllQueue::cancelUpdateAll()
     VLGoogleTracking::trackProgramEvent(QStringLiteral("UPDATE_ALL_CANCELED"), QStringLiteral("UPDATE_ALL_CANCELED"),
                                         QStringLiteral("AUTO"));
     m_checkForUpdateAllTimer.stop();
+    QList<UpdateJob *> queued;
     {
         const QMutexLocker lock(&m_mutex);
-        for (const auto &app : std::as_const(m_updateAllApps)) {
-            VLAppDownload::cancelUpdate(*app);
-        }
-        m_updateAllApps.clear();
+        queued.swap(m_updateAllApps);
+    }
+    for (UpdateJob *job : std::as_const(queued)) {
+        job->cancel();
     }
     vlLog(QStringLiteral("canceled ()"));
     emit buttonStateChanged(updateAllButtonState(0, 0));
@@ -154,18 +155,34 @@ void VLUpdateAllQueue::removeAppFromUpdateAllQueue(const VLApp *app)
     bool removed = false;
     {
         const QMutexLocker lock(&m_mutex);
-        removed = m_updateAllApps.removeIf([app](const auto &queued) { return queued.get() == app; }) > 0;
+        removed = m_updateAllApps.removeIf([app](const UpdateJob *job) { return job->app().get() == app; }) > 0;
         empty = m_updateAllApps.isEmpty();
     }
+    if (!removed) {
+        return;
+    }
     VLNotificationCenter::defaultCenter().post(QStringLiteral("VLAppInstallCompletedReload"));
-    if (removed && empty) {
+    if (empty) {
         m_checkForUpdateAllTimer.stop();
         emit emptied();
+    } else {
+        startWaitingBlock(); // a place may have come free
+    }
+}
+
+void VLUpdateAllQueue::removeAppFromUpdateAllQueueNotifiationHandler(const QVariant &object)
+{
+    if (const auto *app = object.value<VLApp *>()) {
+        removeAppFromUpdateAllQueue(app);
     }
 }
 
 VLUpdateAllQueue::Apps VLUpdateAllQueue::updateAllApps() const
 {
     const QMutexLocker lock(&m_mutex);
-    return m_updateAllApps;
+    Apps apps;
+    for (const UpdateJob *job : m_updateAllApps) {
+        apps.append(job->app());
+    }
+    return apps;
 }

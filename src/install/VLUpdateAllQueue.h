@@ -1,18 +1,18 @@
 #pragma once
 
 // "Update All": every outdated record queued, at most three updating at once. New updates start one per turn of the
-// owner's event loop; while three run, the queue is looked at again every two seconds. Lives on the thread that owns
-// the records' list (the desktop program's UI thread, velmora-cli's main thread); the counts may be read from any
-// thread.
+// owner's event loop; while three run, the queue is looked at again every two seconds. A record leaves the queue
+// when its job ends, however it ends (done, failed, or cancelled from its row before or after it started), so what
+// waits can always start and the queue empties. Lives on the thread that owns the records' list and their jobs (the
+// desktop program's UI thread, velmora-cli's main thread); the counts may be read from any thread.
 
-#include "model/VLApp.h"
+#include "install/UpdateJobs.h"
+#include "platform/Clock.h"
 
 #include <QList>
 #include <QMutex>
 #include <QObject>
-#include <QTimer>
 
-#include <functional>
 #include <memory>
 
 // What the "Update All" button offers: start the queue, or cancel it. Nothing running and something waiting starts;
@@ -26,30 +26,32 @@ class VLUpdateAllQueue : public QObject
 
 public:
     using Apps = QList<std::shared_ptr<VLApp>>;
-    // Starts the update of app on a thread of its own and calls finished on the queue's thread when it has ended
-    // (the per-app update runner, or a stand-in).
-    using Starter = std::function<void(const std::shared_ptr<VLApp> &app, std::function<void()> finished)>;
 
     static constexpr int kMaxInProgress = 3;
     static constexpr int kRecheckMs = 2000;
     // This catalogue id is never queued.
     static constexpr char kNeverQueued[] = "8544";
 
-    explicit VLUpdateAllQueue(Starter starter, QObject *parent = nullptr);
+    // The queue makes its updates' jobs in jobs, which must outlive it.
+    explicit VLUpdateAllQueue(UpdateJobs &jobs, QObject *parent = nullptr);
 
     // The queue leaves this record out by rule, whatever it is asked.
     static bool leavesOut(const VLApp &app) { return app.vlID == QLatin1String(kNeverQueued); }
 
     // Queues the outdated records in the list's sort order (setting "listSort") and starts.
     void updateAll(Apps outdatedApps);
-    // Queues records in the order given and starts, as one app's own update does.
+    // Queues records in the order given and starts, as one app's own update does. A record whose update is queued or
+    // running already is left as it is. Call under the list's lock: the jobs read the records' catalogue facts.
     void addToQueue(const Apps &apps);
     void startWaitingUpdates();
     int numberOfUpdatesInProgress() const;
     int numberOfUpdatesWaiting() const;
     void cancelUpdateAll();
     void removeAppFromUpdateAllQueue(const VLApp *app);
+    // The listener of "VLDownloadCanceled": the cancelled record (the notification's object) leaves the queue.
+    void removeAppFromUpdateAllQueueNotifiationHandler(const QVariant &object);
     Apps updateAllApps() const;
+    bool isRecheckScheduled() const { return m_checkForUpdateAllTimer.isActive(); }
     UpdateAllButton buttonState() const
     {
         return updateAllButtonState(numberOfUpdatesInProgress(), numberOfUpdatesWaiting());
@@ -62,11 +64,10 @@ signals:
 
 private:
     void startWaitingBlock();
-    // The caller holds m_mutex.
-    int countInProgress() const;
+    int count(bool (*test)(UpdateStatus)) const;
 
-    Starter m_starter;
+    UpdateJobs &m_jobs;
     mutable QMutex m_mutex;
-    Apps m_updateAllApps;
-    QTimer m_checkForUpdateAllTimer;
+    QList<UpdateJob *> m_updateAllApps;
+    ClockTimer m_checkForUpdateAllTimer;
 };

@@ -4,15 +4,9 @@
 // Text fields use "-" for "not known" (in localPath: not installed) and "" for empty; a null QString is absent.
 //
 // Threads. A record is changed by the thread that owns the list it is in (the check driver's worker for the store;
-// the command's thread in the CLI), under that list's lock; others read it under the same lock or take a copy. The
-// one exception is a running update: its worker changes only the download and installation state at the end of this
-// class, and hands whatever else it learns (the new localPath, the icon) to the list's owner to apply. Those fields
-// are atomic (failMessage has a lock of its own), so the rows and the Update-All queue may read them at any moment
-// from any thread; downloadPath is the update worker's own while the update runs. Copying a record copies the
-// values that these fields hold at that moment.
-
-#include "model/CopyableAtomic.h"
-#include "model/GuardedValue.h"
+// the command's thread in the CLI), under that list's lock; others read it under the same lock or take a copy. A
+// running update never changes it: its state lives in its job (src/install/UpdateJob.h), and what it learns (the new
+// localPath, the icon) is handed to the list's owner to apply.
 
 #include "model/RecordText.h"
 
@@ -166,17 +160,8 @@ public:
 
     QString allAppWords;
 
-    // Download and installation state; never archived. Written by the update's worker while others read them.
-    CopyableAtomic<bool> isInstalling = false;
-    CopyableAtomic<bool> isDownloading = false;
-    CopyableAtomic<bool> didCancel = false; // set by whoever cancels; the worker stops when it sees it
-    CopyableAtomic<bool> didFail = false;
-    CopyableAtomic<bool> didStartReceivingContent = false;
-    GuardedValue<QString> failMessage;
+    // The private download folder of the record's updates; never archived.
     QString downloadPath;
-    CopyableAtomic<qint64> receivedContentLength = 0;
-    CopyableAtomic<qint64> expectedContentLength = 0;
-    CopyableAtomic<double> percentDownloaded = 0.0;
 
 private:
     void setInstalledDefaults();

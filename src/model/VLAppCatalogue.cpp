@@ -156,7 +156,6 @@ void finishCatalogueOnlyRecord(VLApp &app)
     app.kind = pathExtension(app.name);
     app.isOutdated = false;
     app.requiresNewerOSVersion = app.getRequiresNewerOSVersion();
-    app.percentDownloaded = 0.0;
     app.downloadPath = app.createDownloadPath();
     app.appIcon = cachedIcon(app);
 }
@@ -176,7 +175,6 @@ VLApp newFromCatalogueItem(const QVariantMap &item, const ItemKeys &keys)
 {
     const auto text = [&item](const QString &key) { return VLApp::getJSONItemWithName(key, item); };
     VLApp app;
-    app.isDownloading = false;
     app.localPath = RecordText::unknown;
 
     takeName(app, text(keys.name));
@@ -219,7 +217,6 @@ VLApp newFromCatalogueItem(const QVariantMap &item, const ItemKeys &keys)
     app.kind = pathExtension(app.name);
     app.appIcon = cachedIcon(app);
     app.lastmatched = currentDateDescription();
-    app.percentDownloaded = 0.0;
     app.downloadPath = app.createDownloadPath();
 
     takeListAndPurchaseKeys(app, item, keys);

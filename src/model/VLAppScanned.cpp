@@ -65,14 +65,11 @@ VLApp VLApp::initWithMdItem(const VLMdItem &item, BundleReader &bundle)
 
 void VLApp::setInstalledDefaults()
 {
-    isInstalling = false;
-    isDownloading = false;
     markCatalogueUnknown();
     markCatalogueEmpty();
     isOutdated = false;
     isPaidUpgrade = false;
     dontCheckForUpdates = false;
     isSetLocalVersionToCurrent = false;
-    percentDownloaded = 0.0;
     downloadPath = createDownloadPath();
 }

@@ -121,13 +121,12 @@ bool VLScanData::hasAppWithVLID(const QString &vlID) const
     return appWithVLID(vlID) != nullptr;
 }
 
-bool VLScanData::hasOutdatedAppWithVLID(const QString &vlID) const
+bool VLScanData::hasOutdatedAppWithVLID(const QString &vlID, const std::function<bool(const VLApp &)> &updating) const
 {
     QMutexLocker locker(&m_mutex);
     if (m_apps) {
         for (const AppRef &app : std::as_const(*m_apps)) {
-            if (app->vlID == vlID && !app->isInstalling && !app->isDownloading && app->isInstalled() &&
-                app->isOutdated) {
+            if (app->vlID == vlID && !(updating && updating(*app)) && app->isInstalled() && app->isOutdated) {
                 return true;
             }
         }

@@ -17,6 +17,7 @@
 #include <QDateTime>
 #include <QRecursiveMutex>
 
+#include <functional>
 #include <optional>
 
 class VLScanData
@@ -49,7 +50,8 @@ public:
 
     AppRef appWithVLID(const QString &vlID) const;
     bool hasAppWithVLID(const QString &vlID) const;
-    bool hasOutdatedAppWithVLID(const QString &vlID) const;
+    // updating tells which records have an update downloading or installing (the jobs' owner knows); those are skipped.
+    bool hasOutdatedAppWithVLID(const QString &vlID, const std::function<bool(const VLApp &)> &updating = {}) const;
     bool hasPurchaseWithVLID(const QString &vlID) const;
     bool hasPurchaseInstalledWithVLID(const QString &vlID) const;
 

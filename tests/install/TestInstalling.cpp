@@ -6,6 +6,7 @@
 #include "install/BLAuthentication.h"
 #include "install/PlaceTool.h"
 #include "install/RunningAppGate.h"
+#include "install/UpdateState.h"
 #include "install/VLInstaller.h"
 #include "model/VLApp.h"
 #include "platform/VLSettings.h"
@@ -120,11 +121,13 @@ private slots:
         app.name = record;
         VLInstaller installer;
         installer.setSenderApp(&app);
+        UpdateState state;
+        installer.setUpdateState(&state);
         expected.replace(u"%R"_s, m_root).replace(u"%H"_s, QDir::homePath());
         QCOMPARE(installer.handleBestMatch(best, u"-"_s), expected);
         QVERIFY(expected.isEmpty() || QFileInfo(expected).isDir());
-        QCOMPARE(app.failMessage.load(), failure);
-        QCOMPARE(app.didFail.load(), !failure.isEmpty());
+        QCOMPARE(state.failMessage(), failure);
+        QCOMPARE(state.hasFailed(), !failure.isEmpty());
         QVERIFY(!QFile::exists(m_root + u"/../../outside"));
         QVERIFY(!QFile::exists(m_root + u"/etc"_s));
         QVERIFY(!expected.isEmpty() || !QFile::exists(m_root + u"/Applications/Foo.app"_s));

@@ -3,6 +3,7 @@
 // another user runs is never quit: the update is skipped, saying so, without a question.
 
 #include "install/QuitAndRelaunchGate.h"
+#include "install/UpdateState.h"
 #include "model/VLApp.h"
 #include "platform/RunningProcesses.h"
 #include "platform/VLSettings.h"
@@ -95,14 +96,14 @@ private slots:
         QVERIFY(QTest::qWaitFor([&] { return pidsInside(bundle) == QList<qint64>{pid}; }, 5000));
 
         RecordingFeedback feedback(answer);
-        VLApp app;
-        QuitAndRelaunchGate gate(&app);
+        UpdateState state;
+        QuitAndRelaunchGate gate(&state);
         QCOMPARE(gate.prepareToReplace(bundle), proceeds);
         QCOMPARE(feedback.shown(),
                  another ? QStringList()
                          : QStringList{QStringLiteral("question: Please quit the application before continuing "
                                                       "installation. / Quit App and Proceed / Skip Installation")});
-        QCOMPARE(app.failMessage.load(), failure);
+        QCOMPARE(state.failMessage(), failure);
         QCOMPARE(pidsInside(bundle), proceeds ? QList<qint64>() : QList<qint64>{pid});
         if (proceeds) {
             if (!newName.isEmpty()) { // the new version's executable has another name

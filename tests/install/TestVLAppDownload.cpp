@@ -1,7 +1,8 @@
 // An update's download against the real service and, for what the service cannot show, scripted hosts: each case
 // ends with its failure text (or none), the web-page flag, the events posted, and the progress a view saw.
 
-#include "install/VLAppDownload.h"
+#include "install/UpdateJob.h"
+#include "platform/AppPaths.h"
 #include "platform/VLNotificationCenter.h"
 #include "platform/VLSettings.h"
 #include "support/DataTable.h"
@@ -11,10 +12,9 @@
 #include "support/TestMain.h"
 
 #include <QCryptographicHash>
+#include <QDir>
 #include <QFile>
 #include <QTcpSocket>
-
-#include <thread>
 
 namespace {
 
@@ -62,6 +62,11 @@ void sendsNoLength(QTcpSocket *socket, const HostRequest &)
     socket->disconnectFromHost();
 }
 
+void sendsGarbage(QTcpSocket *socket, const HostRequest &)
+{
+    ScriptedHost::answer(socket, 200, {}, "not a disk image");
+}
+
 void trickles(QTcpSocket *socket, const HostRequest &)
 {
     ScriptedHost::dribble(socket, "HTTP/1.1 200 OK\r\nContent-Length: " + QByteArray::number(kBody.size()) + "\r\n\r\n",
@@ -71,6 +76,8 @@ void trickles(QTcpSocket *socket, const HostRequest &)
 } // namespace
 
 Q_DECLARE_METATYPE(VLAppDownload::InstallKind)
+Q_DECLARE_METATYPE(UpdateStatus)
+using Statuses = QList<UpdateStatus>;
 
 class TestVLAppDownload : public QObject
 {
@@ -88,27 +95,33 @@ private slots:
 
     void download_data()
     {
-        columns<QString, ScriptedHost::Script, QString, bool, QString, bool, QStringList, double>(
-            "file", "script", "filehash", "cancel", "failure", "opensInWindow", "events", "percent");
+        columns<QString, ScriptedHost::Script, QString, bool, QString, bool, QStringList, double, Statuses>(
+            "file", "script", "filehash", "cancel", "failure", "opensInWindow", "events", "percent", "statuses");
         const QStringList failed(2, QStringLiteral("VLDownloadFailed"));
         const ScriptedHost::Script none;
-        const ScriptedHost::Script noLength(sendsNoLength), broken(breaksAtHalf), slow(trickles);
-        row("web page", "velmora-journal.html", none, "", false, "No direct download found", true, failed, 0.0);
-        row("404", "Nothing-1.0.zip", none, "", false, "Download - 404 Not Found", true, failed, 0.0);
+        const ScriptedHost::Script noLength(sendsNoLength), broken(breaksAtHalf), slow(trickles), garbage(sendsGarbage);
+        const auto D = UpdateStatus::Downloading, I = UpdateStatus::Installing;
+        const Statuses F{D, UpdateStatus::Failed}, installed{D, I, UpdateStatus::Done};
+        row("web page", "velmora-journal.html", none, "", false, "No direct download found", true, failed, 0.0, F);
+        row("404", "Nothing-1.0.zip", none, "", false, "Download - 404 Not Found", true, failed, 0.0, F);
         row("wrong hash", "VelmoraNotes-2.0.zip", none, sha256("another file"), false,
-            "The downloaded file does not match the catalogue's checksum; nothing was installed", false, failed, 1.0);
+            "The downloaded file does not match the catalogue's checksum; nothing was installed", false, failed, 1.0,
+            F);
         row("no length: 555555 bytes assumed", "update.bin", noLength, sha256(kBody), false, "", false, QStringList(),
-            kBody.size() / 555555.0);
-        row("cut half-way and continued", "update.bin", broken, sha256(kBody), false, "", false, QStringList(), 1.0);
+            kBody.size() / 555555.0, installed);
+        row("cut half-way and continued", "update.bin", broken, sha256(kBody), false, "", false, QStringList(), 1.0,
+            installed);
         row("cancelled", "update.bin", slow, "", true, "", false, QStringList{QStringLiteral("VLDownloadCanceled")},
-            -1.0);
+            -1.0, Statuses{D, UpdateStatus::Cancelled});
+        row("disk image that does not open", "Notes.dmg", garbage, "", false, "Problem installing from DMG", false,
+            failed, -1.0, Statuses{D, I, UpdateStatus::Failed});
     }
 
     void download()
     {
-        auto [file, script, filehash, cancel, failure, opensInWindow, events, percent] =
-            fetch<QString, ScriptedHost::Script, QString, bool, QString, bool, QStringList, double>(
-                "file", "script", "filehash", "cancel", "failure", "opensInWindow", "events", "percent");
+        auto [file, script, filehash, cancel, failure, opensInWindow, events, percent, statuses] =
+            fetch<QString, ScriptedHost::Script, QString, bool, QString, bool, QStringList, double, Statuses>(
+                "file", "script", "filehash", "cancel", "failure", "opensInWindow", "events", "percent", "statuses");
         std::unique_ptr<ScriptedHost> host(script ? new ScriptedHost(script) : nullptr);
         auto app = std::make_shared<VLApp>();
         app->vlID = QStringLiteral("5001");
@@ -126,36 +139,30 @@ private slots:
                                                             [&posted, name](const QVariant &) { posted.append(name); });
         }
 
-        VLAppDownload update(app);
-        std::atomic<bool> done{false};
-        std::thread worker([&] {
-            update.download();
-            done = true;
+        UpdateJob job(app);
+        Statuses seen;
+        connect(&job, &UpdateJob::statusChanged, &context, [&seen](UpdateStatus s) { seen.append(s); });
+        connect(&job, &UpdateJob::progressChanged, &context, [&] {
+            if (cancel && job.progress() > 0.2) {
+                job.cancel();
+            }
         });
-        const bool ended = QTest::qWaitFor(
-            [&] {
-                if (cancel && app->percentDownloaded > 0.2 && !app->didCancel) {
-                    VLAppDownload::cancelUpdate(*app);
-                }
-                return done.load();
-            },
-            60000);
-        worker.join();
-        QVERIFY(ended);
+        QVERIFY(job.start());
+        QVERIFY(QTest::qWaitFor([&] { return job.isFinished(); }, 60000));
         QCoreApplication::processEvents();
 
-        QCOMPARE(app->failMessage.load(), failure);
-        QCOMPARE(app->didFail.load(), !failure.isEmpty());
-        QCOMPARE(app->didCancel.load(), cancel);
-        QCOMPARE(update.outcome().opensInWindow, opensInWindow);
-        QVERIFY(update.outcome().installedPath.isEmpty());
+        QCOMPARE(seen, statuses);
+        QCOMPARE(job.status(), statuses.constLast());
+        QCOMPARE(job.failMessage(), failure);
+        QCOMPARE(job.outcome().opensInWindow, opensInWindow);
+        QVERIFY(job.outcome().installedPath.isEmpty());
         QCOMPARE(posted, events);
-        QVERIFY(!app->isDownloading && !app->isInstalling);
         if (percent >= 0) {
-            QCOMPARE(app->percentDownloaded.load(), percent);
+            QCOMPARE(job.progress(), percent);
         }
-        // Whatever the end, nothing of the update stays behind.
+        // Whatever the end, nothing of the update stays behind, not even a disk image's mount folder.
         QVERIFY(!QFileInfo::exists(app->createDownloadPath()));
+        QVERIFY(QDir(AppPaths::privateTempFolder() + QStringLiteral("/Volumes")).isEmpty());
     }
 
     // The browser-like request, and on a hop away from our own hosts a Referer that names the hop.
@@ -166,11 +173,11 @@ private slots:
         app->digestString = QStringLiteral("fedcba9876543210fedcba9876543210");
         app->download_url = host.url("/update.bin").toString();
         app->downloadPath = app->createDownloadPath();
-        VLAppDownload update(app);
-        std::thread worker([&] { update.download(); });
-        QVERIFY(QTest::qWaitFor([&] { return host.requests().size() == 2 && !app->isDownloading; }, 30000));
-        worker.join();
-        QCOMPARE(app->failMessage.load(), QString());
+        UpdateJob job(app);
+        QVERIFY(job.start());
+        QVERIFY(QTest::qWaitFor([&] { return job.isFinished(); }, 30000));
+        QCOMPARE(host.requests().size(), 2);
+        QCOMPARE(job.failMessage(), QString());
         const HostRequest first = host.requests().at(0);
         QCOMPARE(first.header("User-Agent"), "Mozilla/5.0 (Macintosh; U; PPC Mac OS X; en-us) AppleWebKit/125.2.3 "
                                              "(KHTML, like Gecko) Velmora Desktop/6.0.4");

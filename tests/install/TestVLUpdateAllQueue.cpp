@@ -1,13 +1,14 @@
-// The Update-All queue with stand-in updates that take a moment each: never more than three at once, every record
-// updated once, the id that is never queued left out, a running update neither queued again nor reset, and a
-// cancelled queue that stays empty.
+// The Update-All queue with stand-in updates that wait until the test lets them end: never more than three at once,
+// every record updated once, the id that is never queued left out, a record already updating left alone, and the
+// queue always drains (emptied comes, no re-run loop) however its records end: run to the end, all cancelled, or one
+// cancelled from its row while it waits.
 
 #include "install/VLUpdateAllQueue.h"
 #include "platform/VLSettings.h"
 #include "support/DataTable.h"
 #include "support/TestMain.h"
 
-#include <QTimer>
+#include <QSemaphore>
 
 class TestVLUpdateAllQueue : public QObject
 {
@@ -19,62 +20,85 @@ private slots:
 
     void updateAll_data()
     {
-        columns<bool>("cancelAfterFirst");
-        row("ten run to the end", false);
-        row("cancelled after the first start", true);
+        columns<QString, int>("ending", "started");
+        row("ten run to the end", "run", 10);
+        row("all cancelled while the fourth runs", "cancel all", 4);
+        row("a waiting one cancelled from its row", "cancel waiting", 9);
     }
 
     void updateAll()
     {
-        QFETCH(bool, cancelAfterFirst);
+        auto [ending, expectStarted] = fetch<QString, int>("ending", "started");
+        QSemaphore ends; // one token lets one stand-in update end
+        QList<const VLApp *> started;
+        QMutex startedLock;
+        UpdateJobs jobs([&](const std::shared_ptr<VLApp> &app) {
+            return new UpdateJob(app, [&, app](UpdateState &state) {
+                {
+                    const QMutexLocker lock(&startedLock);
+                    started.append(app.get());
+                }
+                while (!state.isCancelled() && !ends.tryAcquire(1, 5)) {
+                }
+                return UpdateOutcome();
+            });
+        });
         VLUpdateAllQueue::Apps apps;
         for (int i = 0; i < 12; ++i) {
             auto app = std::make_shared<VLApp>();
             app->vlID = i == 10 ? QStringLiteral("8544") : QString::number(6000 + i);
-            app->didFail = true; // left by an earlier try: cleared when queued
             apps.append(app);
         }
-        apps.last()->isDownloading = true; // already updating on its own
-        apps.last()->didFail = false;
-        apps.last()->didCancel = true;
+        UpdateJob *own = jobs.add(apps.last()); // already updating on its own
+        QVERIFY(own->start());
 
-        QList<const VLApp *> started;
+        VLUpdateAllQueue queue(jobs);
         int mostAtOnce = 0;
-        VLUpdateAllQueue *queueRef = nullptr;
-        VLUpdateAllQueue queue([&](const std::shared_ptr<VLApp> &app, std::function<void()> finished) {
-            started.append(app.get());
-            mostAtOnce = std::max(mostAtOnce, queueRef->numberOfUpdatesInProgress());
-            QTimer::singleShot(100, queueRef, [app, finished] {
-                app->isDownloading = false;
-                finished();
-            });
-        });
-        queueRef = &queue;
+        int reruns = 0;
         bool emptied = false;
+        connect(&queue, &VLUpdateAllQueue::buttonStateChanged, this, [&] {
+            ++reruns;
+            mostAtOnce = std::max(mostAtOnce, queue.numberOfUpdatesInProgress());
+        });
         connect(&queue, &VLUpdateAllQueue::emptied, this, [&] { emptied = true; });
         queue.updateAll(apps);
         QCOMPARE(queue.updateAllApps().size(), 10);
         QVERIFY(!queue.updateAllApps().contains(apps.at(10)) && !queue.updateAllApps().contains(apps.last()));
-        QVERIFY(apps.last()->didCancel && apps.last()->isDownloading);
+        QCOMPARE(jobs.jobFor(apps.last().get()), own);
+        own->cancel(); // out of the way of the queue's own updates
 
-        if (cancelAfterFirst) {
-            QVERIFY(QTest::qWaitFor([&] { return !started.isEmpty(); }, 5000));
+        QVERIFY(QTest::qWaitFor([&] { return queue.numberOfUpdatesInProgress() == VLUpdateAllQueue::kMaxInProgress; }));
+        if (ending == QLatin1String("cancel all")) {
+            ends.release(1);
+            QVERIFY(QTest::qWaitFor([&] { return queue.numberOfUpdatesInProgress() == 3 && started.size() == 5; }));
             queue.cancelUpdateAll();
-            QVERIFY(queue.updateAllApps().isEmpty());
-            const qsizetype startedBefore = started.size();
-            QTest::qWait(2 * VLUpdateAllQueue::kRecheckMs + 500);
-            QCOMPARE(started.size(), startedBefore);
-            QVERIFY(
-                std::all_of(apps.cbegin(), apps.cbegin() + 10, [](const auto &app) { return app->didCancel.load(); }));
+            QVERIFY(queue.updateAllApps().isEmpty() && !queue.isRecheckScheduled());
         } else {
-            QVERIFY(QTest::qWaitFor([&] { return emptied; }, 60000));
-            QCOMPARE(started.size(), 10);
-            QCOMPARE(QSet<const VLApp *>(started.cbegin(), started.cend()).size(), 10);
+            if (ending == QLatin1String("cancel waiting")) {
+                UpdateJob *waiting = jobs.jobFor(apps.at(5).get());
+                QCOMPARE(waiting->status(), UpdateStatus::Queued);
+                waiting->cancel();
+            }
+            ends.release(100);
         }
-        QVERIFY(emptied);
+        QVERIFY(QTest::qWaitFor([&] { return emptied; }));
+        QVERIFY(QTest::qWaitFor([&] {
+            const auto all = jobs.jobs();
+            return std::all_of(all.cbegin(), all.cend(), [](const UpdateJob *job) {
+                return job->isFinished() || job->status() == UpdateStatus::Queued;
+            });
+        }));
+        const qsizetype startedOfQueue = started.size() - 1; // the record's own update
+        QCOMPARE(startedOfQueue, expectStarted);
+        for (int i = 0; i < 10; ++i) {
+            QVERIFY(isUpdateEnded(jobs.jobFor(apps.at(i).get())->status()));
+        }
+        QCOMPARE(QSet<const VLApp *>(started.cbegin(), started.cend()).size(), started.size());
+        QVERIFY(!started.contains(apps.at(10).get()));
         QVERIFY(mostAtOnce <= VLUpdateAllQueue::kMaxInProgress);
-        QVERIFY(!started.contains(apps.at(10).get()) && !started.contains(apps.last().get()));
+        QVERIFY2(reruns < 60, qPrintable(QString::number(reruns))); // one look per start and per end, no busy loop
         QCOMPARE(queue.buttonState(), UpdateAllButton::Cancel);
+        QVERIFY(!queue.isRecheckScheduled());
     }
 };
 

@@ -225,9 +225,9 @@ private slots:
         };
         const AppList apps = {
             make("/a", "10", [](VLApp &a) { a.isOutdated = true; }),
-            make("/b", "11", [](VLApp &a) { a.isOutdated = true, a.isDownloading = true; }),
+            make("/b", "11", [](VLApp &a) { a.isOutdated = true, a.bundleID = QStringLiteral("updating"); }),
             make("/c", "11", [](VLApp &a) { a.isOutdated = true; }),
-            make("/d", "12", [](VLApp &a) { a.isOutdated = true, a.isInstalling = true; }),
+            make("/d", "12", [](VLApp &a) { a.isOutdated = true, a.bundleID = QStringLiteral("updating"); }),
             make("-", "13", [](VLApp &a) { a.isOutdated = true; }),
             make("", "20", [](VLApp &a) { a.purchasedVersion = QStringLiteral("2.0"); }),
             make("/e", "21", [](VLApp &a) { a.purchasedVersion = QStringLiteral("2.0"); }),
@@ -236,7 +236,9 @@ private slots:
         VLScanData store(m_file);
         store.setApps(apps);
         QCOMPARE(store.hasAppWithVLID(vlID), hasApp);
-        QCOMPARE(store.hasOutdatedAppWithVLID(vlID), outdated);
+        QCOMPARE(store.hasOutdatedAppWithVLID(
+                     vlID, [](const VLApp &app) { return app.bundleID == QLatin1String("updating"); }),
+                 outdated);
         QCOMPARE(store.hasPurchaseWithVLID(vlID), purchase);
         QCOMPARE(store.hasPurchaseInstalledWithVLID(vlID), purchaseInstalled);
         if (hasApp) {

@@ -1,12 +1,12 @@
 #include "support/KeyringSession.h"
 
+#include "support/SessionBus.h"
+
 #include <QProcess>
 
 #include <cstdio>
 
 namespace {
-constexpr char kMarker[] = "VELMORA_KEYRING_SESSION";
-
 int fail(const char *what)
 {
     std::fprintf(stderr, "FAIL: %s\n", what);
@@ -18,20 +18,8 @@ namespace TestSupport {
 
 int enterKeyringSession(int argc, char **argv)
 {
-    if (qEnvironmentVariableIsEmpty(kMarker)) {
-        QStringList arguments = {QStringLiteral("--"), QCoreApplication::applicationFilePath()};
-        for (int i = 1; i < argc; ++i) {
-            arguments.append(QString::fromLocal8Bit(argv[i]));
-        }
-        qputenv(kMarker, "1");
-        QProcess session;
-        session.setProcessChannelMode(QProcess::ForwardedChannels);
-        session.start(QStringLiteral("dbus-run-session"), arguments);
-        if (!session.waitForStarted()) {
-            return fail("dbus-run-session (package dbus) is needed for a session bus of the test's own");
-        }
-        session.waitForFinished(-1);
-        return session.exitStatus() == QProcess::NormalExit ? session.exitCode() : 1;
+    if (const int code = enterSessionBus(argc, argv); code >= 0) {
+        return code;
     }
     QProcess keyring;
     keyring.start(QStringLiteral("gnome-keyring-daemon"),

@@ -15,10 +15,6 @@ public:
     ~RecordingFeedback() override { UserFeedback::install(nullptr); }
 
     void showAlert(const QString &message, const QString &) override { add(QStringLiteral("alert: ") + message); }
-    void showSystemNotification(const QString &title, const QString &text, const QString &button) override
-    {
-        add(QStringLiteral("notice: %1 / %2 / %3").arg(title, text, button));
-    }
     bool askQuestion(const QString &message, const QString &, const QString &yes, const QString &no) override
     {
         add(QStringLiteral("question: %1 / %2 / %3").arg(message, yes, no));
@@ -28,6 +24,12 @@ public:
     {
         const QMutexLocker lock(&m_mutex);
         return m_shown;
+    }
+
+protected:
+    void showNotice(const SystemNotice &notice) override
+    {
+        add(QStringLiteral("notice: %1 / %2 / %3").arg(notice.title, notice.informativeText, notice.button));
     }
 
 private:
