@@ -1,6 +1,5 @@
 #include "install/DiskImage.h"
 
-#include "install/VLSynchronousTask.h"
 #include "install/WorkFolder.h"
 #include "platform/FolderReader.h"
 #include "platform/NativePath.h"
@@ -29,16 +28,24 @@ bool isUDIF(const QString &image)
            file.read(4) == "koly";
 }
 
+// What every step of one image may write: each is bounded by the size of the image that was downloaded.
+struct ImageBounds
+{
+    qint64 imageBytes;
+    const UnpackLimits &limits;
+    UnpackRun last; // how the last step ended
+};
+
 // "yes" answers the licence agreement some images show before they open. -snld keeps links with ".." steps that
 // stay inside the volume (bundles have them); 7zz still refuses one that leads out, and the image with it.
-bool sevenZipExtract(const QString &type, const QString &archive, const QString &into)
+bool sevenZipExtract(ImageBounds &bounds, const QString &type, const QString &archive, const QString &into)
 {
-    return VLSynchronousTask::task(WorkFolder::tool(QStringLiteral("7zz")), into,
-                                   {QStringLiteral("x"), QStringLiteral("-t") + type, QStringLiteral("-y"),
-                                    QStringLiteral("-bd"), QStringLiteral("-snld"), QStringLiteral("-o") + into,
-                                    archive},
-                                   QByteArray("yes\n"))
-        .has_value();
+    bounds.last = UnpackBudget(into, bounds.imageBytes, bounds.limits)
+                      .run(QStringLiteral("7zz"),
+                           {QStringLiteral("x"), QStringLiteral("-t") + type, QStringLiteral("-y"),
+                            QStringLiteral("-bd"), QStringLiteral("-snld"), QStringLiteral("-o") + into, archive},
+                           into, nullptr, QByteArray("yes\n"));
+    return bounds.last.failure.isEmpty();
 }
 
 // 7zz writes an absolute link's target as a path inside the folder it extracts into; on the volume it named the
@@ -93,20 +100,24 @@ bool lift(const QString &staging, const QString &mountPoint, bool hasRootFolder)
            std::rename(NativePath::encode(source).constData(), NativePath::encode(mountPoint).constData()) == 0;
 }
 
-bool attachVolume(const QString &volume, const QString &mountPoint)
+bool attachVolume(ImageBounds &bounds, const QString &volume, const QString &mountPoint)
 {
     const QString staging = mountPoint + QStringLiteral(".volume");
     for (const Volume &kind : kVolumes) {
         if (!WorkFolder::prepare(staging)) {
             return false;
         }
-        if (sevenZipExtract(QLatin1String(kind.type), volume, staging) && WorkFolder::holdsOnlyPlainEntries(staging) &&
-            restoreAbsoluteLinks(staging)) {
+        if (sevenZipExtract(bounds, QLatin1String(kind.type), volume, staging) &&
+            WorkFolder::holdsOnlyPlainEntries(staging) && restoreAbsoluteLinks(staging)) {
             const bool lifted = lift(staging, mountPoint, kind.hasRootFolder);
             WorkFolder::remove(staging);
             return lifted;
         }
         WorkFolder::remove(staging);
+        // A volume of another kind would be written under the same budget.
+        if (bounds.last.overBudget) {
+            return false;
+        }
     }
     return false;
 }
@@ -115,16 +126,22 @@ bool attachVolume(const QString &volume, const QString &mountPoint)
 
 namespace DiskImage {
 
-bool attach(const QString &image, const QString &mountPoint)
+bool attach(const QString &image, const QString &mountPoint, const UnpackLimits &limits, QString *failure)
 {
+    ImageBounds bounds{QFile(image).size(), limits, {}};
+    bool attached = false;
     if (!isUDIF(image)) {
-        return attachVolume(image, mountPoint);
+        attached = attachVolume(bounds, image, mountPoint);
+    } else {
+        const QString partitions = mountPoint + QStringLiteral(".partitions");
+        attached = WorkFolder::prepare(partitions) &&
+                   sevenZipExtract(bounds, QStringLiteral("dmg"), image, partitions) &&
+                   attachVolume(bounds, largestFile(partitions), mountPoint);
+        WorkFolder::remove(partitions);
     }
-    const QString partitions = mountPoint + QStringLiteral(".partitions");
-    const bool attached = WorkFolder::prepare(partitions) &&
-                          sevenZipExtract(QStringLiteral("dmg"), image, partitions) &&
-                          attachVolume(largestFile(partitions), mountPoint);
-    WorkFolder::remove(partitions);
+    if (!attached && failure) {
+        *failure = bounds.last.failure;
+    }
     return attached;
 }
 

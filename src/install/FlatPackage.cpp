@@ -43,12 +43,28 @@ PackagePayload payloadIn(const QString &folder)
     return {folder + QStringLiteral("/Payload"), installLocationIn(folder + QStringLiteral("/PackageInfo"))};
 }
 
-// Unpacks package into the empty folder into; nullopt when it is no readable package or carries no payload.
-std::optional<QList<PackagePayload>> open(const QString &package, const QString &into)
+// What every step of one package may write: each is bounded by the size of the package that was downloaded.
+struct PackageBounds
 {
-    if (!VLSynchronousTask::task(WorkFolder::tool(QStringLiteral("7zz")), into,
-                                 {QStringLiteral("x"), QStringLiteral("-txar"), QStringLiteral("-y"),
-                                  QStringLiteral("-bd"), QStringLiteral("-o") + into, package}) ||
+    qint64 packageBytes;
+    const UnpackLimits &limits;
+    QString failure; // why the last step failed
+};
+
+bool runWithin(PackageBounds &bounds, const QString &tool, const QStringList &args, const QString &folder,
+               QByteArray *output = nullptr)
+{
+    bounds.failure = UnpackBudget(folder, bounds.packageBytes, bounds.limits).run(tool, args, folder, output).failure;
+    return bounds.failure.isEmpty();
+}
+
+// Unpacks package into the empty folder into; nullopt when it is no readable package or carries no payload.
+std::optional<QList<PackagePayload>> open(PackageBounds &bounds, const QString &package, const QString &into)
+{
+    if (!runWithin(bounds, QStringLiteral("7zz"),
+                   {QStringLiteral("x"), QStringLiteral("-txar"), QStringLiteral("-y"), QStringLiteral("-bd"),
+                    QStringLiteral("-o") + into, package},
+                   into) ||
         !WorkFolder::holdsOnlyPlainEntries(into)) {
         return std::nullopt;
     }
@@ -73,22 +89,26 @@ std::optional<QList<PackagePayload>> open(const QString &package, const QString 
 
 // Unpacks a payload's files into the empty folder into; false on a damaged payload or one that names a file
 // outside into.
-bool unpackPayload(const QString &payload, const QString &into)
+bool unpackPayload(PackageBounds &bounds, const QString &payload, const QString &into)
 {
     QString archive = payload;
     if (PbzxPayload::isPbzx(payload)) {
         archive = payload + QStringLiteral(".cpio");
-        if (!PbzxPayload::decode(payload, archive)) {
+        const UnpackBudget budget(into, bounds.packageBytes, bounds.limits);
+        const PbzxPayload::Decoded decoded = PbzxPayload::decode(payload, archive, budget.maxBytes());
+        if (decoded != PbzxPayload::Decoded::Done) {
+            bounds.failure = decoded == PbzxPayload::Decoded::TooLarge ? budget.tooLarge() : QString();
             return false;
         }
     }
     // bsdtar strips a leading "/" silently, so the names are read first: an absolute one fails the payload.
-    const QString bsdtar = WorkFolder::tool(QStringLiteral("bsdtar"));
-    const std::optional<QByteArray> names = VLSynchronousTask::task(bsdtar, into, {QStringLiteral("-tf"), archive});
-    return names && WorkFolder::listsContainedNames(*names) &&
-           VLSynchronousTask::task(
-               bsdtar, into,
-               {QStringLiteral("-xpf"), archive, QStringLiteral("--no-same-owner"), QStringLiteral("-C"), into}) &&
+    const QString bsdtar = QStringLiteral("bsdtar");
+    QByteArray names;
+    return runWithin(bounds, bsdtar, {QStringLiteral("-tf"), archive}, into, &names) &&
+           WorkFolder::listsContainedNames(names) &&
+           runWithin(bounds, bsdtar,
+                     {QStringLiteral("-xpf"), archive, QStringLiteral("--no-same-owner"), QStringLiteral("-C"), into},
+                     into) &&
            WorkFolder::holdsOnlyPlainEntries(into);
 }
 
@@ -136,13 +156,21 @@ bool intoApplicationFolders(const QString &files, const QString &location, const
 
 namespace FlatPackage {
 
-std::optional<QList<UnpackedPayload>> unpack(const QString &package, const QString &workFolder, const QString &root)
+std::optional<QList<UnpackedPayload>> unpack(const QString &package, const QString &workFolder, const QString &root,
+                                             const UnpackLimits &limits, QString *failure)
 {
+    PackageBounds bounds{QFile(package).size(), limits, {}};
+    const auto failed = [&bounds, failure] {
+        if (failure) {
+            *failure = bounds.failure;
+        }
+        return std::nullopt;
+    };
     const QString opened = workFolder + QStringLiteral("/package");
-    const auto payloads = WorkFolder::prepare(opened) ? open(package, opened) : std::nullopt;
+    const auto payloads = WorkFolder::prepare(opened) ? open(bounds, package, opened) : std::nullopt;
     if (!payloads) {
         vlLog(QStringLiteral("error opening package %1").arg(package));
-        return std::nullopt;
+        return failed();
     }
     QList<UnpackedPayload> unpacked;
     for (qsizetype index = 0; index < payloads->size(); ++index) {
@@ -150,9 +178,9 @@ std::optional<QList<UnpackedPayload>> unpack(const QString &package, const QStri
         const QString files = workFolder + QStringLiteral("/payload-") + QString::number(index);
         // A location with ".." steps would lead out of the volume it installs on.
         if (!WorkFolder::isContainedName(payload.installLocation.mid(1)) || !WorkFolder::prepare(files) ||
-            !unpackPayload(payload.payload, files)) {
+            !unpackPayload(bounds, payload.payload, files)) {
             vlLog(QStringLiteral("error extracting to %1").arg(files));
-            return std::nullopt;
+            return failed();
         }
         if (!intoApplicationFolders(files, QDir::cleanPath(payload.installLocation).mid(1), root, unpacked)) {
             return std::nullopt;

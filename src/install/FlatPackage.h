@@ -4,6 +4,8 @@
 // archive, gzip-compressed or in "pbzx" chunks) with the folder it installs into. Everything here runs as the user:
 // only what was unpacked is ever handed to a step with administrator rights.
 
+#include "install/UnpackBudget.h"
+
 #include <QList>
 #include <QString>
 
@@ -21,7 +23,10 @@ namespace FlatPackage {
 // root; nullopt, after its log line, when package is no readable package, carries no payload or a damaged one, or
 // names a file or an install location outside its folder, or installs anything outside the volume's application
 // folders. A payload installing above them ("/") comes back as one folder for each application folder it fills.
-std::optional<QList<UnpackedPayload>> unpack(const QString &package, const QString &workFolder, const QString &root);
+// Each step writes within a budget tied to the package's size; failure, when given, gets the reason a tool failed
+// or a budget was passed.
+std::optional<QList<UnpackedPayload>> unpack(const QString &package, const QString &workFolder, const QString &root,
+                                             const UnpackLimits &limits = {}, QString *failure = nullptr);
 // The package's title as its distribution gives it; "" when it gives none.
 QString title(const QString &package);
 

@@ -25,7 +25,21 @@ bool readBigEndian(QFile &file, quint64 &value)
     return true;
 }
 
-bool inflateChunk(const QByteArray &chunk, QSaveFile &out)
+// The cpio archive being written, which stops at its bound.
+struct Output
+{
+    QSaveFile &file;
+    qint64 maxBytes;
+    bool tooLarge = false;
+
+    bool write(const char *data, qint64 size)
+    {
+        tooLarge = file.size() + size > maxBytes;
+        return !tooLarge && file.write(data, size) == size;
+    }
+};
+
+bool inflateChunk(const QByteArray &chunk, Output &out)
 {
     lzma_stream stream = LZMA_STREAM_INIT;
     if (lzma_stream_decoder(&stream, UINT64_MAX, 0) != LZMA_OK) {
@@ -41,7 +55,7 @@ bool inflateChunk(const QByteArray &chunk, QSaveFile &out)
         status = lzma_code(&stream, LZMA_FINISH);
         const qint64 produced = qint64(sizeof buffer - stream.avail_out);
         if ((status == LZMA_OK || status == LZMA_STREAM_END) &&
-            out.write(reinterpret_cast<const char *>(buffer), produced) != produced) {
+            !out.write(reinterpret_cast<const char *>(buffer), produced)) {
             status = LZMA_PROG_ERROR;
         }
     }
@@ -59,31 +73,33 @@ bool isPbzx(const QString &payload)
     return file.open(QIODevice::ReadOnly) && file.read(4) == kMagic;
 }
 
-bool decode(const QString &payload, const QString &cpioFile)
+Decoded decode(const QString &payload, const QString &cpioFile, qint64 maxBytes)
 {
     QFile in(payload);
-    QSaveFile out(cpioFile);
+    QSaveFile file(cpioFile);
+    Output out{file, maxBytes};
     quint64 chunkSize = 0;
     if (!in.open(QIODevice::ReadOnly) || in.read(4) != kMagic || !readBigEndian(in, chunkSize) ||
-        !out.open(QIODevice::WriteOnly)) {
-        return false;
+        !file.open(QIODevice::WriteOnly)) {
+        return Decoded::Damaged;
     }
     while (!in.atEnd()) {
         quint64 flags = 0;
         quint64 length = 0;
         if (!readBigEndian(in, flags) || !readBigEndian(in, length) || length > kLargestChunk) {
-            return false;
+            return Decoded::Damaged;
         }
         const QByteArray chunk = in.read(qint64(length));
         if (quint64(chunk.size()) != length) {
-            return false;
+            return Decoded::Damaged;
         }
-        const bool written = chunk.startsWith(kXzMagic) ? inflateChunk(chunk, out) : out.write(chunk) == chunk.size();
+        const bool written =
+            chunk.startsWith(kXzMagic) ? inflateChunk(chunk, out) : out.write(chunk.constData(), chunk.size());
         if (!written) {
-            return false;
+            return out.tooLarge ? Decoded::TooLarge : Decoded::Damaged;
         }
     }
-    return out.commit();
+    return file.commit() ? Decoded::Done : Decoded::Damaged;
 }
 
 } // namespace PbzxPayload

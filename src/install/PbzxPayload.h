@@ -8,7 +8,9 @@
 namespace PbzxPayload {
 
 bool isPbzx(const QString &payload);
-// Writes the cpio archive that payload holds to cpioFile; false on a damaged or cut-off payload.
-bool decode(const QString &payload, const QString &cpioFile);
+enum class Decoded { Done, Damaged, TooLarge };
+// Writes the cpio archive that payload holds to cpioFile; Damaged on a damaged or cut-off payload, TooLarge (and
+// stopped there) when the archive would pass maxBytes.
+Decoded decode(const QString &payload, const QString &cpioFile, qint64 maxBytes);
 
 } // namespace PbzxPayload

@@ -1,8 +1,10 @@
 #include "install/UnpackBudget.h"
 
+#include "install/VLSynchronousTask.h"
 #include "install/WorkFolder.h"
 #include "platform/NativePath.h"
 
+#include <csignal>
 #include <filesystem>
 #include <sys/statvfs.h>
 #include <unistd.h>
@@ -81,6 +83,31 @@ QString UnpackBudget::checkFolder() const
                 return tooLarge();
             }
         }
+    }
+    return {};
+}
+
+UnpackRun UnpackBudget::run(const QString &tool, const QStringList &args, const QString &folder, QByteArray *output,
+                            const std::optional<QByteArray> &input) const
+{
+    if (QString noRoom = checkFreeSpace(); !noRoom.isEmpty()) {
+        return {noRoom, true};
+    }
+    const QStringList command = confine(WorkFolder::tool(tool), args);
+    VLSynchronousTask runner;
+    runner.setName(tool);
+    runner.setWatch([this] { return watch(); });
+    runner.run(command.first(), folder, command.mid(1), input);
+    if (!runner.done() || runner.result() != 0) {
+        // A file past the size limit ends the tool with a signal: the budget says why.
+        const QString overBudget = runner.result() == 128 + SIGXFSZ ? tooLarge() : checkFolder();
+        return overBudget.isEmpty() ? UnpackRun{runner.failureText(), false} : UnpackRun{overBudget, true};
+    }
+    if (QString overBudget = checkFolder(); !overBudget.isEmpty()) {
+        return {overBudget, true};
+    }
+    if (output) {
+        *output = runner.output();
     }
     return {};
 }

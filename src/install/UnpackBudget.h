@@ -10,6 +10,8 @@
 #include <QString>
 #include <QStringList>
 
+#include <optional>
+
 struct UnpackLimits
 {
     // The unpacked bytes may reach ratio times the archive's size, and never less than minBytes.
@@ -20,6 +22,13 @@ struct UnpackLimits
     qint64 minEntries = 200000;
     // Left free on the file system that is written to.
     qint64 reserveBytes = qint64(256) << 20;
+};
+
+// How a tool run within a budget ended.
+struct UnpackRun
+{
+    QString failure;         // "" when the tool ended well and the folder is within the budget, else why not
+    bool overBudget = false; // the budget, not the tool, is why: another try at the same archive cannot do better
 };
 
 class UnpackBudget
@@ -38,6 +47,10 @@ public:
     QString watch() const;
     // After: "" when the folder holds no more than the budget allows, else why it is refused.
     QString checkFolder() const;
+    // Runs tool (a name WorkFolder::tool finds) with args in folder, confined and watched, its free space checked
+    // first and the folder counted after; output, when given, gets what the tool wrote.
+    UnpackRun run(const QString &tool, const QStringList &args, const QString &folder, QByteArray *output = nullptr,
+                  const std::optional<QByteArray> &input = std::nullopt) const;
     // The command line that runs tool with args under the budget's confinement.
     QStringList confine(const QString &tool, const QStringList &args) const;
     // Why a tool that passed its budget failed.

@@ -359,7 +359,7 @@ void VLAppDownload::mountAndInstallFromDMG(VLInstaller &installer, const QString
     const QString mountPoint = installer.mountDMG(file);
     if (mountPoint.isEmpty()) {
         // The installer has logged why; the user learns that the image would not open, and nothing of it stays.
-        setFailure(tr("Problem installing from DMG"));
+        setFailure(withReason(tr("Problem installing from DMG"), installer.unpackFailure()));
         installer.cleanUp(file);
         return;
     }
@@ -379,7 +379,7 @@ void VLAppDownload::installFromPKG(VLInstaller &installer, const QString &file)
     }
     const QString installed = installer.installNewVersionFromPKG(file, m_localPath);
     if (installed.isEmpty() || installed == RecordText::unknown) {
-        setFailure(tr("Problem installing from PKG"));
+        setFailure(withReason(tr("Problem installing from PKG"), installer.unpackFailure()));
         return;
     }
     m_localPath = installed;

@@ -11,8 +11,6 @@
 #include <QDir>
 #include <QFileInfo>
 
-#include <csignal>
-
 // Unpacking and attaching. Every step works in a fresh folder beside the download, runs its tool there within the
 // archive's budget, and checks that the archive named nothing outside that folder: the tools refuse such entries or
 // rewrite them inside, and either way the unpacking counts as failed. The download's path is made absolute first,
@@ -29,25 +27,7 @@ QString VLInstaller::prepareWorkFolder(const QString &download, QString *file)
 bool VLInstaller::unpackWith(const UnpackBudget &budget, const QString &tool, const QStringList &args,
                              const QString &folder, QByteArray *output)
 {
-    m_unpackFailure = budget.checkFreeSpace();
-    if (!m_unpackFailure.isEmpty()) {
-        return false;
-    }
-    const QStringList command = budget.confine(WorkFolder::tool(tool), args);
-    VLSynchronousTask runner;
-    runner.setName(tool);
-    runner.setWatch([&budget] { return budget.watch(); });
-    runner.run(command.first(), folder, command.mid(1), std::nullopt);
-    if (!runner.done() || runner.result() != 0) {
-        // A file past the size limit ends the tool with a signal: the budget says why.
-        const QString overBudget = runner.result() == 128 + SIGXFSZ ? budget.tooLarge() : budget.checkFolder();
-        m_unpackFailure = overBudget.isEmpty() ? runner.failureText() : overBudget;
-        return false;
-    }
-    m_unpackFailure = budget.checkFolder();
-    if (output) {
-        *output = runner.output();
-    }
+    m_unpackFailure = budget.run(tool, args, folder, output).failure;
     return m_unpackFailure.isEmpty();
 }
 
@@ -201,6 +181,7 @@ QString VLInstaller::findTarFile(const QString &folder)
 
 QString VLInstaller::mountDMG(const QString &download)
 {
+    m_unpackFailure.clear();
     const QString file = QFileInfo(download).absoluteFilePath();
     const QString temp = AppPaths::privateTempFolder();
     if (temp.isEmpty()) {
@@ -211,7 +192,7 @@ QString VLInstaller::mountDMG(const QString &download)
         return {};
     }
     m_mountPoints.insert(file, mountPoint);
-    if (!DiskImage::attach(file, mountPoint)) {
+    if (!DiskImage::attach(file, mountPoint, m_unpackLimits, &m_unpackFailure)) {
         vlLog(QStringLiteral("error extracting to %1 - could not mount dmg").arg(mountPoint));
         unmount(mountPoint, file);
         return {};

@@ -165,7 +165,9 @@ QString VLInstaller::installNewVersionFromPKG(const QString &package, const QStr
     Q_UNUSED(localPath)
     const QFileInfo packageFile(package);
     const QString workFolder = packageFile.absolutePath() + QLatin1Char('/') + WorkFolder::uniqueName();
-    const auto payloads = FlatPackage::unpack(packageFile.absoluteFilePath(), workFolder, VLSettings().volumeRoot());
+    m_unpackFailure.clear();
+    const auto payloads = FlatPackage::unpack(packageFile.absoluteFilePath(), workFolder, VLSettings().volumeRoot(),
+                                              m_unpackLimits, &m_unpackFailure);
     if (!payloads) {
         WorkFolder::remove(workFolder);
         return {};

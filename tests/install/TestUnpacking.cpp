@@ -4,6 +4,7 @@
 
 #include "install/VLInstaller.h"
 #include "platform/AppPaths.h"
+#include "platform/VLSettings.h"
 #include "support/BundleTree.h"
 #include "support/DataTable.h"
 #include "support/InstallFixtures.h"
@@ -40,6 +41,15 @@ private slots:
             u"the archive unpacks to more than 100 files"_s);
         row("no room", u"zip"_s, u"Many.zip"_s, u"bsdtar --format zip -cf %A many"_s, 64 * mb, qint64(1000),
             qint64(1) << 60, u"less than 1099511627776 MB are free in"_s);
+        // udif: a compressed image of the named files; pkg: a package of them all with a gzip or pbzx payload.
+        const QString larger = u"the archive unpacks to more than"_s;
+        row("disk image bomb", u"dmg"_s, u"Big.dmg"_s, u"udif big"_s, mb, qint64(1000), qint64(0), large);
+        row("package bomb, gzip payload", u"pkg"_s, u"Big.pkg"_s, u"pkg gzip"_s, mb, qint64(1000), qint64(0), larger);
+        row("package bomb, pbzx payload", u"pkg"_s, u"Big.pkg"_s, u"pkg pbzx"_s, mb, qint64(1000), qint64(0), larger);
+        for (const QString &op : {u"dmg"_s, u"pkg"_s}) {
+            row(qPrintable(op + u": no room"), op, u"Many."_s + op, op == u"dmg" ? u"udif many"_s : u"pkg gzip"_s,
+                64 * mb, qint64(1000), qint64(1) << 60, u"less than 1099511627776 MB are free in"_s);
+        }
         row("password asked", u"zip"_s, u"Secret.zip"_s,
             u"bsdtar --format zip --options zip:encryption=zipcrypt --passphrase pw -cf %A note"_s, 64 * mb,
             qint64(1000), qint64(0), u"unzip failed with status"_s);
@@ -64,15 +74,30 @@ private slots:
         if (toArchive) {
             args.removeLast();
         }
-        QVERIFY(InstallFixtures::run(tool, args.replaceInStrings(u"%A"_s, archive), source.root(),
-                                     toArchive ? archive : QString()));
+        if (tool == u"udif") {
+            const QString iso = archive + u".iso";
+            QVERIFY(InstallFixtures::run(u"xorriso"_s, {u"-as"_s, u"mkisofs"_s, u"-R"_s, u"-o"_s, iso, args.first()},
+                                         source.root()));
+            QVERIFY(InstallFixtures::makeUdif(iso, archive, true));
+        } else if (tool == u"pkg") {
+            QVERIFY(
+                InstallFixtures::makeFlatPackage(source.root(), archive, u"/Applications"_s, args.first() == u"pbzx"));
+        } else {
+            QVERIFY(InstallFixtures::run(tool, args.replaceInStrings(u"%A"_s, archive), source.root(),
+                                         toArchive ? archive : QString()));
+        }
+        // Nothing may be placed: packages install under a volume root of the sandbox's own.
+        QVERIFY(VLSettings().setValue(QString::fromLatin1(SettingKey::volumeRoot), sandbox.filePath(u"volume"_s)));
 
         VLInstaller installer;
         installer.setUnpackLimits({1, minBytes, 1 << 20, minEntries, reserve});
         const QString work = op == u"zip"   ? installer.extractZIP(archive)
                              : op == u"tgz" ? installer.extractTGZ(archive)
                              : op == u"tbz" ? installer.extractTBZ(archive)
-                                            : installer.extractBZ2(archive);
+                             : op == u"bz2" ? installer.extractBZ2(archive)
+                             : op == u"dmg"
+                                 ? installer.mountDMG(archive)
+                                 : installer.installNewVersionFromPKG(archive, sandbox.filePath(u"Foo.app"_s));
         QVERIFY(work.isEmpty());
         QVERIFY2(installer.unpackFailure().startsWith(failure), qPrintable(installer.unpackFailure()));
     }
