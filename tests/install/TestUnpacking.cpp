@@ -2,6 +2,7 @@
 // no __MACOSX), and archives that fail or try to write outside their folder, which must fail and write nothing;
 // archives past the bounds of their budget, or that would ask for a password, fail at once and say why.
 
+#include "install/PbzxPayload.h"
 #include "install/VLInstaller.h"
 #include "platform/AppPaths.h"
 #include "platform/VLSettings.h"
@@ -13,6 +14,7 @@
 
 #include <QDir>
 #include <QTemporaryDir>
+#include <QtEndian>
 
 using namespace Qt::StringLiterals;
 
@@ -100,6 +102,36 @@ private slots:
                                  : installer.installNewVersionFromPKG(archive, sandbox.filePath(u"Foo.app"_s));
         QVERIFY(work.isEmpty());
         QVERIFY2(installer.unpackFailure().startsWith(failure), qPrintable(installer.unpackFailure()));
+    }
+
+    void pbzxBound_data()
+    {
+        // payload: its stored chunks' sizes in KB, "!" for one cut short; the decoded archive may reach 64 KB.
+        columns<QString, int>("payload", "decoded");
+        row("within the bound", u"32|32"_s, int(PbzxPayload::Decoded::Done));
+        row("past the bound", u"32|32|1"_s, int(PbzxPayload::Decoded::TooLarge));
+        row("cut short", u"32|!"_s, int(PbzxPayload::Decoded::Damaged));
+    }
+
+    void pbzxBound()
+    {
+        auto [payload, decoded] = fetch<QString, int>("payload", "decoded");
+        const auto bigEndian = [](quint64 value) {
+            QByteArray bytes(8, '\0');
+            qToBigEndian(value, bytes.data());
+            return bytes;
+        };
+        QByteArray pbzx = "pbzx" + bigEndian(1 << 24);
+        for (const QString &chunk : payload.split(u'|')) {
+            const qsizetype size = chunk == u"!" ? 1024 : chunk.toInt() * 1024;
+            pbzx += bigEndian(0) + bigEndian(size) + QByteArray(chunk == u"!" ? 10 : size, 'x');
+        }
+        QTemporaryDir sandbox;
+        QVERIFY(PlistFiles::writeFile(sandbox.filePath(u"Payload"_s), pbzx));
+        const QString cpio = sandbox.filePath(u"Payload.cpio"_s);
+        QCOMPARE(int(PbzxPayload::decode(sandbox.filePath(u"Payload"_s), cpio, 64 * 1024)), decoded);
+        // Only a whole archive is ever left to unpack.
+        QCOMPARE(QFile::exists(cpio), decoded == int(PbzxPayload::Decoded::Done));
     }
 
     void unpack_data()
