@@ -3,6 +3,7 @@
 #include "cli/Command.h"
 #include "platform/CookieFile.h"
 #include "platform/Log.h"
+#include "scan/VLAppDelegate.h"
 #include "services/VLGoogleTracking.h"
 
 #include <QCoreApplication>
@@ -131,6 +132,9 @@ int main(int argc, char **argv)
     installLogRouting(ctx.verbose);
     // Cookies the service and the site set (the site's sign-in among them) hold across runs.
     CookieFile::load();
+    if (command->talksToService()) {
+        VLAppDelegate::writeStartupSettings();
+    }
     const int exitCode = command->execute(arguments, ctx);
     VLGoogleTracking::waitForPendingHits(5000);
     CookieFile::save();
