@@ -20,7 +20,7 @@ chmod 700 "$XDG_RUNTIME_DIR"
 first=$!
 # The first listens on a socket in the temporary folder, named with the user's id.
 socket=$TMPDIR/velmora-desktop-$(id -u)
-for _ in $(seq 100); do
+for _ in $(seq 300); do
     [ -S "$socket" ] && break
     sleep 0.2
 done
