@@ -73,8 +73,9 @@ DesktopApp::DesktopApp()
     });
 
     connect(m_driver.get(), &VLMainWindowController::listChanged, this, &DesktopApp::refreshPanelAndBadge);
+    // The driver counts the check as done just after telling of it: the panel is refilled on the next turn.
     connect(m_driver.get(), &VLMainWindowController::checkFinished, this, [this] {
-        refreshPanelAndBadge();
+        QTimer::singleShot(0, this, [this] { refreshPanelAndBadge(); });
         const QStringList links = std::exchange(m_pendingLinks, {});
         for (const QString &link : links) {
             installFromLink(link);
@@ -317,8 +318,8 @@ void DesktopApp::handleArguments(const QStringList &arguments)
 void DesktopApp::installFromLink(const QString &link)
 {
     vlLog(QStringLiteral("install link %1").arg(link));
-    VLScanData *store = m_driver->scanData();
-    if (!m_driver->donescanning() || !store) {
+    VLScanData *store = &m_driver->scanData();
+    if (!m_driver->donescanning()) {
         m_pendingLinks.append(link); // taken once the running check is done
         return;
     }

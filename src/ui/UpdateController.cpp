@@ -99,11 +99,7 @@ void UpdateController::start(const AppRef &app, std::function<void()> finished)
     auto *rows = new ForwardingRows(this, app);
     VLUpdateRunner *runner = nullptr;
     {
-        VLScanData *store = m_driver.scanData();
-        std::optional<QMutexLocker<QRecursiveMutex>> lock;
-        if (store) {
-            lock.emplace(&store->mutex());
-        }
+        const QMutexLocker lock(&m_driver.scanData().mutex());
         runner = new VLUpdateRunner(app, rows);
     }
     m_runners.insert(app.get(), runner);
@@ -127,14 +123,11 @@ void UpdateController::finish(const AppRef &app, std::function<void()> finished)
             app->lastupdated = QDateTime::currentDateTimeUtc();
         }
     };
-    if (VLScanData *store = m_driver.scanData()) {
-        const VLScanData::Change change(*store);
-        const QMutexLocker lock(&store->mutex());
-        apply();
-        store->saveDataToDisk();
-    } else {
-        apply();
-    }
+    VLScanData &store = m_driver.scanData();
+    const VLScanData::Change change(store);
+    const QMutexLocker lock(&store.mutex());
+    apply();
+    store.saveDataToDisk();
     finished();
     emit stateChanged(app);
     emit updateFinished(app);

@@ -207,8 +207,7 @@ AppList VLMainWindow::sourceFor(AppView view) const
     if (view == AppView::Deals) {
         return m_deals;
     }
-    const VLScanData *store = m_driver.scanData();
-    return store ? store->apps().value_or(AppList()) : AppList();
+    return m_driver.scanData().apps().value_or(AppList());
 }
 
 void VLMainWindow::showView(AppView view)
