@@ -2,6 +2,29 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en" sourcelanguage="en">
 <context>
+    <name>CheckWorker</name>
+    <message>
+        <source>No applications were found!</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Please make sure that you have Spotlight enabled and permissions to access your Applications folder.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Checking for updates...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Waiting for match data...</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Syncing Done</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>Cli</name>
     <message>
         <source>cannot write the settings file %1</source>
@@ -621,6 +644,10 @@ desktop program keeps it: apps that are not installed become records of their ow
         <source>unexpected arguments</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>this app is never updated from here</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>QuitAndRelaunchGate</name>
@@ -676,6 +703,21 @@ desktop program keeps it: apps that are not installed become records of their ow
     </message>
     <message>
         <source>An error occurred while using the keychain (%1).</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>UnpackBudget</name>
+    <message>
+        <source>less than %1 MB are free in %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the archive unpacks to more than %1 MB</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the archive unpacks to more than %1 files</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -764,6 +806,10 @@ desktop program keeps it: apps that are not installed become records of their ow
         <source> has been updated</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>An update of %1 is already running</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>VLInstaller</name>
@@ -776,22 +822,6 @@ desktop program keeps it: apps that are not installed become records of their ow
     <name>VLMainWindowController</name>
     <message>
         <source>Scanning for applications...</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>No applications were found!</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Please make sure that you have Spotlight enabled and permissions to access your Applications folder.</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Checking for updates...</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Syncing Done</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
@@ -812,6 +842,10 @@ desktop program keeps it: apps that are not installed become records of their ow
     </message>
     <message>
         <source>View</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>A check for updates is running already.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -877,6 +911,25 @@ desktop program keeps it: apps that are not installed become records of their ow
     </message>
     <message>
         <source>Connection error!</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>VLSynchronousTask</name>
+    <message>
+        <source>%1 could not be started</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 did not finish within %2 seconds and was stopped</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 was stopped by signal %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 failed with status %2</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

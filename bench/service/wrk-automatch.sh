@@ -11,6 +11,7 @@ seconds=${2:-10}
 connections=${3:-4}
 here=$(dirname "$(realpath "$0")")
 work=$(mktemp -d)
+chmod 755 "$work" # nginx's workers read the reply file as another user
 service_pid=
 nginx_pid=
 cleanup() {
@@ -34,7 +35,7 @@ url=$(head -n1 "$work/address")
 "$build/bench/service/bench_service_automatch" --url "$url" --save "$work/request"
 
 mkdir -p "$work/static"
-cp "$work/request.reply" "$work/static/reply"
+install -m 644 "$work/request.reply" "$work/static/reply"
 nginx_port=$(free_port)
 cat >"$work/nginx.conf" <<CONF
 worker_processes 1;

@@ -66,6 +66,7 @@ CatalogueEntry CatalogueCache::entryFor(const StoredApp &app)
     entry.isBeta = app.record.value(QLatin1StringView("stability")).toString().contains(u"beta", Qt::CaseInsensitive);
     fillFileFacts(entry.record, entry.link);
     entry.encodedMembers = encodeShortKeyMembers(entry.id, entry.record);
+    entry.replyTail = ZlibJoin::fragment(',' + entry.encodedMembers + '}');
     return entry;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "wire/ZlibJoin.h"
+
 // The catalogue in memory, as matching and the replies need it: each record with its short-key members
 // encoded once, and one lookup table per matching key. Immutable once built, so threads share it freely.
 
@@ -12,9 +14,10 @@
 struct CatalogueEntry
 {
     QString id;
-    QJsonObject record;        // long keys, with the hash and size of files the service serves filled in
-    QByteArray encodedMembers; // the short-key members except "e1", "h" and "i", without braces
-    QString link;              // as stored: absolute, or a path on this service
+    QJsonObject record;           // long keys, with the hash and size of files the service serves filled in
+    QByteArray encodedMembers;    // the short-key members except "e1", "h" and "i", without braces
+    ZlibJoin::Fragment replyTail; // "," + encodedMembers + "}", compressed once for every matching reply
+    QString link;                 // as stored: absolute, or a path on this service
     bool isBeta = false;
 };
 

@@ -6,33 +6,38 @@
 #include "wire/AutomatchRequest.h"
 #include "wire/JsonText.h"
 #include "wire/PathSegments.h"
-#include "wire/Zlib.h"
+#include "wire/ZlibJoin.h"
 
 #include <QJsonDocument>
 
 namespace {
 
+// The compressed JSON object: each matched app's own members (h, i, e1) as they come, then its record's members,
+// compressed once when the catalogue was read.
 QByteArray matchReply(const httplib::Request &req, const CatalogueIndex &index, const AutomatchRequest &request)
 {
     const QString base = Reply::baseUrl(req);
-    QByteArray json = "{";
-    json.reserve(qsizetype(request.apps.size()) * 600);
+    ZlibJoin reply;
+    reply.append(QByteArray("{"));
+    QByteArray head;
     for (const auto &[number, app] : request.apps) {
         const CatalogueEntry *entry = index.match(app.description);
         if (!entry)
             continue;
-        json.append(json.size() > 1 ? ",\"" : "\"").append(QByteArray::number(number)).append("\":{\"h\":");
-        JsonText::appendQuoted(json, app.digest);
-        json.append(",\"i\":");
-        JsonText::appendQuoted(json, app.installedVersion);
+        head.append('"').append(QByteArray::number(number)).append("\":{\"h\":");
+        JsonText::appendQuoted(head, app.digest);
+        head.append(",\"i\":");
+        JsonText::appendQuoted(head, app.installedVersion);
         if (!entry->link.isEmpty()) {
-            json.append(",\"e1\":");
-            JsonText::appendQuoted(json, entry->link.startsWith(u'/') ? base + entry->link : entry->link);
+            head.append(",\"e1\":");
+            JsonText::appendQuoted(head, entry->link.startsWith(u'/') ? base + entry->link : entry->link);
         }
-        json.append(',').append(entry->encodedMembers).append('}');
+        reply.append(head);
+        reply.append(entry->replyTail);
+        head = ",";
     }
-    json += '}';
-    return json;
+    reply.append(QByteArray("}"));
+    return reply.finish();
 }
 
 void automatch(const httplib::Request &req, httplib::Response &res, ServiceContext &context)
@@ -42,7 +47,7 @@ void automatch(const httplib::Request &req, httplib::Response &res, ServiceConte
     if (!request)
         return Reply::fail(res, 400, error);
     const auto index = context.catalogue.current();
-    Reply::bytes(res, Zlib::compress(matchReply(req, *index, *request)), "application/octet-stream");
+    Reply::bytes(res, matchReply(req, *index, *request), "application/octet-stream");
 }
 
 void blacklist(const httplib::Request &, httplib::Response &res, ServiceContext &context)

@@ -2,8 +2,6 @@
 
 #include "http/RequestLog.h"
 
-#include <QString>
-
 #include <arpa/inet.h>
 #include <netinet/in.h>
 #include <sys/socket.h>
@@ -100,8 +98,7 @@ void FrontConnection::refuse(const Refusal &refusal)
     // A short answer to a fresh connection fits its send buffer; a client that reads nothing loses it.
     ::send(fd, answer.data(), answer.size(), MSG_DONTWAIT | MSG_NOSIGNAL);
     const auto [method, target] = requestLine(*this);
-    RequestLog::write(client, method, target, refusal.status, std::to_string(reason.size()),
-                      QString::fromLatin1(refusal.reason));
+    RequestLog::write(client, method, target, refusal.status, std::to_string(reason.size()), refusal.reason);
     finish();
 }
 

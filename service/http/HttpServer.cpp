@@ -8,6 +8,7 @@
 #include "http/RequestRouter.h"
 #include "http/Routes.h"
 #include "storage/SqlDatabase.h"
+#include "wire/Zlib.h"
 
 #include <csignal>
 #include <cstdio>
@@ -25,6 +26,15 @@ std::string sentBytes(const httplib::Response &res)
     return res.body.empty() && !length.empty() ? length : std::to_string(res.body.size());
 }
 
+// The reply's body as written, inflated when the library compressed it for the client (refusals are short).
+std::string sentText(const httplib::Response &res)
+{
+    if (res.get_header_value("Content-Encoding") != "gzip")
+        return res.body;
+    const auto text = Zlib::inflate(res.body, Zlib::Wrapper::Gzip, 64 * 1024);
+    return std::holds_alternative<std::string>(text) ? std::get<std::string>(text) : res.body;
+}
+
 void configure(RequestRouter &router, ServiceContext &context, const ServerLimits &limits)
 {
     router.set_payload_max_length(limits.maxBodyBytes);
@@ -32,8 +42,9 @@ void configure(RequestRouter &router, ServiceContext &context, const ServerLimit
     router.set_keep_alive_max_count(size_t(limits.keepAliveMax));
     router.set_keep_alive_timeout(limits.idleTimeout.count());
     router.set_logger([](const httplib::Request &req, const httplib::Response &res) {
-        RequestLog::write(req.remote_addr, req.method, req.target, res.status, sentBytes(res),
-                          QString::fromStdString(res.body));
+        // Only a refusal's reason is logged: a successful answer (a 100 KB matching reply) is never read again.
+        RequestLog::write(req.remote_addr, req.method, sentTarget(req), res.status, sentBytes(res),
+                          res.status >= 400 ? sentText(res) : std::string());
     });
     router.set_exception_handler([](const httplib::Request &, httplib::Response &res, std::exception_ptr error) {
         QString reason = QStringLiteral("internal error");

@@ -9,10 +9,13 @@ constexpr qsizetype maxLinkLength = 8192;
 
 void createShortLink(const httplib::Request &req, httplib::Response &res, ServiceContext &context)
 {
-    // The program inserts the link unescaped, so it runs to the end of the target, "&" and "?" included.
-    const QString target = QString::fromStdString(req.target);
+    // The program inserts the link unescaped, so it runs to the end of the target, "&" and "?" included. It also
+    // puts "http://" before a link that starts "https://": that link is the https one.
+    const QString target = QString::fromStdString(sentTarget(req));
     const qsizetype at = target.indexOf(QLatin1StringView("?url="));
-    const QString link = at < 0 ? QString() : target.mid(at + 5);
+    QString link = at < 0 ? QString() : target.mid(at + 5);
+    if (link.startsWith(QLatin1StringView("http://https://")))
+        link.remove(0, 7);
     if (!(link.startsWith(QLatin1StringView("http://")) || link.startsWith(QLatin1StringView("https://"))) ||
         link.size() > maxLinkLength)
         return Reply::fail(res, 400, QStringLiteral("url must be an http or https link"));

@@ -5,10 +5,12 @@
 #include "http/Routes.h"
 #include "wire/FormBody.h"
 
+#include <QStringDecoder>
+
 namespace {
 
 // Base64 sent raw in a form body ("+" stays "+"); a URL-encoded one is accepted too.
-std::optional<QString> base64Field(const FormBody &form, const QString &name)
+std::optional<QByteArray> base64Field(const FormBody &form, const QString &name)
 {
     QByteArray raw = form.raw(name).toLatin1();
     if (raw.contains('%')) {
@@ -18,7 +20,17 @@ std::optional<QString> base64Field(const FormBody &form, const QString &name)
         raw = decoded->toLatin1();
     }
     const auto bytes = QByteArray::fromBase64Encoding(raw, QByteArray::AbortOnBase64DecodingErrors);
-    return bytes ? std::optional(QString::fromUtf8(*bytes)) : std::nullopt;
+    return bytes ? std::optional(*bytes) : std::nullopt;
+}
+
+// UTF-8 text as text; other bytes (a binary property list) under name + "_base64", so none is lost.
+QJsonObject bytesField(const QString &name, const QByteArray &bytes)
+{
+    QStringDecoder utf8(QStringDecoder::Utf8);
+    const QString text = utf8.decode(bytes);
+    if (utf8.hasError())
+        return {{name + QStringLiteral("_base64"), QString::fromLatin1(bytes.toBase64())}};
+    return {{name, text}};
 }
 
 // The member field "m": a decimal number, -1 for no member.
@@ -46,7 +58,7 @@ void problemReport(const httplib::Request &req, httplib::Response &res, ServiceC
         return Reply::fail(res, 400, QStringLiteral("a report needs issue (base64), m and appname"));
     // The path comes last and raw, so an "&" inside it must not end it.
     const QJsonObject fields{
-        {QStringLiteral("issue"), *issue},
+        {QStringLiteral("issue"), QString::fromUtf8(*issue)},
         {QStringLiteral("app_id"), form->raw(QStringLiteral("appid"))},
         {QStringLiteral("app_name"), *appName},
         {QStringLiteral("installed_version"), form->raw(QStringLiteral("installedversion"))},
@@ -65,7 +77,8 @@ void badPlistReport(const httplib::Request &req, httplib::Response &res, Service
     const auto member = form ? memberField(*form) : std::nullopt;
     if (!plist || !member)
         return Reply::fail(res, 400, QStringLiteral("a report needs plist (base64) and m"));
-    storeReport(res, context, {0, QStringLiteral("badplist"), {}, *member, {{QStringLiteral("plist"), *plist}}});
+    storeReport(res, context,
+                {0, QStringLiteral("badplist"), {}, *member, bytesField(QStringLiteral("plist"), *plist)});
 }
 
 // Labels and values come unescaped (an e-mail address, a "&"), so each field is taken decoded where it

@@ -4,6 +4,7 @@
 
 #include "http/Reply.h"
 #include "http/ServiceContext.h"
+#include "wire/RequestHead.h"
 
 #include <httplib.h>
 
@@ -13,6 +14,13 @@ using RouteHandler = void (*)(const httplib::Request &, httplib::Response &, Ser
 inline httplib::Server::Handler withContext(ServiceContext &context, RouteHandler handler)
 {
     return [&context, handler](const httplib::Request &req, httplib::Response &res) { handler(req, res, context); };
+}
+
+// The request target as the client sent it (the router may have seen later "?" escaped).
+inline std::string sentTarget(const httplib::Request &req)
+{
+    const std::string sent = req.get_header_value(std::string(RequestHead::sentTargetField));
+    return sent.empty() ? req.target : sent;
 }
 
 // A POST route. The server library refuses form bodies over 8 KiB before a plain handler sees them (a

@@ -212,12 +212,28 @@ std::variant<RequestHead, Refusal> RequestHead::parse(std::string_view text, con
 
 std::string RequestHead::forwarded(size_t bodySize) const
 {
-    std::string text = method + ' ' + target + ' ' + version + "\r\n";
+    std::string routed = target;
+    if (const size_t query = routed.find('?'); query != std::string::npos) {
+        for (size_t at = routed.find('?', query + 1); at != std::string::npos; at = routed.find('?', at + 3))
+            routed.replace(at, 1, "%3F");
+    }
+    std::string text = method + ' ' + routed + ' ' + version + "\r\n";
     for (const auto &[name, value] : fields) {
         if (sameName(name, "content-length") || sameName(name, "transfer-encoding") ||
-            sameName(name, "content-encoding") || sameName(name, "expect"))
+            sameName(name, "content-encoding") || sameName(name, "expect") || sameName(name, sentTargetField))
             continue;
         text.append(name).append(": ").append(value).append("\r\n");
+    }
+    if (routed != target) {
+        // The router's library decodes escapes in header values: each "%" goes as "%25" to arrive as itself.
+        text.append(sentTargetField).append(": ");
+        for (const char c : target) {
+            if (c == '%')
+                text.append("%25");
+            else
+                text.push_back(c);
+        }
+        text.append("\r\n");
     }
     return text.append("Content-Length: ").append(std::to_string(bodySize)).append("\r\n\r\n");
 }

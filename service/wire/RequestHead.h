@@ -42,6 +42,10 @@ public:
     // The head's text up to (not including) its empty line, lines ending in CRLF or LF.
     static std::variant<RequestHead, Refusal> parse(std::string_view text, const HeadLimits &limits);
 
+    // The router refuses a target with more than one "?", though a query may hold a link that has its own. It gets
+    // the target with every later "?" escaped, and the target as sent in this field (never taken from a client).
+    static constexpr std::string_view sentTargetField = "Velmora-Sent-Target";
+
     // The same request framed by a Content-Length of the decoded body alone: no transfer or content coding and
     // no Expect, so what reads it next has one way to read it.
     std::string forwarded(size_t bodySize) const;

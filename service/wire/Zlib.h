@@ -9,9 +9,6 @@
 
 namespace Zlib {
 
-// One zlib stream (with its header), as the matching reply is sent.
-QByteArray compress(const QByteArray &data);
-
 enum class Wrapper { Gzip, Zlib };
 enum class InflateError { Malformed, TooLarge };
 

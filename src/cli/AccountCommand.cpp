@@ -139,7 +139,6 @@ int AccountCommand::login(const QStringList &words, CommandContext &ctx)
         return usage(options.problem, ctx);
     }
     CliFeedback feedback(ctx.err);
-    MemberSession::prepare();
     VLMemberAccount account;
     const std::optional<QString> email = options.values.contains(QStringLiteral("--email"))
                                              ? options.values.value(QStringLiteral("--email"))
@@ -169,7 +168,6 @@ int AccountCommand::signup(const QStringList &words, CommandContext &ctx)
         return usage(options.problem, ctx);
     }
     CliFeedback feedback(ctx.err);
-    MemberSession::prepare();
     VLMemberAccount account;
     const std::optional<QString> typed = password(options.passwordFromStdin);
     account.signupEmail = options.values.value(QStringLiteral("--email"));

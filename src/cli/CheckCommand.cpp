@@ -1,13 +1,10 @@
 #include "cli/CheckCommand.h"
 
+#include "cli/AppsOutput.h"
 #include "cli/CliFeedback.h"
-#include "cli/RecordLines.h"
-#include "model/AppJson.h"
 #include "scan/VLMainWindowController.h"
 
 #include <QEventLoop>
-#include <QJsonArray>
-#include <QJsonDocument>
 
 #include <unistd.h>
 
@@ -67,16 +64,8 @@ int CheckCommand::execute(const QStringList &arguments, CommandContext &ctx)
         return ExitFailure;
     }
     const AppList outdated = driver.outdatedApps();
-    if (ctx.json) {
-        QJsonArray array;
-        for (const AppRef &app : outdated) {
-            array.append(appToJson(*app));
-        }
-        ctx.out << QJsonDocument(array).toJson(QJsonDocument::Indented);
-    } else {
-        for (const AppRef &app : outdated) {
-            ctx.out << recordLine({app->displayName, app->localVersion, app->vlVersion}) << '\n';
-        }
-    }
+    printApps(outdated, ctx, [](const VLApp &app) {
+        return QStringList{app.displayName, app.localVersion, app.vlVersion};
+    });
     return ExitSuccess;
 }

@@ -44,6 +44,8 @@ public:
         Q_UNUSED(arguments);
         return false;
     }
+    // False for commands that never reach a host; the others write the start settings first ("serial", "penguin").
+    virtual bool talksToService() const { return true; }
 };
 
 // Every command, in the order "velmora-cli --help" lists them. Defined in Commands.cpp.

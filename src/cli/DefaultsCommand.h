@@ -11,6 +11,7 @@ public:
     QString name() const override { return QStringLiteral("defaults"); }
     QString description() const override;
     QString help() const override;
+    bool talksToService() const override { return false; }
     int execute(const QStringList &arguments, CommandContext &ctx) override;
 
 private:

@@ -9,5 +9,6 @@ public:
     QString name() const override { return QStringLiteral("inspect"); }
     QString description() const override;
     QString help() const override;
+    bool talksToService() const override { return false; }
     int execute(const QStringList &arguments, CommandContext &ctx) override;
 };

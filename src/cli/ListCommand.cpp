@@ -1,14 +1,10 @@
 #include "cli/ListCommand.h"
 
-#include "cli/RecordLines.h"
+#include "cli/AppsOutput.h"
 #include "cli/StoreDamageNotice.h"
-#include "model/AppJson.h"
 #include "platform/VLSettings.h"
 #include "scan/OutdatedFilter.h"
 #include "scan/VLScanData.h"
-
-#include <QJsonArray>
-#include <QJsonDocument>
 
 QString ListCommand::description() const
 {
@@ -64,16 +60,8 @@ int ListCommand::execute(const QStringList &arguments, CommandContext &ctx)
         listed = apps;
     }
 
-    if (ctx.json) {
-        QJsonArray array;
-        for (const AppRef &app : std::as_const(listed)) {
-            array.append(appToJson(*app));
-        }
-        ctx.out << QJsonDocument(array).toJson(QJsonDocument::Indented);
-    } else {
-        for (const AppRef &app : std::as_const(listed)) {
-            ctx.out << recordLine({app->displayName, app->localVersion, app->vlVersion, app->localPath}) << '\n';
-        }
-    }
+    printApps(listed, ctx, [](const VLApp &app) {
+        return QStringList{app.displayName, app.localVersion, app.vlVersion, app.localPath};
+    });
     return ExitSuccess;
 }

@@ -1,18 +1,11 @@
 #include "cli/MemberSession.h"
 
-#include "scan/VLAppDelegate.h"
 #include "services/VLMemberAccount.h"
 
 namespace MemberSession {
 
-void prepare()
-{
-    VLAppDelegate::writeStartupSettings();
-}
-
 bool restore(VLMemberAccount &account)
 {
-    prepare();
     account.loadAccountFromKeychain();
     if (account.password.isEmpty()) {
         account.loadAccountFromCookie();

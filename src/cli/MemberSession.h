@@ -8,8 +8,6 @@
 class VLMemberAccount;
 
 namespace MemberSession {
-// The machine's serial and the installation's id, which the log-in sends, are kept as at every start.
-void prepare();
 // Signs in from what is stored; false when nobody is stored or the service refused.
 bool restore(VLMemberAccount &account);
 // restore, with the error printed when nobody is signed in.

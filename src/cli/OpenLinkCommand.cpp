@@ -3,7 +3,10 @@
 #include "cli/RecordLines.h"
 #include "cli/UpdateRun.h"
 #include "scan/InstallLinks.h"
+#include "scan/VLMainWindowController.h"
 #include "scan/VLScanData.h"
+
+#include <QEventLoop>
 
 namespace {
 
@@ -54,8 +57,19 @@ int OpenLinkCommand::execute(const QStringList &arguments, CommandContext &ctx)
         ctx.err << "error: " << Cli::tr("%1 is not an install link").arg(link) << '\n';
         return ExitUsage;
     }
-    VLScanData store;
-    const QList<InstallLinks::LinkedApp> linked = InstallLinks::installFromLink(link, store);
+    // As the desktop program does: the link waits for the driver's store, read as a launch by the login item reads
+    // it (never forcing a scan).
+    VLMainWindowController driver;
+    QList<InstallLinks::LinkedApp> linked;
+    QEventLoop loop;
+    QObject::connect(&driver, &VLMainWindowController::linkOpened, &loop,
+                     [&](const QList<InstallLinks::LinkedApp> &apps) {
+                         linked = apps;
+                         loop.quit();
+                     });
+    driver.loadScanDataOrRunScan(true);
+    driver.installFromLink(link);
+    loop.exec();
     if (linked.isEmpty()) {
         ctx.err << "error: " << Cli::tr("the link names no app the service knows") << '\n';
         return ExitFailure;
@@ -67,5 +81,5 @@ int OpenLinkCommand::execute(const QStringList &arguments, CommandContext &ctx)
             toInstall.append(entry.app);
         }
     }
-    return toInstall.isEmpty() ? ExitSuccess : UpdateRun(ctx, store, yes).run(toInstall, false);
+    return toInstall.isEmpty() ? ExitSuccess : UpdateRun(ctx, driver.scanData(), yes).run(toInstall, false);
 }

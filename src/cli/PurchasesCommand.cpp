@@ -42,7 +42,7 @@ int PurchasesCommand::execute(const QStringList &arguments, CommandContext &ctx)
     VLScanData store;
     AppList bought;
     for (const AppRef &app : VLMemberLists::mergePurchaseItems(store, purchases.serverApps)) {
-        if (!app->orderid.isEmpty()) {
+        if (!app->orderid.isNull()) {
             bought.append(app);
         }
     }

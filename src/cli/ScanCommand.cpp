@@ -1,13 +1,10 @@
 #include "cli/ScanCommand.h"
 
-#include "cli/RecordLines.h"
-#include "model/AppJson.h"
+#include "cli/AppsOutput.h"
 #include "platform/VLNotificationCenter.h"
 #include "scan/VLAppScanner.h"
 
 #include <QEventLoop>
-#include <QJsonArray>
-#include <QJsonDocument>
 
 QString ScanCommand::description() const
 {
@@ -43,16 +40,8 @@ int ScanCommand::execute(const QStringList &arguments, CommandContext &ctx)
     scanner.createSearchPredicate();
     loop.exec();
 
-    if (ctx.json) {
-        QJsonArray array;
-        for (const AppRef &app : std::as_const(apps)) {
-            array.append(appToJson(*app));
-        }
-        ctx.out << QJsonDocument(array).toJson(QJsonDocument::Indented);
-    } else {
-        for (const AppRef &app : std::as_const(apps)) {
-            ctx.out << recordLine({app->displayName, app->localVersion, app->localPath}) << '\n';
-        }
-    }
+    printApps(apps, ctx, [](const VLApp &app) {
+        return QStringList{app.displayName, app.localVersion, app.localPath};
+    });
     return ExitSuccess;
 }

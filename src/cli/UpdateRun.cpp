@@ -81,6 +81,13 @@ int UpdateRun::run(const AppList &apps, bool asUpdateAll)
             m_ctx.out << recordLine({app->displayName, app->localVersion, outcome.installedPath}) << '\n';
             continue;
         }
+        // An app left out on purpose is no failure: the run succeeds when every update that ran did.
+        if (VLUpdateAllQueue::leavesOut(*app) || outcome.skipped) {
+            const QString reason =
+                outcome.skipped ? app->failMessage.load() : Cli::tr("this app is never updated from here");
+            m_ctx.err << "skipped: " << app->displayName << ": " << reason << '\n';
+            continue;
+        }
         allInstalled = false;
         QString reason = app->failMessage;
         if (!outcomes.contains(app.get())) {

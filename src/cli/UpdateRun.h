@@ -18,7 +18,8 @@ public:
     UpdateRun(CommandContext &ctx, VLScanData &store, bool answerYes);
 
     // Updates apps (records of store, or catalogue records it does not hold), prints one line per installed app
-    // (display name, installed version, path) and returns the exit code: failure when any was not installed.
+    // (display name, installed version, path), one "skipped:" line per app left out on purpose (by the queue's
+    // rule, or kept running by the user) and returns the exit code: failure when an update that ran failed.
     int run(const AppList &apps, bool asUpdateAll);
 
 private:

@@ -9,6 +9,7 @@ public:
     QString name() const override { return QStringLiteral("version"); }
     QString description() const override;
     QString help() const override;
+    bool talksToService() const override { return false; }
     int execute(const QStringList &arguments, CommandContext &ctx) override;
     bool takesArgumentsVerbatim(const QStringList &arguments) const override;
 };

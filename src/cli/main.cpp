@@ -3,11 +3,14 @@
 #include "cli/Command.h"
 #include "platform/CookieFile.h"
 #include "platform/Log.h"
+#include "scan/VLAppDelegate.h"
 #include "services/VLGoogleTracking.h"
 
 #include <QCoreApplication>
 
+#include <algorithm>
 #include <cstdio>
+#include <utility>
 
 namespace {
 
@@ -21,15 +24,27 @@ void printUsage(QTextStream &stream, const std::vector<std::unique_ptr<Command>>
     stream << Cli::tr("Usage: velmora-cli [--verbose] [--json] COMMAND [ARGUMENTS]") << "\n\n"
            << Cli::tr("Velmora Desktop finds the applications on this computer and keeps them up to date.") << "\n\n"
            << Cli::tr("Commands:") << '\n';
+    // One column for commands and options alike, as wide as the longest name.
+    const std::pair<QString, QString> options[] = {
+        {QStringLiteral("--json"), Cli::tr("print JSON on stdout (commands that list records)")},
+        {QStringLiteral("--verbose"), Cli::tr("copy the program's log lines to stderr")},
+        {QStringLiteral("--version"), Cli::tr("print the version")},
+        {QStringLiteral("--help"), Cli::tr("print this help; velmora-cli COMMAND --help explains one command")},
+    };
+    qsizetype width = 0;
     for (const auto &command : commands) {
-        stream << "  " << command->name().leftJustified(10) << ' ' << command->description() << '\n';
+        width = std::max(width, command->name().size());
     }
-    stream << '\n'
-           << Cli::tr("Options:") << '\n'
-           << "  --json      " << Cli::tr("print JSON on stdout (commands that list records)") << '\n'
-           << "  --verbose   " << Cli::tr("copy the program's log lines to stderr") << '\n'
-           << "  --version   " << Cli::tr("print the version") << '\n'
-           << "  --help      " << Cli::tr("print this help; velmora-cli COMMAND --help explains one command") << '\n';
+    for (const auto &[name, text] : options) {
+        width = std::max(width, name.size());
+    }
+    for (const auto &command : commands) {
+        stream << "  " << command->name().leftJustified(width) << "  " << command->description() << '\n';
+    }
+    stream << '\n' << Cli::tr("Options:") << '\n';
+    for (const auto &[name, text] : options) {
+        stream << "  " << name.leftJustified(width) << "  " << text << '\n';
+    }
 }
 
 } // namespace
@@ -117,6 +132,9 @@ int main(int argc, char **argv)
     installLogRouting(ctx.verbose);
     // Cookies the service and the site set (the site's sign-in among them) hold across runs.
     CookieFile::load();
+    if (command->talksToService()) {
+        VLAppDelegate::writeStartupSettings();
+    }
     const int exitCode = command->execute(arguments, ctx);
     VLGoogleTracking::waitForPendingHits(5000);
     CookieFile::save();

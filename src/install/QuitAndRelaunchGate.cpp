@@ -36,6 +36,7 @@ bool QuitAndRelaunchGate::prepareToReplace(const QString &target)
         tr("Please quit the application before continuing installation."), tr("%1 is running.").arg(appName),
         tr("Quit App and Proceed"), tr("Skip Installation"));
     if (!quit) {
+        m_declined = true;
         vlLog(QStringLiteral("installation skipped, %1 is running").arg(target));
         if (m_app) {
             VLAppDownload::setFailure(*m_app, m_vlID, tr("Installation skipped: %1 is running").arg(appName));

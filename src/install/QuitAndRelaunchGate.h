@@ -26,6 +26,8 @@ public:
     explicit QuitAndRelaunchGate(VLApp *app = nullptr, const QString &vlID = QString());
 
     bool prepareToReplace(const QString &target) override;
+    // The user chose to keep the app running: the installation was skipped on purpose, which is no failure.
+    bool declined() const { return m_declined; }
     void finishedReplacing(const QString &target, bool placed) override;
 
 private:
@@ -35,4 +37,5 @@ private:
     VLApp *m_app;
     QString m_vlID;
     QList<RunningProcess> m_quit;
+    bool m_declined = false;
 };

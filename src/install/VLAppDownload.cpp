@@ -1,17 +1,21 @@
 #include "install/VLAppDownload.h"
 
+#include "install/DownloadBounds.h"
 #include "install/FileHash.h"
 #include "install/KeptDownload.h"
+#include "install/StagingLeftovers.h"
 #include "install/UpdateRows.h"
 #include "install/VLInstaller.h"
 #include "model/StringUtils.h"
 #include "platform/AppPaths.h"
 #include "platform/DesktopOpener.h"
+#include "platform/FileLock.h"
 #include "platform/HttpDownload.h"
 #include "platform/Log.h"
 #include "platform/VLNotificationCenter.h"
 #include "platform/VLSettings.h"
 #include "platform/WebRequest.h"
+#include "services/FireAndForget.h"
 #include "services/VLAppOnServer.h"
 #include "services/VLGoogleTracking.h"
 
@@ -29,7 +33,6 @@ const QByteArray kUserAgent = QByteArrayLiteral("Mozilla/5.0 (Macintosh; U; PPC 
                                                 "(KHTML, like Gecko) Velmora Desktop/6.0.4");
 // The size assumed when the host does not say; progress may then pass 100%.
 constexpr qint64 kUnknownLength = 555555;
-constexpr int kTimeoutMs = 30000;
 // A transfer that breaks off is continued from where it stopped this many times, after a short pause.
 constexpr int kResumeTries = 3;
 constexpr unsigned long kResumePauseMs = 1000;
@@ -44,6 +47,12 @@ void setHeader(HttpHeaders &headers, const QByteArray &name, const QByteArray &v
 QVariant recordObject(VLApp &app)
 {
     return QVariant::fromValue(&app);
+}
+
+// A failure text with the reason a tool or a bound gave, when there is one.
+QString withReason(const QString &failure, const QString &reason)
+{
+    return reason.isEmpty() ? failure : failure + QStringLiteral(": ") + reason;
 }
 
 } // namespace
@@ -80,8 +89,8 @@ VLAppDownload::InstallKind VLAppDownload::installKindFor(const QString &file)
 VLAppDownload::VLAppDownload(std::shared_ptr<VLApp> app, UpdateRows *rows, RunningAppGate *gate)
     : m_app(std::move(app)), m_rows(rows), m_gate(gate), m_vlID(m_app->vlID), m_digest(m_app->digestString),
       m_downloadFolder(m_app->createDownloadPath()), m_name(m_app->name), m_displayName(m_app->displayName),
-      m_downloadURL(m_app->download_url), m_filehash(m_app->filehash), m_localPath(m_app->localPath),
-      m_installerRecord(*m_app)
+      m_downloadURL(m_app->download_url), m_filehash(m_app->filehash), m_fileSize(m_app->fileSize),
+      m_localPath(m_app->localPath), m_installerRecord(*m_app)
 {
     const VLSettings settings;
     if (!settings.stringValue(SettingKey::lastlogin).isEmpty() && settings.boolValue(SettingKey::addDownloadWL)) {
@@ -92,10 +101,22 @@ VLAppDownload::VLAppDownload(std::shared_ptr<VLApp> app, UpdateRows *rows, Runni
 void VLAppDownload::download()
 {
     VLApp &app = *m_app;
+    // The record's folder is this update's alone: another update of the same app, in this process or another, has
+    // to end first.
+    const QString temporary = AppPaths::privateTempFolder();
+    FileLock updating(temporary + QLatin1Char('/') + m_digest + QStringLiteral(".lock"));
+    if (!temporary.isEmpty() && !m_digest.isEmpty() && !m_digest.contains(QLatin1Char('/')) && !updating.lock(0)) {
+        setFailure(tr("An update of %1 is already running").arg(m_displayName));
+        VLNotificationCenter::defaultCenter().post(QStringLiteral("VLDownloadFailed"), recordObject(app));
+        return;
+    }
+    if (QDir::isAbsolutePath(m_localPath)) {
+        StagingLeftovers::clearBeside(m_localPath);
+    }
     // Each update starts in an empty private folder: nothing left by an earlier one is unpacked by mistake. Only what
     // lies in our own temporary folder is ever deleted here.
-    const QString temporary = AppPaths::privateTempFolderName() + QLatin1Char('/');
-    if (app.downloadPath.startsWith(temporary) && app.downloadPath.size() > temporary.size() &&
+    const QString inTemporary = AppPaths::privateTempFolderName() + QLatin1Char('/');
+    if (app.downloadPath.startsWith(inTemporary) && app.downloadPath.size() > inTemporary.size() &&
         !app.downloadPath.contains(QLatin1String("/.."))) {
         cleanUp(app.downloadPath);
     }
@@ -126,6 +147,11 @@ void VLAppDownload::download()
     } else if (const QString file = fetch(); !file.isEmpty() && !app.didCancel) {
         downloadDidFinish(file);
     }
+    // Nothing of the update stays behind, whatever its end: not the download, not what was unpacked from it. An
+    // extension is the exception: the desktop's opener still has to read it.
+    if (!m_keepsDownload) {
+        cleanUp(m_downloadFolder);
+    }
     app.isDownloading = false;
     app.isInstalling = false;
     if (m_rows) {
@@ -145,8 +171,8 @@ void VLAppDownload::sendDownloadRecord() const
                    settings.stringValue(SettingKey::lastlogin) + QStringLiteral("/0/0/") +
                    urlEncodeValue(settings.stringValue(SettingKey::penguin)) + QLatin1Char('/') +
                    urlEncodeValue(settings.stringValue(SettingKey::serial)));
-    // Only counted by the service: the download does not wait for it.
-    QThreadPool::globalInstance()->start([url] { sendWebRequest(WebRequest::get(url)); });
+    // Only counted by the service: neither the download nor the program's exit waits for it.
+    FireAndForget::send(WebRequest::get(url));
 }
 
 bool VLAppDownload::prepareFolder()
@@ -172,7 +198,7 @@ QString VLAppDownload::fetch()
     DownloadRequest request;
     request.url = url;
     request.folder = app.downloadPath;
-    request.timeoutMs = kTimeoutMs;
+    DownloadBounds::apply(request, m_fileSize);
     request.cancel = &app.didCancel;
     request.headers.append({QByteArrayLiteral("User-Agent"), kUserAgent});
     if (!m_downloadURL.contains(QLatin1String("sourceforge"))) {
@@ -207,7 +233,7 @@ QString VLAppDownload::fetch()
         if (result.finished()) {
             return result.filePath;
         }
-        const bool broke = result.status == 0 || (result.status >= 200 && result.status < 300);
+        const bool broke = !result.overLimit && (result.status == 0 || (result.status >= 200 && result.status < 300));
         if (!broke || result.received <= 0 || tries >= kResumeTries) {
             failTransfer(result);
             return {};
@@ -314,7 +340,7 @@ void VLAppDownload::downloadDidFinish(const QString &file)
     case InstallKind::Zip: {
         const QString folder = installer.extractZIP(file);
         if (folder.isEmpty()) {
-            setFailure(tr("Error extracting zip file"));
+            setFailure(withReason(tr("Error extracting zip file"), installer.unpackFailure()));
         } else {
             installFrom(installer, folder);
         }
@@ -322,6 +348,7 @@ void VLAppDownload::downloadDidFinish(const QString &file)
         break;
     }
     case InstallKind::SafariExtension:
+        m_keepsDownload = true;
         DesktopOpener::open(file);
         break;
     case InstallKind::Package:
@@ -331,7 +358,7 @@ void VLAppDownload::downloadDidFinish(const QString &file)
     case InstallKind::TarGzip: {
         const QString folder = installer.extractTGZ(file);
         if (folder.isEmpty()) {
-            setFailure(tr("Error extracting tgz file"));
+            setFailure(withReason(tr("Error extracting tgz file"), installer.unpackFailure()));
         } else {
             installFrom(installer, folder);
             app.didFail = false;
@@ -343,7 +370,7 @@ void VLAppDownload::downloadDidFinish(const QString &file)
     case InstallKind::TarBzip2: {
         const QString folder = installer.extractTBZ(file);
         if (folder.isEmpty()) {
-            setFailure(tr("Error extracting tbz file"));
+            setFailure(withReason(tr("Error extracting tbz file"), installer.unpackFailure()));
         } else {
             installFrom(installer, folder);
         }
@@ -352,7 +379,7 @@ void VLAppDownload::downloadDidFinish(const QString &file)
     case InstallKind::Bzip2: {
         const QString folder = installer.extractBZ2(file);
         if (folder.isEmpty()) {
-            setFailure(tr("Error extracting bz2 file"));
+            setFailure(withReason(tr("Error extracting bz2 file"), installer.unpackFailure()));
         } else {
             installFrom(installer, folder);
         }

@@ -31,6 +31,8 @@ struct UpdateOutcome
     // The names the installer gave the record when the new copy went elsewhere than the old one; null when kept.
     QString name;
     QString displayName;
+    // Left out on purpose (the user kept the app running); its failure message says why.
+    bool skipped = false;
 };
 
 class VLAppDownload
@@ -89,6 +91,7 @@ private:
     QString m_displayName;
     QString m_downloadURL;
     QString m_filehash;
+    QString m_fileSize;
     // The installed copy's path while the update runs; the installer puts the new version there.
     QString m_localPath;
     // The record as the watch list gets it, when the user asked for downloads to be added there.
@@ -97,4 +100,6 @@ private:
     VLApp m_installerRecord;
     double m_shownProgress = -1.0;
     bool m_pageRejected = false;
+    // The download is handed to another program, which reads it after the update has ended.
+    bool m_keepsDownload = false;
 };

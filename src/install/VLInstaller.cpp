@@ -11,26 +11,50 @@
 #include <QDir>
 #include <QFileInfo>
 
-// Unpacking and attaching. Every step works in a fresh folder beside the download, runs its tool there, and checks
-// that the archive named nothing outside that folder: the tools refuse such entries or rewrite them inside, and
-// either way the unpacking counts as failed. The download's path is made absolute first, since the tools run inside
-// the work folder.
+#include <csignal>
 
-namespace {
+// Unpacking and attaching. Every step works in a fresh folder beside the download, runs its tool there within the
+// archive's budget, and checks that the archive named nothing outside that folder: the tools refuse such entries or
+// rewrite them inside, and either way the unpacking counts as failed. The download's path is made absolute first,
+// since the tools run inside the work folder.
 
-// A fresh work folder beside the download (whose path is made absolute in file); "" when it cannot be made.
-QString prepareWorkFolder(const QString &download, QString *file)
+QString VLInstaller::prepareWorkFolder(const QString &download, QString *file)
 {
+    m_unpackFailure.clear();
     *file = QFileInfo(download).absoluteFilePath();
     const QString workFolder = QFileInfo(*file).path() + QLatin1Char('/') + WorkFolder::uniqueName();
     return WorkFolder::prepare(workFolder) ? workFolder : QString();
 }
 
-// bunzip2 writes beside the compressed file, not into the work folder.
-bool bunzip(const QString &file, const QString &workFolder)
+bool VLInstaller::unpackWith(const UnpackBudget &budget, const QString &tool, const QStringList &args,
+                             const QString &folder, QByteArray *output)
 {
-    if (VLSynchronousTask::task(WorkFolder::tool(QStringLiteral("bunzip2")), workFolder,
-                                {QStringLiteral("-d"), file})) {
+    m_unpackFailure = budget.checkFreeSpace();
+    if (!m_unpackFailure.isEmpty()) {
+        return false;
+    }
+    const QStringList command = budget.confine(WorkFolder::tool(tool), args);
+    VLSynchronousTask runner;
+    runner.setName(tool);
+    runner.setWatch([&budget] { return budget.watch(); });
+    runner.run(command.first(), folder, command.mid(1), std::nullopt);
+    if (!runner.done() || runner.result() != 0) {
+        // A file past the size limit ends the tool with a signal: the budget says why.
+        const QString overBudget = runner.result() == 128 + SIGXFSZ ? budget.tooLarge() : budget.checkFolder();
+        m_unpackFailure = overBudget.isEmpty() ? runner.failureText() : overBudget;
+        return false;
+    }
+    m_unpackFailure = budget.checkFolder();
+    if (output) {
+        *output = runner.output();
+    }
+    return m_unpackFailure.isEmpty();
+}
+
+// bunzip2 writes beside the compressed file, not into the work folder.
+bool VLInstaller::bunzip(const UnpackBudget &budget, const QString &file, const QString &workFolder)
+{
+    if (unpackWith(budget, QStringLiteral("bunzip2"), {QStringLiteral("-d"), file}, workFolder)) {
         return true;
     }
     vlLog(QStringLiteral("error extracting to %1").arg(workFolder));
@@ -38,16 +62,16 @@ bool bunzip(const QString &file, const QString &workFolder)
 }
 
 // tar's listing of what it unpacked (-v) names every entry as the archive spells it, before tar strips a leading
-// "/", so it tells whether the archive tried to leave the folder.
-bool untar(const QString &tarFile, const QString &workFolder)
+// "/", so it tells whether the archive tried to leave the folder. Modes are taken without set-id bits.
+bool VLInstaller::untar(const UnpackBudget &budget, const QString &tarFile, const QString &workFolder)
 {
-    const std::optional<QByteArray> listing =
-        VLSynchronousTask::task(WorkFolder::tool(QStringLiteral("tar")), workFolder,
-                                {QStringLiteral("--no-same-owner"), QStringLiteral("-xvf"), tarFile});
-    return listing && WorkFolder::listsContainedNames(*listing) && WorkFolder::holdsOnlyPlainEntries(workFolder);
+    QByteArray listing;
+    return unpackWith(budget, QStringLiteral("tar"),
+                      {QStringLiteral("--no-same-owner"), QStringLiteral("--no-same-permissions"),
+                       QStringLiteral("-xvf"), tarFile},
+                      workFolder, &listing) &&
+           WorkFolder::listsContainedNames(listing) && WorkFolder::holdsOnlyPlainEntries(workFolder);
 }
-
-} // namespace
 
 VLInstaller::VLInstaller() = default;
 
@@ -74,16 +98,17 @@ QString VLInstaller::extractZIP(const QString &download)
         return {};
     }
     // unzip reads the names from the archive's directory alone, so checking them first costs next to nothing; unzip
-    // itself then refuses to write through a link.
-    const QString unzip = WorkFolder::tool(QStringLiteral("unzip"));
-    const std::optional<QByteArray> names = VLSynchronousTask::task(unzip, workFolder, {QStringLiteral("-Z1"), file});
+    // itself then refuses to write through a link, and gives no set-id bit.
+    const UnpackBudget budget(workFolder, QFileInfo(file).size(), m_unpackLimits);
+    QByteArray names;
+    const bool listed = unpackWith(budget, QStringLiteral("unzip"), {QStringLiteral("-Z1"), file}, workFolder, &names);
     QStringList arguments{QStringLiteral("-q"), QStringLiteral("-o"), file, QStringLiteral("-d"), workFolder};
     // The resource forks a Mac's archiver adds are left out; asked to leave out what is not there, unzip complains.
-    if (names && (names->startsWith("__MACOSX/") || names->contains("\n__MACOSX/"))) {
+    if (names.startsWith("__MACOSX/") || names.contains("\n__MACOSX/")) {
         arguments << QStringLiteral("-x") << QStringLiteral("__MACOSX/*");
     }
-    const bool unpacked = names && WorkFolder::listsContainedNames(*names) &&
-                          VLSynchronousTask::task(unzip, workFolder, arguments) &&
+    const bool unpacked = listed && WorkFolder::listsContainedNames(names) &&
+                          unpackWith(budget, QStringLiteral("unzip"), arguments, workFolder) &&
                           WorkFolder::holdsOnlyPlainEntries(workFolder);
     if (!unpacked) {
         vlLog(QStringLiteral("error extracting to %1").arg(workFolder));
@@ -99,7 +124,7 @@ QString VLInstaller::extractTGZ(const QString &download)
     if (workFolder.isEmpty()) {
         return {};
     }
-    if (!untar(file, workFolder)) {
+    if (!untar(UnpackBudget(workFolder, QFileInfo(file).size(), m_unpackLimits), file, workFolder)) {
         vlLog(QStringLiteral("error extracting tgz to %1").arg(workFolder));
         return {};
     }
@@ -114,7 +139,8 @@ QString VLInstaller::extractBZ2(const QString &download)
         return {};
     }
     // The work folder stays empty: the file is decompressed in place.
-    return bunzip(file, workFolder) ? workFolder : QString();
+    const UnpackBudget budget(workFolder, QFileInfo(file).size(), m_unpackLimits);
+    return bunzip(budget, file, workFolder) ? workFolder : QString();
 }
 
 QString VLInstaller::extractTBZ(const QString &download)
@@ -124,7 +150,9 @@ QString VLInstaller::extractTBZ(const QString &download)
     if (workFolder.isEmpty()) {
         return {};
     }
-    if (!bunzip(file, workFolder)) {
+    // bunzip2 replaces the archive by the tar file it holds; the tar file is measured by a budget of its own.
+    const qint64 archiveBytes = QFileInfo(file).size();
+    if (!bunzip(UnpackBudget(workFolder, archiveBytes, m_unpackLimits), file, workFolder)) {
         return {};
     }
     const QFileInfo info(file);
@@ -145,7 +173,7 @@ QString VLInstaller::extractTBZ(const QString &download)
         return {};
     }
     vlLog(QStringLiteral("found tar file - %1").arg(tarFile));
-    if (!untar(tarFile, workFolder)) {
+    if (!untar(UnpackBudget(workFolder, archiveBytes, m_unpackLimits), tarFile, workFolder)) {
         vlLog(QStringLiteral("error extracting to %1").arg(workFolder));
         return {};
     }

@@ -5,6 +5,7 @@
 // the update's worker thread only. Every operation answers null ("" for paths) on failure, after its log line.
 
 #include "install/AuthHelper.h"
+#include "install/UnpackBudget.h"
 
 #include <QMap>
 #include <QString>
@@ -22,6 +23,11 @@ public:
     VLApp *senderApp() const;
     // Asked around every replacement of an installed copy; may be null (the default).
     void setRunningAppGate(RunningAppGate *gate);
+
+    // What unpacking may write, relative to each archive's size.
+    void setUnpackLimits(const UnpackLimits &limits) { m_unpackLimits = limits; }
+    // Why the last unpacking failed, in words for the user; "" when no reason is known.
+    const QString &unpackFailure() const { return m_unpackFailure; }
 
     // Unpacking: each answers the work folder it made beside the download.
     QString extractZIP(const QString &file);
@@ -52,7 +58,16 @@ public:
 private:
     // An installer app of the vendor's own: run it, then find what it installed.
     QString installWithVendorInstaller(const QString &installer, const QString &localPath);
+    // A fresh work folder beside the download (made absolute in file); "" when it cannot be made.
+    QString prepareWorkFolder(const QString &download, QString *file);
+    // Runs an unpacking tool within budget; false, with the reason in unpackFailure, when it failed.
+    bool unpackWith(const UnpackBudget &budget, const QString &tool, const QStringList &args, const QString &folder,
+                    QByteArray *output = nullptr);
+    bool bunzip(const UnpackBudget &budget, const QString &file, const QString &workFolder);
+    bool untar(const UnpackBudget &budget, const QString &tarFile, const QString &workFolder);
 
+    UnpackLimits m_unpackLimits;
+    QString m_unpackFailure;
     QMap<QString, QString> m_mountPoints;
     AuthHelper m_authhelper;
     VLApp *m_senderApp = nullptr;

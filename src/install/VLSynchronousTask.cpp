@@ -2,7 +2,8 @@
 
 #include "platform/NativePath.h"
 
-#include <QCoreApplication>
+#include <QElapsedTimer>
+#include <QFileInfo>
 #include <QThread>
 
 #include <cerrno>
@@ -100,11 +101,13 @@ void VLSynchronousTask::run(const QString &launchPath, const QString &directory,
                             const std::optional<QByteArray> &input)
 {
     m_output.clear();
+    m_failure.clear();
     m_done = false;
     m_result = 0;
 
     int outFds[2];
     if (pipe2(outFds, O_CLOEXEC) != 0) {
+        describeFailure(launchPath, false, false, {});
         return;
     }
     Descriptor outRead(outFds[0]);
@@ -112,6 +115,7 @@ void VLSynchronousTask::run(const QString &launchPath, const QString &directory,
     // A socket rather than a pipe for the input, so that writing to a tool that has gone raises no SIGPIPE.
     int inFds[2];
     if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, inFds) != 0) {
+        describeFailure(launchPath, false, false, {});
         return;
     }
     Descriptor inWrite(inFds[0]);
@@ -119,7 +123,11 @@ void VLSynchronousTask::run(const QString &launchPath, const QString &directory,
 
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, inRead.get(), STDIN_FILENO);
+    if (input) {
+        posix_spawn_file_actions_adddup2(&actions, inRead.get(), STDIN_FILENO);
+    } else {
+        posix_spawn_file_actions_addopen(&actions, STDIN_FILENO, "/dev/null", O_RDONLY, 0);
+    }
     posix_spawn_file_actions_adddup2(&actions, outWrite.get(), STDOUT_FILENO);
     const QByteArray folder = NativePath::encode(directory);
     if (!directory.isEmpty()) {
@@ -134,7 +142,8 @@ void VLSynchronousTask::run(const QString &launchPath, const QString &directory,
     sigemptyset(&defaults);
     sigaddset(&defaults, SIGPIPE);
     posix_spawnattr_setsigdefault(&attributes, &defaults);
-    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF);
+    // A session of its own: no terminal to ask a password on, and one process group to stop, children included.
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID);
 
     const QByteArray path = NativePath::encode(launchPath);
     std::vector<QByteArray> argBytes{path};
@@ -154,6 +163,7 @@ void VLSynchronousTask::run(const QString &launchPath, const QString &directory,
     inRead.reset();
     outWrite.reset();
     if (spawned != 0) {
+        describeFailure(launchPath, false, false, {});
         return;
     }
 
@@ -166,7 +176,19 @@ void VLSynchronousTask::run(const QString &launchPath, const QString &directory,
         }
     }
     char buffer[1 << 16];
+    QElapsedTimer clock;
+    clock.start();
+    bool timedOut = false;
+    QString stoppedBecause;
     while (!m_done) {
+        timedOut = std::chrono::milliseconds(clock.elapsed()) > m_timeLimit;
+        if (m_watch && !timedOut) {
+            stoppedBecause = m_watch();
+        }
+        if (timedOut || !stoppedBecause.isEmpty()) {
+            kill(-pid, SIGKILL);
+            break;
+        }
         pollfd fds[2] = {{outRead.get(), POLLIN, 0}, {inWrite.get(), POLLOUT, 0}};
         const bool feeding = input && inWrite.get() >= 0;
         if (poll(fds, feeding ? 2 : 1, kTurnMs) < 0 && errno != EINTR) {
@@ -195,13 +217,39 @@ void VLSynchronousTask::run(const QString &launchPath, const QString &directory,
     }
     inWrite.reset();
     m_result = awaitExit(pid);
+    describeFailure(launchPath, true, timedOut, stoppedBecause);
+}
+
+void VLSynchronousTask::describeFailure(const QString &launchPath, bool started, bool timedOut,
+                                        const QString &stoppedBecause)
+{
+    const QString tool = m_name.isEmpty() ? QFileInfo(launchPath).fileName() : m_name;
+    if (!started) {
+        m_failure = tr("%1 could not be started").arg(tool);
+    } else if (timedOut) {
+        m_result = m_result == 0 ? 128 + SIGKILL : m_result;
+        m_failure = tr("%1 did not finish within %2 seconds and was stopped")
+                        .arg(tool)
+                        .arg(std::chrono::duration_cast<std::chrono::seconds>(m_timeLimit).count());
+    } else if (!stoppedBecause.isEmpty()) {
+        m_result = m_result == 0 ? 128 + SIGKILL : m_result;
+        m_failure = stoppedBecause;
+    } else if (m_result > 128) {
+        m_failure = tr("%1 was stopped by signal %2").arg(tool).arg(m_result - 128);
+    } else if (m_result != 0) {
+        m_failure = tr("%1 failed with status %2").arg(tool).arg(m_result);
+    }
 }
 
 std::optional<QByteArray> VLSynchronousTask::task(const QString &launchPath, const QString &directory,
-                                                  const QStringList &args, const std::optional<QByteArray> &input)
+                                                  const QStringList &args, const std::optional<QByteArray> &input,
+                                                  QString *failure)
 {
     VLSynchronousTask runner;
     runner.run(launchPath, directory, args, input);
+    if (failure) {
+        *failure = runner.failureText();
+    }
     if (!runner.done() || runner.result() != 0) {
         return std::nullopt;
     }

@@ -71,7 +71,7 @@ void VLUpdateAllQueue::addToQueue(const Apps &apps)
             app->didFail = false;
             app->isInstalling = false;
             app->isDownloading = false;
-            if (!m_updateAllApps.contains(app) && app->vlID != QLatin1String(kNeverQueued)) {
+            if (!m_updateAllApps.contains(app) && !leavesOut(*app)) {
                 m_updateAllApps.append(app);
             }
         }

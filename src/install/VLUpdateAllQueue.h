@@ -37,6 +37,9 @@ public:
 
     explicit VLUpdateAllQueue(Starter starter, QObject *parent = nullptr);
 
+    // The queue leaves this record out by rule, whatever it is asked.
+    static bool leavesOut(const VLApp &app) { return app.vlID == QLatin1String(kNeverQueued); }
+
     // Queues the outdated records in the list's sort order (setting "listSort") and starts.
     void updateAll(Apps outdatedApps);
     // Queues records in the order given and starts, as one app's own update does.

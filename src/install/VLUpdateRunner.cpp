@@ -11,8 +11,9 @@ VLUpdateRunner::VLUpdateRunner(std::shared_ptr<VLApp> app, UpdateRows *rows, QOb
     m_download = std::make_unique<VLAppDownload>(m_app, rows, gate.get());
     m_thread.reset(QThread::create([this, gate] { m_download->download(); }));
     m_thread->setObjectName(QStringLiteral("update ") + m_app->displayName);
-    connect(m_thread.get(), &QThread::finished, this, [this] {
+    connect(m_thread.get(), &QThread::finished, this, [this, gate] {
         m_outcome = m_download->outcome();
+        m_outcome.skipped = gate->declined();
         emit finished();
     });
 }

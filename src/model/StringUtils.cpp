@@ -4,7 +4,8 @@
 
 #include <QCryptographicHash>
 #include <QStringEncoder>
-#include <QUrl>
+
+#include <optional>
 
 namespace {
 
@@ -12,6 +13,16 @@ namespace {
 QString keepPresent(const QString &result)
 {
     return result.isNull() ? RecordText::empty : result;
+}
+
+// The text's UTF-8 bytes; nullopt for absent text and for text with an unpaired surrogate, which has no UTF-8 form.
+std::optional<QByteArray> strictUtf8(const QString &text)
+{
+    if (text.isNull())
+        return std::nullopt;
+    QStringEncoder encoder(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
+    const QByteArray bytes = encoder.encode(text);
+    return encoder.hasError() ? std::nullopt : std::optional(bytes);
 }
 
 } // namespace
@@ -53,14 +64,11 @@ qsizetype firstDigit(QStringView text)
 
 QString md5HexHash(const QString &text)
 {
-    if (text.isNull())
+    // A lossy replacement would give another text's digest.
+    const auto bytes = strictUtf8(text);
+    if (!bytes)
         return {};
-    // Strict UTF-8: a lone surrogate has no UTF-8 form, and a lossy replacement would give another text's digest.
-    QStringEncoder encoder(QStringEncoder::Utf8, QStringEncoder::Flag::Stateless);
-    const QByteArray bytes = encoder.encode(text);
-    if (encoder.hasError())
-        return {};
-    return QString::fromLatin1(QCryptographicHash::hash(bytes, QCryptographicHash::Md5).toHex());
+    return QString::fromLatin1(QCryptographicHash::hash(*bytes, QCryptographicHash::Md5).toHex());
 }
 
 QString base64Encoding(const QByteArray &bytes)
@@ -79,12 +87,10 @@ QByteArray dataWithBase64EncodedString(const QString &text)
 
 QString urlEncodeValue(const QString &text)
 {
-    if (text.isNull())
+    const auto bytes = strictUtf8(text);
+    if (!bytes)
         return {};
-    for (const QChar c : text) {
-        if (c.unicode() > 0x7f)
-            return {};
-    }
-    // Everything but the unreserved characters is escaped, so "&", "=", "+" and "/" survive inside a form value.
-    return keepPresent(QString::fromLatin1(QUrl::toPercentEncoding(text)));
+    // Everything but the unreserved characters is escaped, so "&", "=", "+" and "/" survive inside a form value,
+    // and text in other scripts goes out as its UTF-8 bytes.
+    return keepPresent(QString::fromLatin1(bytes->toPercentEncoding()));
 }

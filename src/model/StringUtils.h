@@ -23,5 +23,6 @@ QString md5HexHash(const QString &text);
 QString base64Encoding(const QByteArray &bytes);
 QByteArray dataWithBase64EncodedString(const QString &text);
 
-// Percent-escapes every character outside A-Z a-z 0-9 - . _ ~. Null input, or any non-ASCII character, gives null.
+// Percent-escapes the UTF-8 bytes of every character outside A-Z a-z 0-9 - . _ ~. Null input, or text with an
+// unpaired surrogate (it has no UTF-8 form), gives null.
 QString urlEncodeValue(const QString &text);

@@ -23,18 +23,25 @@ QString suggestedFileName(const QNetworkReply &reply)
                                                                                        : name;
 }
 
-// "bytes FIRST-LAST/TOTAL": FIRST and TOTAL, -1 for what is missing or "*".
-std::pair<qint64, qint64> contentRange(const QByteArray &header)
+struct ContentRange
 {
-    static const QRegularExpression range(QStringLiteral(R"(^\s*bytes\s+(\d+)-\d+/(\d+|\*)\s*$)"),
+    qint64 first = -1;
+    qint64 last = -1;
+    qint64 total = -1; // -1 for "*"
+};
+
+// "bytes FIRST-LAST/TOTAL"; first -1 when the header is missing or malformed.
+ContentRange contentRange(const QByteArray &header)
+{
+    static const QRegularExpression range(QStringLiteral(R"(^\s*bytes\s+(\d+)-(\d+)/(\d+|\*)\s*$)"),
                                           QRegularExpression::CaseInsensitiveOption);
     const QRegularExpressionMatch match = range.match(QString::fromLatin1(header));
     if (!match.hasMatch()) {
-        return {-1, -1};
+        return {};
     }
     bool known = false;
-    const qint64 total = match.captured(2).toLongLong(&known);
-    return {match.captured(1).toLongLong(), known ? total : -1};
+    const qint64 total = match.captured(3).toLongLong(&known);
+    return {match.captured(1).toLongLong(), match.captured(2).toLongLong(), known ? total : -1};
 }
 
 bool isSuccess(int status)
@@ -49,6 +56,10 @@ HttpDownload::HttpDownload(const DownloadRequest &request, QObject *parent) : QO
     m_idle.setSingleShot(true);
     m_idle.setInterval(request.timeoutMs);
     connect(&m_idle, &QTimer::timeout, this, [this] { stop(QStringLiteral("The request timed out."), true); });
+    if (request.rateWindowMs > 0 && request.minBytesPerSecond > 0) {
+        m_rateWindow.setInterval(request.rateWindowMs);
+        connect(&m_rateWindow, &QTimer::timeout, this, &HttpDownload::checkRate);
+    }
     m_cancelWatch.setInterval(50);
     connect(&m_cancelWatch, &QTimer::timeout, this, [this] {
         if (!m_canceled && m_request.cancel->load()) {
@@ -77,6 +88,10 @@ void HttpDownload::start()
     }
     if (m_request.cancel) {
         m_cancelWatch.start();
+    }
+    m_windowStart = offset;
+    if (m_rateWindow.interval() > 0) {
+        m_rateWindow.start();
     }
     send(offset);
 }
@@ -136,14 +151,12 @@ bool HttpDownload::beginFile()
     const qint64 length = lengthHeader.isValid() ? lengthHeader.toLongLong() : -1;
     const bool continues = status == 206 && m_offset > 0;
     if (continues) {
-        const auto [first, total] = contentRange(m_reply->rawHeader("Content-Range"));
-        if (first != m_offset) {
+        if (!continuesPart(length)) {
             // Some other piece of the file: only the whole file can be trusted now.
             m_restart = true;
             m_reply->abort();
             return false;
         }
-        m_result.expected = total >= 0 ? total : (length >= 0 ? m_offset + length : -1);
     } else {
         m_result.expected = length;
     }
@@ -151,6 +164,11 @@ bool HttpDownload::beginFile()
     m_result.received = continues ? m_offset : 0;
     if (m_request.fileName.isEmpty()) {
         m_result.filePath = QDir(m_request.folder).filePath(suggestedFileName(*m_reply));
+    }
+    if (m_request.maxBytes >= 0 && m_result.expected > m_request.maxBytes) {
+        m_result.overLimit = true;
+        stop(QStringLiteral("The file is larger than %1 bytes").arg(m_request.maxBytes), false);
+        return false;
     }
     emit responded(m_result);
     if (m_canceled) {
@@ -182,6 +200,11 @@ void HttpDownload::writeData()
     }
     const QByteArray chunk = reply->readAll();
     if (chunk.isEmpty()) {
+        return;
+    }
+    if (m_request.maxBytes >= 0 && m_result.received + chunk.size() > m_request.maxBytes) {
+        m_result.overLimit = true;
+        stop(QStringLiteral("The file is larger than %1 bytes").arg(m_request.maxBytes), false);
         return;
     }
     // Flushed with every piece, so a part left by a crash or a cancel is what arrived, for the next try to resume.
@@ -242,9 +265,39 @@ void HttpDownload::replyFinished()
         finish(DownloadResult::Outcome::Failed, reply->error() == QNetworkReply::InsecureRedirectError
                                                     ? reply->errorString()
                                                     : QStringLiteral("HTTP %1").arg(status));
+    } else if (m_result.expected >= 0 && m_result.received != m_result.expected) {
+        // The connection closed before the announced length, without an error from the transfer: a broken one.
+        const QString reason =
+            QStringLiteral("The transfer ended after %1 of %2 bytes").arg(m_result.received).arg(m_result.expected);
+        if (!m_request.logName.isEmpty()) {
+            vlLog(QStringLiteral("%1 Connection failed! Error - %2").arg(m_request.logName, reason));
+        }
+        finish(DownloadResult::Outcome::Failed, reason);
     } else {
         finish(DownloadResult::Outcome::Finished, QString());
     }
+}
+
+bool HttpDownload::continuesPart(qint64 length)
+{
+    const ContentRange range = contentRange(m_reply->rawHeader("Content-Range"));
+    const bool fromPart = range.first == m_offset && range.last >= range.first;
+    const bool lengthAgrees = length < 0 || length == range.last - range.first + 1;
+    const bool withinTotal = range.total < 0 || range.last < range.total;
+    if (!fromPart || !lengthAgrees || !withinTotal) {
+        return false;
+    }
+    m_result.expected = range.total >= 0 ? range.total : range.last + 1;
+    return true;
+}
+
+void HttpDownload::checkRate()
+{
+    const qint64 least = m_request.minBytesPerSecond * m_request.rateWindowMs / 1000;
+    if (m_result.received - m_windowStart < least) {
+        stop(QStringLiteral("Fewer than %1 bytes per second arrived").arg(m_request.minBytesPerSecond), true);
+    }
+    m_windowStart = m_result.received;
 }
 
 bool HttpDownload::followRedirect(QNetworkReply &reply)
@@ -272,6 +325,7 @@ void HttpDownload::finish(DownloadResult::Outcome outcome, const QString &errorT
     m_done = true;
     m_idle.stop();
     m_cancelWatch.stop();
+    m_rateWindow.stop();
     m_result.outcome = outcome;
     m_result.errorText = redactSecrets(errorText);
     emit done(m_result);

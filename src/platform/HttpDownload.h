@@ -3,8 +3,9 @@
 // A file fetched straight to disk on the calling thread's HttpSession: the bytes are written (and flushed) as they
 // arrive, so a download of any size takes no memory to speak of, and a part left by a failed or cancelled download is
 // kept, for the next try to ask only for the rest. Files are fetched as they are ("Accept-Encoding: identity"), so
-// sizes and offsets are the file's; redirects are followed except from https to http. There is no deadline, only the
-// idle time-out: a large file on a slow line may take as long as it takes while bytes keep coming.
+// sizes and offsets are the file's; redirects are followed except from https to http. There is no deadline: a large
+// file may take as long as it takes while bytes keep coming at the least rate asked for. A body that ends before the
+// length its host announced is a broken transfer (its part kept for resuming), never a finished file.
 //
 // On a worker thread: HttpDownload download(request); connect progress; DownloadResult r = download.run();
 // On the UI thread: connect progress and done, start(). Lives on the thread that made it; delete it with
@@ -34,7 +35,12 @@ struct DownloadRequest
     // host that answers 200 instead sends the whole file, which replaces the part.
     bool resume = true;
     // Given up when no byte arrives for this long.
-    int timeoutMs = 30000;
+    int timeoutMs = 60000;
+    // Given up when fewer than minBytesPerSecond arrive in a window of rateWindowMs (0: no least rate).
+    qint64 minBytesPerSecond = 0;
+    int rateWindowMs = 0;
+    // The file may not grow past this many bytes (-1: no bound); a host that announces or sends more fails.
+    qint64 maxBytes = -1;
     // The download stops soon after this turns true, from any thread (it must outlive the download).
     const std::atomic<bool> *cancel = nullptr;
     // The name in the log line of a failed connection; "" logs nothing.
@@ -53,7 +59,10 @@ struct DownloadResult
     int status = 0;
     // Why it failed: the transfer's error, or "HTTP <status>" for a reply that is not the file.
     QString errorText;
+    // No progress, or too little: a transfer worth resuming.
     bool timedOut = false;
+    // The file would have passed the request's maxBytes.
+    bool overLimit = false;
     // The file written: whole when Finished, the part kept for resuming otherwise; "" when no file was begun.
     QString filePath;
     // The reply's Content-Type without its parameters ("text/html").
@@ -105,6 +114,9 @@ private:
     // Follows the finished reply's redirect by hand (onRedirect is set); false when it is not one to follow.
     bool followRedirect(QNetworkReply &reply);
     void stop(const QString &reason, bool timedOut);
+    void checkRate();
+    // Whether a 206 response of length bytes continues the part exactly as asked; sets the whole file's size.
+    bool continuesPart(qint64 length);
     void finish(DownloadResult::Outcome outcome, const QString &errorText);
 
     DownloadRequest m_request;
@@ -113,8 +125,10 @@ private:
     QFile m_file;
     QTimer m_idle;
     QTimer m_cancelWatch;
-    qint64 m_offset = 0; // bytes asked to be skipped by the current request
-    QString m_failure;   // set when we stopped the transfer
+    QTimer m_rateWindow;
+    qint64 m_windowStart = 0; // bytes in the file when the current rate window began
+    qint64 m_offset = 0;      // bytes asked to be skipped by the current request
+    QString m_failure;        // set when we stopped the transfer
     bool m_canceled = false;
     bool m_restart = false; // the host cannot continue the part: ask for the whole file once
     bool m_restarted = false;

@@ -44,6 +44,7 @@ const std::vector<SettingDefinition> &VLSettings::definitions()
         {osVersion, SettingType::String, {}},
         {escalationCommand, SettingType::String, QStringLiteral("pkexec")},
         {sendAnalytics, SettingType::Bool, true},
+        {downloadLimitMB, SettingType::Int, 4096},
         {lastNotified, SettingType::String, {}},
         {searchpaths, SettingType::Array, {}},
         {lastlogin, SettingType::String, {}},

@@ -41,6 +41,8 @@ inline constexpr char osVersion[] = "osVersion";
 inline constexpr char escalationCommand[] = "escalationCommand";
 // Usage analytics may be turned off.
 inline constexpr char sendAnalytics[] = "sendAnalytics";
+// The most a download may bring, in megabytes, when the catalogue does not give its size.
+inline constexpr char downloadLimitMB[] = "downloadLimitMB";
 // Used without a registered default.
 inline constexpr char lastNotified[] = "lastNotified";
 inline constexpr char searchpaths[] = "searchpaths";

@@ -1,8 +1,8 @@
 #pragma once
 
 // The matching request's text: a fixed head, then one group of fields per installed app. Values that the
-// request sends encoded are URL-encoded; a value that is absent (or that cannot be encoded, such as a name
-// outside ASCII) is written "(null)", the way the service has always received it.
+// request sends encoded are URL-encoded (as UTF-8); a value that is absent (or that cannot be encoded, such as
+// text with an unpaired surrogate) is written "(null)", the way the service has always received it.
 
 #include <QString>
 

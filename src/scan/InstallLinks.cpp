@@ -1,5 +1,6 @@
 #include "scan/InstallLinks.h"
 
+#include "model/VersionRules.h"
 #include "platform/Log.h"
 #include "platform/VLNotificationCenter.h"
 #include "platform/VLSettings.h"
@@ -53,22 +54,23 @@ QStringList linkedIds(const QString &link)
     return ids;
 }
 
-Decision decide(const VLApp *stored, const VLApp &catalogue)
+Decision decide(const VLApp *stored, const VLApp &catalogue, const QString &linkedVersion)
 {
     const bool installed = stored && stored->isInstalled();
     if (!canBeInstalledFromLink(catalogue)) {
         vlLog(QStringLiteral("installed app cannot be installed from link %1").arg(catalogue.vlID));
         return Decision::CannotInstall;
     }
-    if (installed && stored->isOutdated) {
+    if (installed && !linkedVersion.isEmpty() &&
+        isLocalVersionOutdatedByRemoteVersion(stored->localVersion, linkedVersion)) {
         vlLog(QStringLiteral("installed app is showing older VL version than install from link version - updating "
                              "%1 %2 %3 %4")
-                  .arg(stored->displayName, stored->localVersion, catalogue.vlVersion, catalogue.vlID));
+                  .arg(stored->displayName, stored->localVersion, linkedVersion, catalogue.vlID));
         return Decision::Update;
     }
-    if (!installed) {
+    if (!installed || stored->isOutdated) {
         vlLog(QStringLiteral("linked app is outdated or not installed %1").arg(catalogue.vlID));
-        return Decision::Install;
+        return installed ? Decision::Update : Decision::Install;
     }
     return Decision::UpToDate;
 }
@@ -76,6 +78,9 @@ Decision decide(const VLApp *stored, const VLApp &catalogue)
 QList<LinkedApp> installFromLink(const QString &link, const VLScanData &store)
 {
     VLGoogleTracking::trackProgramEvent(QStringLiteral("INSTALL_FROM_LINK"));
+    // An app link names the version it offers; a bundle link leaves it to the catalogue.
+    const std::optional<VLApp> linkedApp = VLApp::initWithLink(link);
+    const QString linkedVersion = linkedApp ? linkedApp->vlVersion : QString();
     QList<LinkedApp> linked;
     for (const QString &id : linkedIds(link)) {
         AppRef stored = store.appWithVLID(id);
@@ -87,7 +92,7 @@ QList<LinkedApp> installFromLink(const QString &link, const VLScanData &store)
                 continue; // the service does not know the id
             }
         }
-        linked.append({stored ? stored : catalogue, decide(stored.get(), *catalogue)});
+        linked.append({stored ? stored : catalogue, decide(stored.get(), *catalogue, linkedVersion)});
         VLNotificationCenter::defaultCenter().post(QStringLiteral("VLViewAppDetails"),
                                                    QVariant::fromValue(linked.last().app));
     }

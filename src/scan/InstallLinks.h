@@ -27,10 +27,13 @@ struct LinkedApp
 QStringList linkedIds(const QString &link);
 
 // What the link asks for one app, logged as the desktop program logs it. stored is the scan's record (null when
-// the app is not in it); catalogue holds what the service knows of it.
-Decision decide(const VLApp *stored, const VLApp &catalogue);
+// the app is not in it); catalogue holds what the service knows of it; linkedVersion is the version an app link
+// offers ("" for a bundle link): an installed copy older than it is updated, whatever the catalogue says.
+Decision decide(const VLApp *stored, const VLApp &catalogue, const QString &linkedVersion = QString());
 
 // The whole link against the stored scan: ids, records (from the store or the service) and decisions. Blocks.
 QList<LinkedApp> installFromLink(const QString &link, const VLScanData &store);
 
 } // namespace InstallLinks
+
+Q_DECLARE_METATYPE(QList<InstallLinks::LinkedApp>)

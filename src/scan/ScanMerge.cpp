@@ -16,11 +16,11 @@ bool fileExists(const QString &path)
     return !path.isEmpty() && path != kNotInstalled && QFileInfo::exists(path);
 }
 
-// An order or deal id names a purchase or a deal only when it has a value: "" is what signing out leaves behind and
-// "-" stands for "not known", like the purchased version that the lookups test.
+// An order or deal id names a purchase or a deal when it is there at all, "" included (a shop may send one): signing
+// out leaves it absent (null), and "-" stands for "not known", like the purchased version that the lookups test.
 bool isPresent(const QString &id)
 {
-    return !id.isEmpty() && id != kNotInstalled;
+    return !id.isNull() && id != kNotInstalled;
 }
 
 } // namespace

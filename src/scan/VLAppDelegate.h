@@ -3,6 +3,9 @@
 // Start-up and the long-running life of the program without its windows: the settings written at every start,
 // the login item kept in step with "startupItem", the previous version's agent removed, the driver started, and
 // the periodic checks. The desktop program adds its tray and windows around it; "velmora-cli daemon" runs it alone.
+//
+// Owner: the front end, beside the driver it is given (which outlives it). Thread: the front end's; its timers run on
+// the clock seam (platform/Clock), so tests move them on with a test clock.
 
 #include "platform/Clock.h"
 

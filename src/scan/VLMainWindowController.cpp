@@ -1,346 +1,239 @@
 #include "scan/VLMainWindowController.h"
 
-#include "model/DateDescription.h"
-#include "model/StringUtils.h"
 #include "platform/AppPaths.h"
+#include "platform/Clock.h"
 #include "platform/Log.h"
 #include "platform/UserFeedback.h"
 #include "platform/VLNotificationCenter.h"
 #include "platform/VLSettings.h"
-#include "scan/AutomatchPost.h"
+#include "platform/WorkerThread.h"
+#include "scan/CheckWorker.h"
 #include "scan/OutdatedFilter.h"
 #include "scan/UpdateNotices.h"
 #include "scan/VLAppScanner.h"
+#include "scan/VLMemberSession.h"
 #include "scan/VLScanData.h"
-#include "scan/VLSendAllatOnceHelper.h"
 #include "services/VLGoogleTracking.h"
-#include "services/VLMemberAccount.h"
 
-#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
-#include <QHash>
-
-#include <algorithm>
-
-namespace {
-
-const QString kDoneFlag = QStringLiteral("VLUpdateDoneScannerFlag");
-
-} // namespace
 
 VLMainWindowController::VLMainWindowController(QObject *parent)
-    : QObject(parent), m_memberAccount(std::make_unique<VLMemberAccount>())
+    : QObject(parent), m_scanData(std::make_unique<VLScanData>(VLScanData::pathForDataFile(), VLScanData::Unread{})),
+      m_checkWorker(new CheckWorker(*m_scanData)),
+      m_checkThread(std::make_unique<WorkerThread>(m_checkWorker, QStringLiteral("check"))),
+      m_memberSession(new VLMemberSession(*m_scanData)),
+      m_memberThread(std::make_unique<WorkerThread>(m_memberSession, QStringLiteral("member")))
 {
-    subscribeToMemberFlags();
+    qRegisterMetaType<QList<InstallLinks::LinkedApp>>();
+    connect(m_checkWorker, &CheckWorker::storeLoaded, this, &VLMainWindowController::takeStoreLoaded);
+    connect(m_checkWorker, &CheckWorker::checkEnded, this, &VLMainWindowController::takeCheckEnded);
+    connect(m_checkWorker, &CheckWorker::progress, this, &VLMainWindowController::forwardProgress);
+    connect(m_checkWorker, &CheckWorker::status, this, &VLMainWindowController::forwardStatus);
+    connect(m_checkWorker, &CheckWorker::appStoreChecked, this, &VLMainWindowController::listChanged);
+
+    connect(m_memberSession, &VLMemberSession::memberChanged, this, [this](const VLMemberAccount &account) {
+        m_member = account;
+        emit memberChanged(account.isLoggedIn);
+    });
+    connect(m_memberSession, &VLMemberSession::listChanged, this, &VLMainWindowController::listChanged);
+    connect(m_memberSession, &VLMemberSession::watchListsLoaded, this, &VLMainWindowController::watchListsLoaded);
+    connect(m_memberSession, &VLMemberSession::purchasesLoaded, this, &VLMainWindowController::purchasesLoaded);
+    connect(m_memberSession, &VLMemberSession::promosLoaded, this, &VLMainWindowController::promosLoaded);
+
     auto &center = VLNotificationCenter::defaultCenter();
     center.subscribe(QString::fromLatin1(kVLAppScannerFinished), this,
-                     [this](const QVariant &apps) { matchScanData(apps.value<AppList>(), Mode::Foreground); });
+                     [this](const QVariant &apps) { matchScanData(apps.value<AppList>(), false); });
     center.subscribe(QString::fromLatin1(kVLAppScannerFinishedBackground), this,
-                     [this](const QVariant &apps) { matchScanData(apps.value<AppList>(), Mode::Background); });
-    // updateDoneScannerFlag: the exchange has ended, so periodic checks may run again.
-    center.subscribe(kDoneFlag, this, [this](const QVariant &) {
-        m_donescanning = true;
-        m_forceServerMatch = false;
-        m_checkForUpdatesManual = false;
-    });
+                     [this](const QVariant &apps) { matchScanData(apps.value<AppList>(), true); });
 }
 
+// The scanner stops first, then the worker threads end (a running step finishes), and the store goes last.
 VLMainWindowController::~VLMainWindowController()
 {
-    m_stopping = true;
-    m_memberThreads.waitForDone();
-    if (m_worker.joinable()) {
-        m_worker.join();
-    }
-}
-
-void VLMainWindowController::runOnWorker(std::function<void()> work, std::function<void()> then)
-{
-    if (m_worker.joinable()) {
-        m_worker.join(); // it has finished: a new job starts only when m_workerRunning is false
-    }
-    m_workerRunning = true;
-    m_worker = std::thread([this, work = std::move(work), then = std::move(then)] {
-        // The store is read here, never on the front end's thread.
-        if (!m_scanData) {
-            m_scanData = std::make_unique<VLScanData>();
-        }
-        work();
-        m_workerRunning = false;
-        if (then) {
-            QMetaObject::invokeMethod(this, then, Qt::QueuedConnection);
-        }
-    });
-}
-
-void VLMainWindowController::runCheckOnWorker(std::function<bool()> check)
-{
-    auto matched = std::make_shared<bool>(false);
-    runOnWorker([matched, check = std::move(check)] { *matched = check(); },
-                [this, matched] {
-                    emit listChanged();
-                    emit checkFinished(*matched);
-                });
+    m_scanner.reset();
+    m_memberThread.reset();
+    m_checkThread.reset();
 }
 
 void VLMainWindowController::loadScanDataOrRunScan(bool appLaunchedFromLoginItem)
 {
     m_donescanning = false;
-    auto stale = std::make_shared<bool>(true);
-    runOnWorker(
-        [this, stale] {
-            const std::optional<AppList> apps = m_scanData->apps();
-            if (apps && !apps->isEmpty()) {
-                const std::optional<QDateTime> matched = dateFromDescription(apps->first()->lastmatched);
-                *stale = !matched || qAbs(matched->secsTo(QDateTime::currentDateTimeUtc())) > kRescanAgeSeconds;
-            }
-        },
-        [this, stale, appLaunchedFromLoginItem] {
-            if (!appLaunchedFromLoginItem && *stale) {
-                m_forceServerMatch = true;
-                showScanningScreenAndStartScanning(false);
-                return;
-            }
-            m_donescanning = true;
-            emit listChanged();
-            emit checkFinished(true);
-        });
+    m_appLaunchedFromLoginItem = appLaunchedFromLoginItem;
+    m_checkThread->post([worker = m_checkWorker] { worker->loadStore(); });
+}
+
+void VLMainWindowController::takeStoreLoaded(const QDateTime &firstMatched)
+{
+    const bool stale = !firstMatched.isValid() || qAbs(firstMatched.secsTo(Clock::current().now())) > kRescanAgeSeconds;
+    if (!m_appLaunchedFromLoginItem && stale) {
+        startCheck(false, false);
+        return;
+    }
+    emit listChanged();
+    emit checkFinished(true);
+    endCheck();
 }
 
 void VLMainWindowController::checkForUpdates(bool forceReset)
 {
     VLGoogleTracking::trackProgramEvent(QStringLiteral("check_for_updates"), QStringLiteral("MAIN_MENU"));
-    if (m_workerRunning) {
-        vlLog(QStringLiteral("scanning in progress - no background check"));
+    if (!m_donescanning) {
+        vlLog(QStringLiteral("check for updates refused - scanning in progress"));
+        emit checkRefused(tr("A check for updates is running already."));
         return;
     }
     if (forceReset && QFileInfo::exists(VLScanData::pathForDataFile())) {
         vlLog(QStringLiteral("force delete cache folder"));
         QDir(AppPaths::dataFolder()).removeRecursively();
-        m_scanData.reset(); // the next worker starts from an empty store
+        m_checkThread->post([worker = m_checkWorker] { worker->resetStore(); });
     }
-    m_donescanning = false;
-    m_forceServerMatch = true;
-    m_checkForUpdatesManual = true;
-    showScanningScreenAndStartScanning(false);
+    startCheck(false, true);
 }
 
 void VLMainWindowController::checkForUpdatesBackGround()
 {
-    if (!m_donescanning || m_workerRunning) {
+    if (!m_donescanning) {
         vlLog(QStringLiteral("scanning in progress - no background check"));
         return;
     }
     vlLog(QStringLiteral("start background checking"));
     VLGoogleTracking::trackProgramEvent(QStringLiteral("check_for_updates"), QStringLiteral("BACKGROUND_SCAN"),
                                         QStringLiteral("AUTO"));
-    m_donescanning = false;
-    showScanningScreenAndStartScanning(true);
+    startCheck(true, false);
 }
 
 void VLMainWindowController::checkForUpdatesBackGroundFast()
 {
     vlLog(QStringLiteral("checkForUpdatesBackGroundFast"));
-    if (!m_donescanning || m_workerRunning) {
+    if (!m_donescanning) {
         vlLog(QStringLiteral("background checking skipped - scanning in progress"));
         return;
     }
-    m_donescanning = false;
-    showScanningScreenAndStartScanning(true);
+    startCheck(true, false);
     VLGoogleTracking::trackProgramEvent(QStringLiteral("check_for_updates"), QStringLiteral("BACKGROUND_SCAN_FAST"),
                                         QStringLiteral("AUTO"));
 }
 
 void VLMainWindowController::checkForUpdatesToMASApps()
 {
-    if (!m_donescanning || m_workerRunning) {
+    if (!m_donescanning) {
         vlLog(QStringLiteral("MAS CHECK skipped - scanning in progress"));
         return;
     }
-    runOnWorker(
-        [this] {
-            VLScanData::Change change(*m_scanData);
-            bool changed = false;
-            for (const AppRef &app : m_scanData->apps().value_or(AppList())) {
-                if (!app->isAppStore || !app->isInstalled()) {
-                    continue;
-                }
-                const QString before = app->localVersion;
-                app->getLocalVersionTakingIntoAccountVersionOverride();
-                if (app->localVersion != before) {
-                    app->checkIfOutdated();
-                    vlLog(QStringLiteral("MAS app new version set %1 %2 %3 isOutdated:%4")
-                              .arg(app->displayName, app->localVersion, app->vlVersion)
-                              .arg(int(app->isOutdated)));
-                    changed = true;
-                }
-            }
-            if (changed) {
-                saveAppDatabase();
-            }
-        },
-        [this] { emit listChanged(); });
+    m_checkThread->post([worker = m_checkWorker] { worker->recheckAppStoreCopies(); });
 }
 
-void VLMainWindowController::showScanningScreenAndStartScanning(bool background)
+void VLMainWindowController::startCheck(bool background, bool manual)
 {
-    setProgress(0.0);
-    setStatus(tr("Scanning for applications..."));
+    m_donescanning = false;
+    m_backgroundCheck = background;
+    m_checkForUpdatesManual = manual;
+    emit checkStarted(background);
+    forwardProgress(0.0);
+    forwardStatus(tr("Scanning for applications..."));
     m_scanner = std::make_unique<VLAppScanner>();
     m_scanner->setSendResultsToBackgroundCheker(background);
     m_scanner->createSearchPredicate();
 }
 
-void VLMainWindowController::matchScanData(const AppList &scanned, Mode mode)
+void VLMainWindowController::matchScanData(const AppList &scanned, bool background)
 {
-    runCheckOnWorker([this, scanned, mode] { return loopScanBackgroundThread(scanned, mode); });
+    CheckWorker::Request request;
+    request.scanned = scanned;
+    request.background = background;
+    request.manual = m_checkForUpdatesManual;
+    if (m_member.isLoggedIn) {
+        request.member = {1, m_member.memberID};
+    }
+    m_checkThread->post([worker = m_checkWorker, request] { worker->match(request); });
 }
 
-bool VLMainWindowController::loopScanBackgroundThread(const AppList &scanned, Mode mode)
+void VLMainWindowController::takeCheckEnded(bool matched)
 {
-    const bool foreground = mode == Mode::Foreground;
-    if (scanned.isEmpty()) {
-        if (foreground) {
-            UserFeedback::current().showAlert(tr("No applications were found!"),
-                                              tr("Please make sure that you have Spotlight enabled and permissions "
-                                                 "to access your Applications folder."));
-        }
-        return finishCheck(false);
-    }
-    if (!mergeScan(scanned)) {
-        return finishCheck(false);
-    }
-    VLSendAllatOnceHelper exchange;
-    exchange.runningAsBackground = !foreground;
-    const QString post = buildPost(mode);
-    vlLog(foreground ? QStringLiteral("getting server matches for apps")
-                     : QStringLiteral("sending post to auto matcher on server for background check"));
-    setStatus(tr("Checking for updates..."));
-    exchange.getMatches(post);
-    if (!exchange.entriesDictionary) {
-        return finishCheck(false);
-    }
-    applyMatches(exchange, mode);
-    if (foreground) {
-        notifyAfterForegroundCheck();
-    } else {
-        checkForNewUpdatesSinceLastScanAndNotify();
-    }
-    return finishCheck(true);
-}
-
-bool VLMainWindowController::mergeScan(const AppList &scanned)
-{
-    VLScanData::Change change(*m_scanData);
-    if (m_scanData->apps() && !m_scanData->apps()->isEmpty()) {
-        m_scanData->doQuickSanityCheck();
-        m_scanData->updateAppsUsingNewScan(scanned);
-    } else {
-        m_scanData->setApps(scanned);
-    }
-    // Kept before the match, so a failed exchange leaves the merged records and nothing else.
-    if (!m_scanData->saveDataToDisk()) {
-        vlLog(QStringLiteral("Save DB error %1").arg(m_scanData->filePath()));
-    }
-    return true;
-}
-
-QString VLMainWindowController::buildPost(Mode mode)
-{
-    QString post = mode == Mode::Background  ? AutomatchPost::createPostBackGroundScan()
-                   : m_checkForUpdatesManual ? AutomatchPost::createPostManualScan()
-                                             : AutomatchPost::createPost();
-    AppList working = m_scanData->apps().value_or(AppList());
-    if (working.isEmpty()) {
-        vlLog(QStringLiteral("app data missing"));
-        return post;
-    }
-    std::stable_sort(working.begin(), working.end(),
-                     [](const AppRef &a, const AppRef &b) { return a->localPath < b->localPath; });
-    setProgress(0.0);
-    const QMutexLocker lock(&m_scanData->mutex());
-    for (qsizetype index = 0; index < working.size(); ++index) {
-        AutomatchPost::appendAppFields(post, int(index), *working.at(index));
-        setProgress(double(index + 1) / double(working.size()));
-    }
-    return post;
-}
-
-void VLMainWindowController::applyMatches(const VLSendAllatOnceHelper &exchange, Mode mode)
-{
-    const bool foreground = mode == Mode::Foreground;
-    VLScanData::Change change(*m_scanData);
-    const QMutexLocker lock(&m_scanData->mutex());
-    AppList apps = m_scanData->apps().value_or(AppList());
-    QHash<QString, AppRef> byDigest;
-    for (const AppRef &app : apps) {
-        byDigest.insert(app->digestString, app);
-    }
-    qsizetype done = 0;
-    for (const QVariant &entry : exchange.serverApps) {
-        QVariantMap item = entry.toMap();
-        const auto field = [&item](const char *key) { return item.value(QString::fromLatin1(key)).toString(); };
-        if (!foreground) {
-            vlLog(QStringLiteral("JSON app %1 %2 %3 %4 %5")
-                      .arg(field("g"), field("m"), field("h"), field("a"), field("e")));
-        }
-        if (field("h").isEmpty()) {
-            item.insert(QStringLiteral("h"), md5HexHash(field("m")));
-        }
-        if (const AppRef app = byDigest.value(field("h"))) {
-            app->updateWithServerItemJSON(item);
-        } else if (foreground) {
-            vlLog(QStringLiteral("no local app found - creating new app %1 %2").arg(field("m"), field("g")));
-            apps.append(std::make_shared<VLApp>(VLApp::initWithServerItemJSON(item)));
+    m_scanner.reset();
+    if (matched) {
+        if (m_backgroundCheck) {
+            checkForNewUpdatesSinceLastScanAndNotify();
         } else {
-            vlLog(QStringLiteral("no local path match for background scan %1 %2").arg(field("m"), field("g")));
+            notifyAfterForegroundCheck();
         }
-        setProgress(double(++done) / double(exchange.serverApps.size()));
     }
-    m_scanData->setApps(apps);
-    setStatus(tr("Syncing Done"));
-    setProgress(1.0);
-    saveAppDatabase();
+    VLNotificationCenter::defaultCenter().post(QStringLiteral("VLUpdateDoneScannerFlag"));
+    emit listChanged();
+    emit checkFinished(matched);
+    endCheck();
 }
 
-void VLMainWindowController::saveAppDatabase()
+void VLMainWindowController::endCheck()
 {
-    if (!m_scanData->saveDataToDisk()) {
-        vlLog(QStringLiteral("Save DB error %1").arg(m_scanData->filePath()));
+    m_donescanning = true;
+    m_checkForUpdatesManual = false;
+    // Each may start a check, which holds the rest back until it ends.
+    while (m_donescanning && !m_whenDoneScanning.isEmpty()) {
+        m_whenDoneScanning.takeFirst()();
+    }
+}
+
+void VLMainWindowController::whenDoneScanning(std::function<void()> then)
+{
+    if (m_donescanning) {
+        then();
+    } else {
+        m_whenDoneScanning.append(std::move(then));
+    }
+}
+
+void VLMainWindowController::installFromLink(const QString &link)
+{
+    whenDoneScanning([this, link] {
+        VLScanData *store = m_scanData.get();
+        m_checkThread->post([this, store, link] {
+            const QList<InstallLinks::LinkedApp> linked = InstallLinks::installFromLink(link, *store);
+            QMetaObject::invokeMethod(
+                this, [this, linked] { emit linkOpened(linked); }, Qt::QueuedConnection);
+        });
+    });
+}
+
+void VLMainWindowController::forwardProgress(double fraction)
+{
+    if (!m_backgroundCheck && m_startScreenShown) {
+        emit progressChanged(fraction);
+    }
+}
+
+void VLMainWindowController::forwardStatus(const QString &status)
+{
+    if (!m_backgroundCheck && m_startScreenShown) {
+        emit statusChanged(status);
     }
 }
 
 AppList VLMainWindowController::outdatedApps() const
 {
-    return m_workerRunning ? AppList() : storedOutdatedApps();
-}
-
-AppList VLMainWindowController::storedOutdatedApps() const
-{
-    if (!m_scanData) {
-        return {};
-    }
+    const QMutexLocker lock(&m_scanData->mutex());
     return ::outdatedApps(m_scanData->apps().value_or(AppList()), OutdatedFilterOptions::fromSettings(VLSettings()));
 }
 
 int VLMainWindowController::numberOfUpdatesFoundSinceLastScan() const
 {
-    return UpdateNotices::countNumberOfUpdatesFoundSinceLastScan(storedOutdatedApps());
+    const AppList outdated = outdatedApps();
+    const QMutexLocker lock(&m_scanData->mutex());
+    return UpdateNotices::countNumberOfUpdatesFoundSinceLastScan(outdated);
 }
 
 void VLMainWindowController::notifyAfterForegroundCheck()
 {
     const int count = numberOfUpdatesFoundSinceLastScan();
-    const bool startScreen = m_startScreenShown;
-    if (startScreen) {
-        setStatus(tr("done scanning"));
+    if (m_startScreenShown) {
+        emit statusChanged(tr("done scanning"));
     }
     if (count <= 0) {
         return;
     }
     const QString title = tr("%1 new updates are available").arg(count);
-    if (startScreen) {
+    if (m_startScreenShown) {
         UserFeedback::current().showSystemNotification(title, tr("Scanning Complete"), QString());
     } else {
         UserFeedback::current().showSystemNotification(title, tr("Update your apps now"), tr("View"));
@@ -361,25 +254,38 @@ void VLMainWindowController::checkForNewUpdatesSinceLastScanAndNotify()
     UpdateNotices::rememberNotified();
 }
 
-void VLMainWindowController::setProgress(double fraction)
+void VLMainWindowController::onMember(std::function<void(VLMemberSession &)> call)
 {
-    // The bar follows in steps of a tenth, so a long list does not flood the front end.
-    if (!m_startScreenShown || (fraction != 0.0 && fraction != 1.0 && qAbs(fraction - m_shownProgress) <= 0.1)) {
-        return;
-    }
-    m_shownProgress = fraction;
-    emit progressChanged(fraction);
+    m_memberThread->post([session = m_memberSession, call = std::move(call)] { call(*session); });
 }
 
-void VLMainWindowController::setStatus(const QString &status)
+void VLMainWindowController::checkMemberAndTryLogin()
 {
-    if (m_startScreenShown) {
-        emit statusChanged(status);
-    }
+    onMember(&VLMemberSession::checkMemberAndTryLogin);
 }
 
-bool VLMainWindowController::finishCheck(bool matched)
+void VLMainWindowController::logout()
 {
-    VLNotificationCenter::defaultCenter().post(kDoneFlag);
-    return matched;
+    onMember(&VLMemberSession::logout);
+}
+
+void VLMainWindowController::loadWatchLists()
+{
+    // The merge follows the scan, so it never races its changes to the same records.
+    whenDoneScanning([this] { onMember(&VLMemberSession::loadWatchLists); });
+}
+
+void VLMainWindowController::loadPurchaseHistory()
+{
+    onMember(&VLMemberSession::loadPurchaseHistory);
+}
+
+void VLMainWindowController::loadPurchases()
+{
+    onMember(&VLMemberSession::loadPurchases);
+}
+
+void VLMainWindowController::loadPromos()
+{
+    onMember(&VLMemberSession::loadPromos);
 }

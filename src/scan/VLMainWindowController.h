@@ -1,30 +1,33 @@
 #pragma once
 
-// The check driver: decides at start whether the stored scan can be shown or a new one must run, runs the
-// user's check and the periodic background checks, merges each scan into the store, matches the store with the
-// service, applies the replies, saves, and tells the user about new updates. It has no widgets: the desktop
-// program shows what its signals say, velmora-cli prints it.
+// The check driver: decides at start whether the stored scan can be shown or a new one must run, runs the user's
+// check and the periodic background checks, hands each scan to its worker to merge, match, apply and save, and tells
+// the user about new updates. It has no widgets: the desktop program shows what its signals say, velmora-cli prints
+// it. It also holds the member session, whose list loads it lets start only between checks.
 //
-// Threads: the driver lives on the thread that owns the front end and never blocks it. Loading the store, merging,
-// matching and saving run on one worker thread at a time; the signals arrive on the driver's thread. Records are
-// changed only by that worker (under the store's mutex) while a check runs.
+// Owner: the front end (the desktop program's application, a velmora-cli command). Thread: the front end's; every
+// call and every signal is on that thread, and nothing here blocks it. The work runs on two threads the driver owns,
+// each with one worker object and its queue: the check thread (CheckWorker) and the member thread (VLMemberSession).
+// The store exists from construction to destruction; other threads change its records only under its lock, so read
+// them under scanData().mutex() or through apps() and outdatedApps(), during a check too.
 
 #include "scan/AppList.h"
+#include "scan/InstallLinks.h"
+#include "services/VLMemberAccount.h"
 
+#include <QDateTime>
+#include <QList>
 #include <QObject>
-#include <QSet>
 #include <QString>
-#include <QThreadPool>
 
-#include <atomic>
 #include <functional>
 #include <memory>
-#include <thread>
 
+class CheckWorker;
 class VLAppScanner;
-class VLMemberAccount;
+class VLMemberSession;
 class VLScanData;
-class VLSendAllatOnceHelper;
+class WorkerThread;
 
 class VLMainWindowController : public QObject
 {
@@ -37,38 +40,48 @@ public:
     explicit VLMainWindowController(QObject *parent = nullptr);
     ~VLMainWindowController() override;
 
-    // The store, once a check or loadScanDataOrRunScan has read it (null before); read it between checks.
-    VLScanData *scanData() const { return m_workerRunning ? nullptr : m_scanData.get(); }
-    // While the start screen is up, progress and status are shown and notifications say "Scanning Complete".
+    // Not read until loadScanDataOrRunScan or a check; see the threads above for reading it during a check.
+    VLScanData &scanData() const { return *m_scanData; }
+    // While the start screen is up, a foreground check shows its progress and status, and its notification says
+    // "Scanning Complete". Background checks never touch it.
     void setStartScreenShown(bool shown) { m_startScreenShown = shown; }
-    bool donescanning() const { return m_donescanning.load(); }
+    // True when no check runs.
+    bool donescanning() const { return m_donescanning; }
 
-    // At launch: shows the stored records, or scans when they are missing or older than four hours (never for
-    // a launch by the login item).
+    // At launch: reads the store, then shows it, or scans when it is missing or older than four hours (never for a
+    // launch by the login item).
     void loadScanDataOrRunScan(bool appLaunchedFromLoginItem);
-    // The user's "Check for Updates". forceReset (the modifier-key variant) deletes the data folder first.
+    // The user's "Check for Updates"; refused (checkRefused) while a check runs. forceReset (the modifier-key
+    // variant) deletes the data folder first.
     void checkForUpdates(bool forceReset = false);
+    // The periodic checks: skipped, with their log line, while a check runs.
     void checkForUpdatesBackGround();
     void checkForUpdatesBackGroundFast();
     void checkForUpdatesToMASApps();
+    // Runs then once no check runs: at once when none does, else when the running one has ended.
+    void whenDoneScanning(std::function<void()> then);
+    // An install link, once no check runs, against this store; linkOpened follows.
+    void installFromLink(const QString &link);
 
-    // The outdated list the panel, the window, the badge and Update All show; empty while a check runs.
+    // The outdated list the panel, the window, the badge and Update All show, read under the store's lock.
     AppList outdatedApps() const;
 
-    // The member (VLMainWindowControllerMember.cpp). The account is changed on a member thread while a log-in
-    // runs; read it after memberChanged.
-    VLMemberAccount &memberAccount() { return *m_memberAccount; }
-    // At start: the stored log-in (keychain, else the "login" cookie) on a member thread, then memberChanged.
+    // The member as the session last told it (passwords empty); nothing here changes the session.
+    const VLMemberAccount &memberAccount() const { return m_member; }
+    // At start: the stored log-in (keychain, else the "login" cookie), then memberChanged.
     void checkMemberAndTryLogin();
     void logout();
-    // Each runs on a member thread and ends with its signal.
+    // Each is queued on the member thread and ends with its signal. The watch list waits for a running check.
     void loadWatchLists();
-    // The purchases the store holds, sorted; loadPurchases asks the service first.
     void loadPurchaseHistory();
     void loadPurchases();
     void loadPromos();
 
 signals:
+    // A check began: the scan is running. background tells the periodic checks from the user's and the start's.
+    void checkStarted(bool background);
+    // The user's check was not started, because one runs; reason says so in the user's words.
+    void checkRefused(const QString &reason);
     void progressChanged(double fraction);
     void statusChanged(const QString &status);
     // The records changed: refresh the lists, the panel and the badge (updateListAndPanel).
@@ -77,64 +90,37 @@ signals:
     void changeStatusIconBlue();
     // A check ended; matched is false when the exchange with the service failed or nothing was found.
     void checkFinished(bool matched);
-    // The member signed in or out.
     void memberChanged(bool isLoggedIn);
     void watchListsLoaded();
     void purchasesLoaded(const AppList &purchasedApps);
     void promosLoaded(const AppList &featuredPromoApps, const AppList &promoApps);
+    // An install link was read: its apps with what each asks for, in the link's order.
+    void linkOpened(const QList<InstallLinks::LinkedApp> &linked);
 
 private:
-    enum class Mode { Foreground, Background };
-
-    void showScanningScreenAndStartScanning(bool background);
-    void matchScanData(const AppList &scanned, Mode mode);
-    // Runs work on the worker thread, then (when given) then on the driver's thread once the worker is done.
-    void runOnWorker(std::function<void()> work, std::function<void()> then = {});
-    // A check on the worker; checkFinished follows with its outcome.
-    void runCheckOnWorker(std::function<bool()> check);
-    bool loopScanBackgroundThread(const AppList &scanned, Mode mode);
-    bool mergeScan(const AppList &scanned);
-    QString buildPost(Mode mode);
-    void applyMatches(const VLSendAllatOnceHelper &exchange, Mode mode);
-    void saveAppDatabase();
+    void startCheck(bool background, bool manual);
+    void matchScanData(const AppList &scanned, bool background);
+    void takeStoreLoaded(const QDateTime &firstMatched);
+    void takeCheckEnded(bool matched);
+    void endCheck();
+    void forwardProgress(double fraction);
+    void forwardStatus(const QString &status);
     int numberOfUpdatesFoundSinceLastScan() const;
     void notifyAfterForegroundCheck();
     void checkForNewUpdatesSinceLastScanAndNotify();
-    AppList storedOutdatedApps() const;
-    void setProgress(double fraction);
-    void setStatus(const QString &status);
-    // Ends an exchange, success or failure, and passes matched on.
-    bool finishCheck(bool matched);
-
-    void subscribeToMemberFlags();
-    void runOnMemberThread(std::function<void()> work);
-    // Turns the calling thread's event loop in slices of 0.7 s until done() holds.
-    // Gives up when the driver is going away.
-    void waitUntil(const std::function<bool()> &done) const;
-    void loadWatchListsFromServer();
-    void loadPurchasesFromServer();
-    void loadPromosFromServer();
-    void sendBadPlists(const QStringList &paths);
+    void onMember(std::function<void(VLMemberSession &)> call);
 
     std::unique_ptr<VLScanData> m_scanData;
+    CheckWorker *m_checkWorker;
+    std::unique_ptr<WorkerThread> m_checkThread;
+    VLMemberSession *m_memberSession;
+    std::unique_ptr<WorkerThread> m_memberThread;
     std::unique_ptr<VLAppScanner> m_scanner;
-    std::thread m_worker;
-    std::atomic<bool> m_workerRunning{false};
-    std::atomic<bool> m_donescanning{true};
-    std::atomic<bool> m_startScreenShown{false};
-    bool m_forceServerMatch = false;
-    std::atomic<bool> m_checkForUpdatesManual{false};
-    double m_shownProgress = 0.0;
-
-    std::unique_ptr<VLMemberAccount> m_memberAccount;
-    QThreadPool m_memberThreads;
-    std::atomic<bool> m_doneLoadWatchLists{true};
-    std::atomic<bool> m_doneLoadPurchases{true};
-    std::atomic<bool> m_doneLoadPromos{true};
-    std::atomic<bool> m_loadingWatchListsInProgress{false};
-    std::atomic<bool> m_alreadyLoadedWatchLists{false};
-    std::atomic<bool> m_loadingPurchasesInProgress{false};
-    std::atomic<bool> m_alreadyLoadedPurchases{false};
-    QSet<QString> m_reportedPlists;
-    std::atomic<bool> m_stopping{false};
+    VLMemberAccount m_member;
+    QList<std::function<void()>> m_whenDoneScanning;
+    bool m_donescanning = true;
+    bool m_backgroundCheck = false;
+    bool m_checkForUpdatesManual = false;
+    bool m_startScreenShown = false;
+    bool m_appLaunchedFromLoginItem = false;
 };

@@ -74,7 +74,7 @@ void removePurchasesAndWatchListApps(VLScanData &store)
         return;
     }
     for (const AppRef &app : *apps) {
-        if (app->orderid.isEmpty() && app->listname.isEmpty()) {
+        if (app->orderid.isNull() && app->listname.isEmpty()) {
             continue;
         }
         app->orderid.clear();

@@ -23,6 +23,8 @@ VLScanData::VLScanData(const QString &filePath) : m_file(filePath)
     }
 }
 
+VLScanData::VLScanData(const QString &filePath, Unread) : m_file(filePath) {}
+
 QString VLScanData::pathForDataFile()
 {
     return ScanStoreFile::defaultPath();

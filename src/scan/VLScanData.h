@@ -25,6 +25,12 @@ public:
     // Reads the store file (a missing file leaves apps() absent) and runs the sanity check.
     VLScanData();
     explicit VLScanData(const QString &filePath);
+    // The store of filePath, not read yet: apps() is absent until loadDataFromDisk(), so a front end can hold a store
+    // at once and have it read on a worker.
+    struct Unread
+    {
+    };
+    VLScanData(const QString &filePath, Unread);
 
     static QString pathForDataFile();
     QString filePath() const { return m_file.path(); }

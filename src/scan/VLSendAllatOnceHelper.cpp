@@ -5,7 +5,6 @@
 #include "platform/UserFeedback.h"
 #include "platform/VLNotificationCenter.h"
 #include "platform/VLSettings.h"
-#include "platform/WebRequest.h"
 
 #include <QCoreApplication>
 #include <QDir>
@@ -18,14 +17,23 @@ namespace {
 constexpr int kTimeoutMs = 600 * 1000;
 } // namespace
 
-void VLSendAllatOnceHelper::getMatches(const QString &post)
+WebRequest VLSendAllatOnceHelper::matchRequest(const QString &post)
 {
     const QUrl url(VLSettings().hostURL(SettingKey::serviceHost, QStringLiteral("https")) +
                    QStringLiteral("/vld603scan/automatch"));
     WebRequest request =
         WebRequest::postForm(url, post.toUtf8(), QStringLiteral("Automatch"), WebRequest::Kind::MatchReply);
     request.timeoutMs = kTimeoutMs;
-    const WebResult result = sendWebRequest(request);
+    return request;
+}
+
+void VLSendAllatOnceHelper::getMatches(const QString &post)
+{
+    takeResult(sendWebRequest(matchRequest(post)));
+}
+
+void VLSendAllatOnceHelper::takeResult(const WebResult &result)
+{
     if (result.replied()) {
         connectionDidFinishLoading(result.body);
     } else {

@@ -1,9 +1,12 @@
 #pragma once
 
 // One matching exchange: posts the request text to the service's "/vld603scan/automatch" and decodes the
-// zlib-compressed JSON reply into the catalogue records matched to the request's apps. It runs on the driver's
-// worker thread and returns when the exchange has ended, by success or failure; either way it posts
-// "VLUpdateDoneScannerFlag". A foreground exchange tells the user about a failure; a background one only logs it.
+// zlib-compressed JSON reply into the catalogue records matched to the request's apps. The driver's worker sends
+// matchRequest() without blocking and hands the outcome to takeResult(); getMatches does both on the calling thread.
+// Either way the end, success or failure, posts "VLUpdateDoneScannerFlag". A foreground exchange tells the user about
+// a failure; a background one only logs it.
+
+#include "platform/WebRequest.h"
 
 #include <QCoreApplication>
 #include <QString>
@@ -19,6 +22,8 @@ class VLSendAllatOnceHelper
 public:
     bool runningAsBackground = false;
 
+    static WebRequest matchRequest(const QString &post);
+    void takeResult(const WebResult &result);
     void getMatches(const QString &post);
 
     // The decoded reply, absent until one was decoded.

@@ -8,9 +8,9 @@ VLBadPlistSender::VLBadPlistSender(QObject *parent)
 {
 }
 
-void VLBadPlistSender::uploadlist(const QString &plist, int memberID)
+void VLBadPlistSender::uploadlist(const QByteArray &plist, int memberID)
 {
-    const QString body = QStringLiteral("plist=") + base64Encoding(plist.toUtf8()) + QStringLiteral("&m=") +
+    const QString body = QStringLiteral("plist=") + base64Encoding(plist) + QStringLiteral("&m=") +
                          QString::number(memberID == 0 ? -1 : memberID);
     postForm(SettingKey::serviceHost, QStringLiteral("https"), QStringLiteral("/vld6scan/badplist"), body, 10,
              reportUserAgent());

@@ -11,6 +11,6 @@ class VLBadPlistSender : public VLFormSender
 
 public:
     explicit VLBadPlistSender(QObject *parent = nullptr);
-    // memberID 0 (nobody signed in) is sent as -1.
-    void uploadlist(const QString &plist, int memberID);
+    // The file's bytes as they are (a binary list too); memberID 0 (nobody signed in) is sent as -1.
+    void uploadlist(const QByteArray &plist, int memberID);
 };

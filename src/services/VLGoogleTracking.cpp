@@ -3,20 +3,12 @@
 #include "model/StringUtils.h"
 #include "platform/VLSettings.h"
 #include "platform/WebRequest.h"
-
-#include <QThreadPool>
+#include "services/FireAndForget.h"
 
 namespace {
-QThreadPool &hitPool()
-{
-    static QThreadPool pool;
-    return pool;
-}
-
 const QString kTrackingId = QStringLiteral("UA-271828-3");
 const QByteArray kUserAgent = QByteArrayLiteral("Mozilla/5.0 (Macintosh; U; PPC Mac OS X; en-us) AppleWebKit/125.2.3 "
                                                 "(KHTML, like Gecko) Velmora Desktop/6.0");
-constexpr int kTimeoutMs = 300 * 1000;
 } // namespace
 
 namespace VLGoogleTracking {
@@ -43,9 +35,8 @@ void trackEvent(const QString &hitType, const QString &category, const QString &
         QUrl(settings.hostURL(SettingKey::analyticsHost, QStringLiteral("http")) + QStringLiteral("/collect")),
         hitBody(hitType, category, action, label, value), QStringLiteral("Analytics"));
     request.headers.append({QByteArrayLiteral("User-Agent"), kUserAgent});
-    request.timeoutMs = kTimeoutMs;
     // The reply says nothing the program needs; a failed connection is logged by the request itself.
-    hitPool().start([request] { sendWebRequest(request); });
+    FireAndForget::send(request);
 }
 
 void trackProgramEvent(const QString &action, const QString &label, const QString &value)
@@ -55,7 +46,7 @@ void trackProgramEvent(const QString &action, const QString &label, const QStrin
 
 void waitForPendingHits(int timeoutMs)
 {
-    hitPool().waitForDone(timeoutMs);
+    FireAndForget::finish(timeoutMs);
 }
 
 } // namespace VLGoogleTracking

@@ -1,8 +1,8 @@
 #pragma once
 
 // Usage analytics: one event per call, posted to the analytics host's "/collect" in the Measurement Protocol's
-// form. Hits are sent from the global thread pool, never on the calling thread, and never report to the user:
-// every failure ends in one log line. The setting "sendAnalytics" turns them off.
+// form. Hits are sent as fire-and-forget requests (short deadlines, abandoned at exit), never on the calling thread,
+// and never report to the user: every failure ends in one log line. The setting "sendAnalytics" turns them off.
 
 #include <QByteArray>
 #include <QString>
@@ -23,8 +23,8 @@ void trackEvent(const QString &hitType, const QString &category, const QString &
 // The program's own events: hit type "event", category "vld604".
 void trackProgramEvent(const QString &action, const QString &label = QString(), const QString &value = QString());
 
-// Gives hits still on their way up to timeoutMs to leave. Call before the application object goes: a hit cannot be
-// sent without it.
+// Gives hits still on their way up to timeoutMs to leave, then abandons them. Call before the application object
+// goes: a hit cannot be sent without it.
 void waitForPendingHits(int timeoutMs);
 
 } // namespace VLGoogleTracking

@@ -38,10 +38,14 @@ QString text(const QJsonObject &dict, const char *name)
     return VLMemberAccount::getJSONItemWithName(QString::fromLatin1(name), dict).toString();
 }
 
+// Nullopt for a value that is missing, null or not base64.
 std::optional<QString> decodedBase64(const QJsonObject &dict, const char *name)
 {
-    const auto bytes =
-        QByteArray::fromBase64Encoding(text(dict, name).toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
+    const QString value = text(dict, name);
+    if (value.isNull()) {
+        return std::nullopt;
+    }
+    const auto bytes = QByteArray::fromBase64Encoding(value.toLatin1(), QByteArray::AbortOnBase64DecodingErrors);
     if (!bytes) {
         return std::nullopt;
     }
@@ -224,7 +228,7 @@ void VLMemberAccount::takeLoginReply(const QJsonObject &reply)
     const std::optional<QString> replyEmail = decodedBase64(reply, "email");
     const std::optional<QString> replyPassword = decodedBase64(reply, "password");
     if (!replyEmail || !replyPassword) {
-        vlLog(QStringLiteral("the log-in reply's credentials are not valid base64"));
+        vlLog(QStringLiteral("the log-in reply carries no valid credentials; the ones typed are kept"));
         return;
     }
     email = *replyEmail;
@@ -294,14 +298,17 @@ void VLMemberAccount::createAccount()
         createErrorfield = dict.value(QStringLiteral("error")).toVariant().toString();
         return;
     }
-    if (!dict.value(QStringLiteral("id")).isDouble()) {
+    // The id may come as a number or as its decimal text.
+    bool numeric = false;
+    const int replyId = getJSONItemWithName(QStringLiteral("id"), dict).toInt(&numeric);
+    if (!numeric) {
         createErrorfield = tr("Error 626");
         return;
     }
     isLoggedIn = true;
     firstname = text(dict, "first");
     lastname = text(dict, "last");
-    memberID = dict.value(QStringLiteral("id")).toInt();
+    memberID = replyId;
     fullname = QStringLiteral("%1 %2").arg(firstname, lastname);
     password = signupPassword;
     email = signupEmail;

@@ -34,10 +34,12 @@ void VLServerList::connectionDidFinishLoading()
         const QString &line = m_texts.unreadableLine;
         vlLog(line.contains(QLatin1String("%1")) ? line.arg(problem) : line);
         showAlert();
-    } else if (!reply->value(QStringLiteral("entries")).canConvert<QVariantList>()) {
+    } else if (reply->contains(QStringLiteral("entries")) &&
+               !reply->value(QStringLiteral("entries")).canConvert<QVariantList>()) {
         vlLog(m_texts.exceptionLine);
         showAlert();
     } else {
+        // A reply without entries is an empty list, not a fault.
         entriesDictionary = *reply;
         serverApps = reply->value(QStringLiteral("entries")).toList();
     }

@@ -1,18 +1,40 @@
 // velmora-cli check, then update-all, against the real service: the sample apps' old versions are installed on a
 // volume of the test's own, and each update file kind the service serves (zip, tar.gz, tar.bz2, tbz, disk image,
-// flat package) is downloaded, checked against its hash, unpacked and put in place.
+// flat package) is downloaded, checked against its hash, unpacked and put in place, leaving nothing behind; and two
+// update-all runs at once never share an update's folder.
 
+#include "platform/AppPaths.h"
 #include "platform/VLSettings.h"
 #include "support/CliRunner.h"
 #include "support/ServiceProcess.h"
 #include "support/TestMain.h"
 
 #include <QDir>
+#include <QDirIterator>
+#include <QFile>
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
 #include <QProcess>
 #include <QTemporaryDir>
+
+#include <thread>
+
+namespace {
+
+// Files left in our private temporary folder, lock files aside (they are kept on purpose: see FileLock).
+QStringList leftInTemporaryFolder()
+{
+    QStringList left;
+    for (QDirIterator it(AppPaths::privateTempFolderName(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+         it.hasNext();) {
+        left.append(it.next());
+    }
+    left.removeIf([](const QString &path) { return path.endsWith(QLatin1String(".lock")); });
+    return left;
+}
+
+} // namespace
 
 class TestCliUpdate : public QObject
 {
@@ -25,30 +47,55 @@ private slots:
     void initTestCase()
     {
         QVERIFY(m_service.start());
-        const QString volume = m_root.path() + QStringLiteral("/volume");
-        QVERIFY(QDir().mkpath(volume));
+        QVERIFY(useFreshVolume(QStringLiteral("volume")));
+    }
+
+    // The sample apps' old versions on a volume of their own, which the settings then name.
+    bool useFreshVolume(const QString &name)
+    {
+        const QString volume = m_root.path() + QLatin1Char('/') + name;
+        if (!QDir().mkpath(volume)) {
+            return false;
+        }
         QProcess copy;
         copy.start(QStringLiteral("cp"),
                    {QStringLiteral("-a"), QStringLiteral(VELMORA_BINARY_DIR "/service/installed/Applications"),
                     volume + QStringLiteral("/")});
-        QVERIFY(copy.waitForFinished() && copy.exitCode() == 0);
+        if (!copy.waitForFinished() || copy.exitCode() != 0) {
+            return false;
+        }
         VLSettings settings;
         for (const char *key : {SettingKey::serviceHost, SettingKey::siteHost, SettingKey::analyticsHost}) {
             settings.setValue(QLatin1String(key), m_service.baseUrl());
         }
         settings.setValue(QLatin1String(SettingKey::sendAnalytics), false);
-        settings.setValue(QLatin1String(SettingKey::volumeRoot), volume);
+        return settings.setValue(QLatin1String(SettingKey::volumeRoot), volume);
     }
 
-    void everyKindInstalled()
+    void everyKindInstalledOrSkipped()
     {
         const CliResult check = runCli({QStringLiteral("check")});
         QCOMPARE(check.exitCode, 0);
         QCOMPARE(check.out.count('\n'), 6);
 
+        // An app the user keeps running is skipped, which is no failure; the others are updated.
+        const QString running =
+            m_root.path() + QStringLiteral("/volume/Applications/Velmora Clock.app/Contents/MacOS/running");
+        QVERIFY(QFile::copy(QStringLiteral("/bin/sleep"), running));
+        QProcess clock;
+        clock.start(running, {QStringLiteral("600")});
+        QVERIFY(clock.waitForStarted());
+        const CliResult skipping = runCli({QStringLiteral("update-all")});
+        clock.kill();
+        clock.waitForFinished();
+        QVERIFY(QFile::remove(running));
+        QVERIFY2(skipping.exitCode == 0, skipping.err.constData());
+        QCOMPARE(skipping.out.count('\n'), 5);
+        QVERIFY2(skipping.err.contains("skipped: Velmora Clock: "), skipping.err.constData());
+
         const CliResult update = runCli({QStringLiteral("update-all"), QStringLiteral("--yes")});
         QVERIFY2(update.exitCode == 0, update.err.constData());
-        QCOMPARE(update.out.count('\n'), 6);
+        QCOMPARE(update.out.count('\n'), 1);
 
         const CliResult listed =
             runCli({QStringLiteral("list"), QStringLiteral("--installed"), QStringLiteral("--json")});
@@ -68,6 +115,32 @@ private slots:
                      .entryList(QDir::AllEntries | QDir::NoDotAndDotDot | QDir::Hidden)
                      .size(),
                  6);
+        QCOMPARE(leftInTemporaryFolder(), QStringList());
+    }
+
+    // The second run finds each app's update running or already done: it never takes the first one's folder.
+    void twoUpdateAllAtOnce()
+    {
+        QVERIFY(useFreshVolume(QStringLiteral("volume2")));
+        QCOMPARE(runCli({QStringLiteral("check")}).exitCode, 0);
+        CliResult first;
+        CliResult second;
+        std::thread other([&second] { second = runCli({QStringLiteral("update-all"), QStringLiteral("--yes")}); });
+        first = runCli({QStringLiteral("update-all"), QStringLiteral("--yes")});
+        other.join();
+        for (const CliResult &run : {first, second}) {
+            for (const QByteArray &line : run.err.split('\n')) {
+                QVERIFY2(!line.startsWith("error") || line.contains("is already running"), line.constData());
+            }
+        }
+        const CliResult listed =
+            runCli({QStringLiteral("list"), QStringLiteral("--installed"), QStringLiteral("--json")});
+        const QJsonArray records = QJsonDocument::fromJson(listed.out).array();
+        QCOMPARE(records.size(), 6);
+        for (const QJsonValue &value : records) {
+            QCOMPARE(value.toObject().value(QStringLiteral("localVersion")).toString(), QStringLiteral("2.0"));
+        }
+        QCOMPARE(leftInTemporaryFolder(), QStringList());
     }
 };
 

@@ -9,6 +9,8 @@
 #include <QJsonArray>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QRegularExpression>
+#include <QSet>
 #include <QTemporaryDir>
 
 class TestCliVersion : public QObject
@@ -71,6 +73,17 @@ private slots:
             QCOMPARE(result.exitCode, 0);
             QVERIFY(result.out.startsWith("Usage: velmora-cli"));
         }
+    }
+
+    // Commands and options share one column, however long the longest name.
+    void helpAlignsItsColumn()
+    {
+        static const QRegularExpression item(QStringLiteral("^  \\S+ +"), QRegularExpression::MultilineOption);
+        QSet<qsizetype> columns;
+        for (const QRegularExpressionMatch &match :
+             item.globalMatch(QString::fromUtf8(runCli({QStringLiteral("--help")}).out)))
+            columns.insert(match.capturedLength());
+        QCOMPARE(columns.size(), 1);
     }
 
     void inspect()

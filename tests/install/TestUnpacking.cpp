@@ -1,5 +1,6 @@
 // Real archives and images of an app bundle, unpacked by the installer: what lands in the work folder (links, modes,
-// no __MACOSX), and archives that fail or try to write outside their folder, which must fail and write nothing.
+// no __MACOSX), and archives that fail or try to write outside their folder, which must fail and write nothing;
+// archives past the bounds of their budget, or that would ask for a password, fail at once and say why.
 
 #include "install/VLInstaller.h"
 #include "platform/AppPaths.h"
@@ -23,6 +24,59 @@ class TestUnpacking : public QObject
     Q_OBJECT
 
 private slots:
+    void bounded_data()
+    {
+        // recipe: as for unpack, run in a folder holding "big" (20 MB of zeros), "many/" (300 empty files) and "note".
+        columns<QString, QString, QString, qint64, qint64, qint64, QString>("op", "name", "recipe", "minBytes",
+                                                                            "minEntries", "reserve", "failure");
+        const qint64 mb = 1 << 20;
+        const QString large = u"the archive unpacks to more than 1 MB"_s;
+        row("zip bomb", u"zip"_s, u"Big.zip"_s, u"bsdtar --format zip -cf %A big"_s, mb, qint64(1000), qint64(0),
+            large);
+        row("tar.gz bomb", u"tgz"_s, u"Big.tar.gz"_s, u"bsdtar -czf %A big"_s, mb, qint64(1000), qint64(0), large);
+        row("tar.bz2 bomb", u"tbz"_s, u"Big.tar.bz2"_s, u"bsdtar -cjf %A big"_s, mb, qint64(1000), qint64(0), large);
+        row("bz2 bomb", u"bz2"_s, u"big.bz2"_s, u"bzip2 -c big >"_s, mb, qint64(1000), qint64(0), large);
+        row("too many files", u"tgz"_s, u"Many.tar.gz"_s, u"bsdtar -czf %A many"_s, 64 * mb, qint64(100), qint64(0),
+            u"the archive unpacks to more than 100 files"_s);
+        row("no room", u"zip"_s, u"Many.zip"_s, u"bsdtar --format zip -cf %A many"_s, 64 * mb, qint64(1000),
+            qint64(1) << 60, u"less than 1099511627776 MB are free in"_s);
+        row("password asked", u"zip"_s, u"Secret.zip"_s,
+            u"bsdtar --format zip --options zip:encryption=zipcrypt --passphrase pw -cf %A note"_s, 64 * mb,
+            qint64(1000), qint64(0), u"unzip failed with status"_s);
+    }
+
+    void bounded()
+    {
+        auto [op, name, recipe, minBytes, minEntries, reserve, failure] =
+            fetch<QString, QString, QString, qint64, qint64, qint64, QString>("op", "name", "recipe", "minBytes",
+                                                                              "minEntries", "reserve", "failure");
+        QTemporaryDir sandbox(AppPaths::privateTempFolder() + u"/sandbox-XXXXXX"_s);
+        const QString archive = BundleTree(sandbox.filePath(u"dl"_s)).root() + u'/' + name;
+        BundleTree source(sandbox.filePath(u"src"_s));
+        source.addFile(u"big"_s, QByteArray(20 << 20, '\0'));
+        source.addFile(u"note"_s, "a secret");
+        for (int i = 0; i < 300; ++i) {
+            source.addFile(u"many/%1"_s.arg(i), "");
+        }
+        QStringList args = recipe.split(u' ');
+        const QString tool = args.takeFirst();
+        const bool toArchive = args.last() == u">";
+        if (toArchive) {
+            args.removeLast();
+        }
+        QVERIFY(InstallFixtures::run(tool, args.replaceInStrings(u"%A"_s, archive), source.root(),
+                                     toArchive ? archive : QString()));
+
+        VLInstaller installer;
+        installer.setUnpackLimits({1, minBytes, 1 << 20, minEntries, reserve});
+        const QString work = op == u"zip"   ? installer.extractZIP(archive)
+                             : op == u"tgz" ? installer.extractTGZ(archive)
+                             : op == u"tbz" ? installer.extractTBZ(archive)
+                                            : installer.extractBZ2(archive);
+        QVERIFY(work.isEmpty());
+        QVERIFY2(installer.unpackFailure().startsWith(failure), qPrintable(installer.unpackFailure()));
+    }
+
     void unpack_data()
     {
         // recipe: the folder it runs in (src: the app tree; esc: a link "l" to the outside folder and a file "x"),

@@ -22,7 +22,10 @@ private slots:
         QTest::newRow("url escapes reserved")
             << s("url") << s("a b&c=d+e/f?g#h%") << s("a%20b%26c%3Dd%2Be%2Ff%3Fg%23h%25");
         QTest::newRow("url keeps unreserved") << s("url") << s("AZaz09-._~") << s("AZaz09-._~");
-        QTest::newRow("url non-ASCII") << s("url") << s("caf\u00e9") << QString();
+        // Other scripts go out as their UTF-8 bytes; a lone surrogate has none.
+        QTest::newRow("url UTF-8") << s("url") << s("Zo\u00eb \u00c9t\u00e9 \U0001F40D")
+                                   << s("Zo%C3%AB%20%C3%89t%C3%A9%20%F0%9F%90%8D");
+        QTest::newRow("url unpaired surrogate") << s("url") << QString(QChar(0xdc00)) << QString();
         QTest::newRow("url empty") << s("url") << s("") << s("");
         QTest::newRow("url absent") << s("url") << QString() << QString();
         // The digest of the UTF-8 bytes; a lone surrogate has none, and a replacement would be another text's.

@@ -12,7 +12,7 @@ help_commands() {
     if grep -qi '^commands:' <<<"$help"; then
         sed -n '/^[Cc]ommands:/,/^$/p' <<<"$help" | sed -n 's/^ \+\([a-z][a-z-]*\).*/\1/p'
     else
-        grep -i 'usage:' <<<"$help" | sed 's/.*usage: *[^ ]* //' | tr '|' '\n' | awk 'NF { print $1 }'
+        grep -i 'usage:' <<<"$help" | sed 's/.*[Uu]sage: *[^ ]* //' | tr '|' '\n' | awk 'NF && $1 !~ /^\[/ { print $1 }'
     fi
 }
 

@@ -1,6 +1,7 @@
 // Downloads to disk on a worker thread, as an update makes them, with the record's progress fields written there while
 // this thread copies the record: whole and resumed files from the real service, and from scripted hosts what it
-// cannot show (a host that ignores Range or sends another piece, a cancel, a stall).
+// cannot show (a host that ignores Range or sends another piece, a cancel, a stall, a body shorter than announced,
+// endless and trickling hosts against the request's bounds).
 
 #include "model/VLApp.h"
 #include "platform/HttpDownload.h"
@@ -138,6 +139,66 @@ private slots:
         QCOMPARE(host.requests().constFirst().header("Accept-Encoding"), QByteArray("identity"));
         QCOMPARE(host.requests().constFirst().header("Range"),
                  part.isEmpty() ? QByteArray() : "bytes=" + QByteArray::number(part.size()) + '-');
+    }
+
+    void bounds_data()
+    {
+        columns<ScriptedHost::Script, QByteArray, qint64, qint64, DownloadResult::Outcome, bool, bool, QByteArray, int>(
+            "script", "part", "maxBytes", "minRate", "outcome", "timedOut", "overLimit", "file", "requests");
+        const QByteArray quarter = kBody.left(16384);
+        const QByteArray half = kBody.left(32768);
+        // Continues a part of a quarter with the second quarter only, as a complete 206 reply of its own.
+        const ScriptedHost::Script endsAtHalf = [](QTcpSocket *s, const HostRequest &) {
+            ScriptedHost::answer(s, 206, "Content-Range: bytes 16384-32767/65536\r\n", kBody.mid(16384, 16384));
+        };
+        // A range whose end does not agree with the length sent: asked again, whole.
+        const ScriptedHost::Script rangeDisagrees = [](QTcpSocket *s, const HostRequest &request) {
+            const bool ranged = !request.header("Range").isNull();
+            ScriptedHost::answer(s, ranged ? 206 : 200, ranged ? "Content-Range: bytes 16384-65535/65536\r\n" : "",
+                                 ranged ? kBody.mid(16384, 16384) : kBody);
+        };
+        const ScriptedHost::Script endless = [](QTcpSocket *s, const HostRequest &) {
+            ScriptedHost::dribble(s, "HTTP/1.1 200 OK\r\nConnection: close\r\n\r\n", kBody.repeated(160), 65536, 0);
+        };
+        const ScriptedHost::Script trickles = [](QTcpSocket *s, const HostRequest &) {
+            ScriptedHost::dribble(s, "HTTP/1.1 200 OK\r\nContent-Length: 2048\r\n\r\n", kBody.left(2048), 16, 50);
+        };
+        using O = DownloadResult::Outcome;
+        row("short of the announced total: broken", endsAtHalf, quarter, qint64(-1), qint64(0), O::Failed, false, false,
+            half, 1);
+        row("range disagrees with length: whole", rangeDisagrees, quarter, qint64(-1), qint64(0), O::Finished, false,
+            false, kBody, 2);
+        row("endless: stopped at the bound", endless, QByteArray(), qint64(100000), qint64(0), O::Failed, false, true,
+            QByteArray("*"), 1);
+        row("trickles below the least rate", trickles, QByteArray(), qint64(-1), qint64(100000), O::Failed, true, false,
+            QByteArray("*"), 1);
+    }
+
+    void bounds()
+    {
+        auto [script, part, maxBytes, minRate] =
+            fetch<ScriptedHost::Script, QByteArray, qint64, qint64>("script", "part", "maxBytes", "minRate");
+        ScriptedHost host(script);
+        QTemporaryDir folder;
+        DownloadRequest request{host.url("/update.zip"), {}, folder.path(), QStringLiteral("update.zip")};
+        request.maxBytes = maxBytes;
+        request.minBytesPerSecond = minRate;
+        request.rateWindowMs = 300;
+        VLApp app;
+        const DownloadResult result = download(request, app, part);
+        QTEST(result.outcome, "outcome");
+        QTEST(result.timedOut, "timedOut");
+        QTEST(result.overLimit, "overLimit");
+        QTEST(int(host.requests().size()), "requests");
+        const QByteArray written = PlistFiles::readFile(folder.filePath(request.fileName));
+        // "*": the start of the body, never past the bound.
+        QFETCH(QByteArray, file);
+        if (file == "*") {
+            QVERIFY(maxBytes < 0 || written.size() <= maxBytes);
+            QVERIFY(kBody.repeated(160).startsWith(written));
+        } else {
+            QCOMPARE(written, file);
+        }
     }
 };
 

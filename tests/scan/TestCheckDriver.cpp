@@ -1,7 +1,6 @@
 // The check from end to end: scan, request, reply, apply, save, against the real velmora-service on loopback and
 // against small hosts that answer what the service never would.
 
-#include "model/DateDescription.h"
 #include "model/StringUtils.h"
 #include "model/VLApp.h"
 #include "platform/RAZipper.h"
@@ -105,7 +104,10 @@ private slots:
         row("encoded and as is", path, "A b.app", "1.0 b&2", may4,
             "&app[3][t]=A%20b.app&app[3][p]=DIGEST&app[3][d]=A%20b&app[3][v]=1.0 b&2&app[3][b]=com.example.a"
             "&app[3][m]=2013-05-04%2012%3A00%3A00%20%2B0000");
-        row("absent values", path, "Café.app", QString(), QDateTime(),
+        row("outside ASCII as UTF-8", path, "Été.app", "1.0", may4,
+            "&app[3][t]=%C3%89t%C3%A9.app&app[3][p]=DIGEST&app[3][d]=A%20b&app[3][v]=1.0&app[3][b]=com.example.a"
+            "&app[3][m]=2013-05-04%2012%3A00%3A00%20%2B0000");
+        row("absent values", path, QString(), QString(), QDateTime(),
             "&app[3][t]=(null)&app[3][p]=DIGEST&app[3][d]=A%20b&app[3][v]=(null)&app[3][b]=com.example.a"
             "&app[3][m]=(null)");
         row("not installed: nothing, index used", "-", "A b.app", "1", may4, QString());
@@ -221,36 +223,6 @@ private slots:
             }
         }
         QCOMPARE(copies, 1);
-    }
-
-    void startUp_data()
-    {
-        columns<int, bool, bool>("age", "loginItem", "scans");
-        QTest::newRow("matched 14399 s ago") << 14399 << false << false;
-        QTest::newRow("matched 14401 s ago") << 14401 << false << true;
-        QTest::newRow("14401 s, started by the login item") << 14401 << true << false;
-    }
-
-    void startUp()
-    {
-        auto [age, loginItem, scans] = fetch<int, bool, bool>("age", "loginItem", "scans");
-        QVERIFY(runCheck());
-        {
-            VLScanData store;
-            VLScanData::Change change(store);
-            store.apps()->first()->lastmatched = dateDescription(QDateTime::currentDateTimeUtc().addSecs(-age));
-            QVERIFY(store.saveDataToDisk());
-        }
-        const int before = m_service.log().count("/vld603scan/automatch");
-        VLMainWindowController driver;
-        QSignalSpy finished(&driver, &VLMainWindowController::checkFinished);
-        driver.loadScanDataOrRunScan(loginItem);
-        QVERIFY(finished.wait(60000));
-        if (scans) {
-            QTRY_VERIFY(m_service.log().count("/vld603scan/automatch") > before); // the line follows the answer
-        } else {
-            QCOMPARE(m_service.log().count("/vld603scan/automatch"), before);
-        }
     }
 
     void countingSinceLastNotified_data()

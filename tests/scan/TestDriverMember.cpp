@@ -1,7 +1,9 @@
-// The driver's member side against the real service and Secret Service: the start-up log-in from the keychain, a
-// watch-list load that waits for the deals (which fail here, and must still let it go on), and log-out.
+// The driver's member side against the real service and Secret Service: the start-up log-in from the keychain, the
+// member in the matching request, a watch-list load queued behind the deals (which fail here, and must still let it
+// go on), and log-out.
 
 #include "platform/VLSettings.h"
+#include "scan/VLAppDelegate.h"
 #include "scan/VLMainWindowController.h"
 #include "scan/VLScanData.h"
 #include "services/VLAppOnServer.h"
@@ -10,10 +12,12 @@
 #include "support/HostSettings.h"
 #include "support/KeyringSession.h"
 #include "support/PlistFiles.h"
+#include "support/ScriptedHost.h"
 #include "support/ServiceProcess.h"
 
 #include <QDir>
 #include <QSignalSpy>
+#include <QTcpSocket>
 
 class TestDriverMember : public QObject
 {
@@ -28,6 +32,7 @@ private slots:
         QVERIFY(pointHostsAt(m_service.baseUrl()));
         QVERIFY(pointHostsAt(QStringLiteral("http://127.0.0.1:1"), {SettingKey::dealsHost})); // nothing listens there
         VLSettings settings;
+        VLAppDelegate::writeStartupSettings();
 
         VLMemberAccount member;
         member.signupEmail = QStringLiteral("driver@example.com");
@@ -67,17 +72,33 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT((m_service.runCommand({QStringLiteral("reports")}, &reports),
                                   reports.contains("\"plist\":\"<plist><dict><key>CFBundleName\"")),
                                  30000);
-        QVERIFY(reports.contains(QByteArray("\"member_id\":" + QByteArray::number(driver.memberAccount().memberID))));
+        const QByteArray memberID = QByteArray::number(driver.memberAccount().memberID);
+        QVERIFY(reports.contains(QByteArray("\"member_id\":" + memberID)));
+
+        // The matching request names the member, the machine and the installation, byte for byte.
+        ScriptedHost matcher([](QTcpSocket *socket, const HostRequest &) { ScriptedHost::answer(socket, 404); });
+        QVERIFY(pointHostsAt(matcher.url("").toString(), {SettingKey::serviceHost}));
+        driver.checkForUpdates();
+        QTRY_COMPARE_WITH_TIMEOUT(checked.count(), 3, 60000);
+        QVERIFY(pointHostsAt(m_service.baseUrl(), {SettingKey::serviceHost}));
+        const auto automatch =
+            std::find_if(matcher.requests().cbegin(), matcher.requests().cend(),
+                         [](const HostRequest &request) { return request.target.contains("automatch"); });
+        QVERIFY(automatch != matcher.requests().cend());
+        QCOMPARE(automatch->body.left(automatch->body.indexOf("&app[")),
+                 QByteArray("vld=6.0.4&c=" + QUrl::toPercentEncoding(settings.stringValue(SettingKey::serial)) +
+                            "&p=1&mid=" + memberID + "&uuid=" + settings.stringValue(SettingKey::penguin).toLatin1() +
+                            "&type=manual"));
 
         driver.loadPromos();
         driver.loadWatchLists();
         QTRY_COMPARE_WITH_TIMEOUT(lists.count(), 1, 60000);
-        const AppRef added = driver.scanData()->appWithVLID(QStringLiteral("5003"));
+        const AppRef added = driver.scanData().appWithVLID(QStringLiteral("5003"));
         QVERIFY(added && !added->isInstalled() && !added->listname.isEmpty());
 
         driver.logout();
         QTRY_COMPARE_WITH_TIMEOUT(member_.count(), 2, 30000);
-        const AppRef stripped = driver.scanData()->appWithVLID(QStringLiteral("5003"));
+        const AppRef stripped = driver.scanData().appWithVLID(QStringLiteral("5003"));
         QVERIFY(stripped && stripped->listname.isEmpty());
         QVERIFY(VLKeychain::accountsForLabel(QStringLiteral("Velmora Desktop")).isEmpty());
     }

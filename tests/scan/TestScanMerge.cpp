@@ -9,7 +9,8 @@
 
 namespace {
 
-// "path", "path+order" (a purchase), "path+deal" (a deal) or "path+none" (ids that name neither: "" and "-").
+// "path", "path+order" (a purchase), "path+empty" (a purchase whose order id is ""), "path+deal" (a deal) or
+// "path+none" (ids that name neither: absent and "-").
 AppList records(const QStringList &descriptions)
 {
     AppList apps;
@@ -22,8 +23,9 @@ AppList records(const QStringList &descriptions)
             app->orderid = QStringLiteral("77");
         } else if (parts.value(1) == QLatin1String("deal")) {
             app->deal_id = QStringLiteral("12");
-        } else if (parts.value(1) == QLatin1String("none")) {
+        } else if (parts.value(1) == QLatin1String("empty")) {
             app->orderid = QStringLiteral("");
+        } else if (parts.value(1) == QLatin1String("none")) {
             app->deal_id = QStringLiteral("-");
         }
         apps.append(app);
@@ -63,6 +65,7 @@ private slots:
         QTest::newRow("duplicate stored paths both kept") << L({"/a", "/a"}) << L({"/a"}) << L({"/a", "/a"});
         QTest::newRow("duplicate scan paths both added") << L({"/b"}) << L({"/a", "/a"}) << L({"/a", "/a"});
         QTest::newRow("paths compare case-sensitively") << L({"/A.app"}) << L({"/a.app"}) << L({"/a.app"});
+        QTest::newRow("purchase with an empty order id stays") << L({"/a+empty"}) << QStringList{} << L({"-"});
         QTest::newRow("signed-out purchase goes") << L({"/a+none", "/b"}) << L({"/b"}) << L({"/b"});
         QTest::newRow("empty scan empties the store") << L({"/a", "/b"}) << QStringList{} << QStringList{};
     }

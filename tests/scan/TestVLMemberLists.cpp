@@ -7,6 +7,7 @@
 #include "platform/WebRequest.h"
 #include "scan/VLMemberLists.h"
 #include "scan/VLScanData.h"
+#include "services/BadPlistReports.h"
 #include "services/RFShortURL.h"
 #include "services/VLAppOnServer.h"
 #include "services/VLCartSender.h"
@@ -15,11 +16,16 @@
 #include "services/VLWatchLists.h"
 #include "support/DataTable.h"
 #include "support/HostSettings.h"
+#include "support/RecordingFeedback.h"
+#include "support/ScriptedHost.h"
 #include "support/ServiceProcess.h"
 #include "support/TestMain.h"
 
+#include <QFile>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QTcpSocket>
+#include <QTemporaryDir>
 
 namespace {
 
@@ -118,6 +124,32 @@ private slots:
         QCOMPARE(fields.value(QStringLiteral("path")).toString(), path);
     }
 
+    // An unreadable list goes out once, bytes intact, and only while usage data may be sent.
+    void badPlistReports_data()
+    {
+        columns<bool, int>("sendAnalytics", "stored");
+        row("sending allowed", true, 1);
+        row("sending not allowed", false, 0);
+    }
+    void badPlistReports()
+    {
+        auto [sendAnalytics, stored] = fetch<bool, int>("sendAnalytics", "stored");
+        VLSettings().setValue(QString::fromLatin1(SettingKey::sendAnalytics), sendAnalytics);
+        const QByteArray binary = "bplist00\xd1\x01\x02\xff\x80" + QByteArray::number(sendAnalytics);
+        QTemporaryDir folder;
+        QFile file(folder.filePath(QStringLiteral("Info.plist")));
+        QVERIFY(file.open(QIODevice::WriteOnly) && file.write(binary) == binary.size());
+        file.close();
+        for (int check = 0; check < 2; ++check) {
+            QObject owner;
+            BadPlistReports::send({file.fileName()}, m_member, &owner);
+            QTRY_VERIFY(owner.children().isEmpty());
+        }
+        QByteArray reports;
+        QCOMPARE(m_service.runCommand({QStringLiteral("reports")}, &reports), 0);
+        QCOMPARE(int(reports.count("\"plist_base64\":\"" + binary.toBase64() + '"')), stored);
+    }
+
     // A link without a scheme is sent as http.
     void shortLink()
     {
@@ -135,6 +167,24 @@ private slots:
         const WebResult followed = sendWebRequest(WebRequest::get(QUrl(shortLink)));
         QCOMPARE(followed.status, 200);
         QCOMPARE(followed.finalUrl, QUrl(original));
+    }
+
+    // A list reply without entries is an empty list, shown without an alert.
+    void listReplyWithoutEntries()
+    {
+        ScriptedHost host([](QTcpSocket *socket, const HostRequest &) {
+            ScriptedHost::answer(
+                socket, 200, "Content-Type: application/xml\r\n",
+                "<?xml version=\"1.0\"?><plist version=\"1.0\"><dict><key>count</key><integer>0</integer>"
+                "</dict></plist>");
+        });
+        QVERIFY(pointHostsAt(host.url().toString(QUrl::StripTrailingSlash), {SettingKey::serviceHost}));
+        const RecordingFeedback feedback;
+        VLWatchLists lists;
+        lists.getWatchlists(QStringLiteral("id=%1").arg(m_member));
+        lists.waitUntilDone();
+        QVERIFY(pointHostsAt(m_service.baseUrl(), {SettingKey::serviceHost}));
+        QVERIFY(lists.serverApps.isEmpty() && feedback.shown().isEmpty());
     }
 };
 

@@ -83,9 +83,8 @@ private slots:
 
     void passwordIsEncryptedAtRest()
     {
-        QFile database(m_service.databasePath());
-        QVERIFY(database.open(QIODevice::ReadOnly));
-        const QByteArray bytes = database.readAll();
+        const QByteArray bytes = m_service.databaseBytes();
+        QVERIFY(!bytes.isEmpty());
         QVERIFY(!bytes.contains(QStringLiteral("pässword 1").toUtf8()));
         QVERIFY(!bytes.contains(md5("pässword 1")));
     }

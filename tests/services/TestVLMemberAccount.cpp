@@ -12,6 +12,7 @@
 #include "support/KeyringSession.h"
 #include "support/ScriptedHost.h"
 #include "support/ServiceProcess.h"
+#include "support/Utf8.h"
 
 #include <QNetworkCookie>
 #include <QTcpSocket>
@@ -36,12 +37,12 @@ class TestVLMemberAccount : public QObject
 
     ServiceProcess m_service;
 
-    VLMemberAccount signedUp(const QString &email, const QString &password)
+    VLMemberAccount signedUp(const QString &email, const QString &password, const QString &first = s("Ann"))
     {
         VLMemberAccount account;
         account.signupEmail = email;
         account.signupPassword = password;
-        account.signupFirstName = QStringLiteral("Ann");
+        account.signupFirstName = first;
         account.signupLastName = QStringLiteral("Lee");
         account.createAccount();
         return account;
@@ -63,6 +64,7 @@ private slots:
         // A four-letter domain, the most the program accepts, and "+" and "." before the @; "+", "/" and "&" in the
         // password.
         row("new member", "ann.b+c@mail.example.info", "s3cret+/&pw", "");
+        row("password outside ASCII", "zoe@example.com", "pässwörd ä", "");
         row("address taken", "ann.b+c@mail.example.info", "other", "taken");
         row("five-letter domain", "ann@example.velmo", "pw", "Invalid Email address");
         row("no domain dot", "ann@example", "pw", "Invalid Email address");
@@ -72,13 +74,16 @@ private slots:
     void signup()
     {
         auto [email, password, status] = fetch<QString, QString, QString>("email", "password", "status");
-        const VLMemberAccount account = signedUp(email, password);
+        // The first name is kept as sent, in any script.
+        const QString first = s("Zoë");
+        const VLMemberAccount account = signedUp(email, password, first);
         QCOMPARE(account.isLoggedIn, status.isEmpty());
         if (status.isEmpty()) {
             QCOMPARE(account.createErrorfield, QStringLiteral("Processing..."));
+            QCOMPARE(account.firstname, first);
             QCOMPARE(VLKeychain::passwordForLabel(keychainName, email), password);
             QCOMPARE(VLMemberAccount::lastLoginMemberID(), account.memberID);
-            QCOMPARE(VLMemberAccount::lastLoginName(), QStringLiteral("Ann"));
+            QCOMPARE(VLMemberAccount::lastLoginName(), first);
         } else if (status == u"taken") {
             QVERIFY(!account.createErrorfield.isEmpty() && !account.createErrorfield.contains(u"Error"));
         } else {
@@ -90,6 +95,7 @@ private slots:
     {
         columns<QString, QString, QString>("email", "password", "errorfield");
         row("right password", "ann.b+c@mail.example.info", "s3cret+/&pw", "");
+        row("password outside ASCII", "zoe@example.com", "pässwörd ä", "");
         row("wrong password", "ann.b+c@mail.example.info", "wrong", "Incorrect email or password");
         row("no password", "ann.b+c@mail.example.info", "", "Please enter email and password");
     }
@@ -107,7 +113,7 @@ private slots:
         QCOMPARE(account.errorfield, errorfield);
         QCOMPARE(account.isLoggedIn, errorfield.isEmpty());
         if (errorfield.isEmpty()) {
-            QCOMPARE(account.fullname, QStringLiteral("Ann Lee"));
+            QCOMPARE(account.fullname, s("Zoë Lee"));
             QCOMPARE(VLKeychain::passwordForLabel(keychainName, email), password);
         } else if (!password.isEmpty()) {
             QVERIFY(VLKeychain::accountsForLabel(keychainName).isEmpty());
@@ -159,7 +165,11 @@ private slots:
         row("null first name",
             QByteArray(R"({"id":7,"first":null,"last":"Lee","email":"YkBjLmNvbQ==","password":"cHc="})"), "",
             "b@c.com");
+        // Without credentials in the reply the typed ones stay, in the account and in the keychain.
         row("credentials not base64", QByteArray(R"({"id":7,"first":"Ann","last":"Lee","email":"!!","password":"??"})"),
+            "Ann", "a@b.com");
+        row("credentials missing", QByteArray(R"({"id":"7","first":"Ann","last":"Lee"})"), "Ann", "a@b.com");
+        row("credentials null", QByteArray(R"({"id":7,"first":"Ann","last":"Lee","email":null,"password":null})"),
             "Ann", "a@b.com");
     }
     void scriptedReplies()
@@ -177,6 +187,7 @@ private slots:
         QCOMPARE(account.memberID, 7);
         QCOMPARE(account.firstname, firstname);
         QCOMPARE(account.email, email);
+        QCOMPARE(VLKeychain::passwordForLabel(keychainName, email), QStringLiteral("pw"));
         QVERIFY(host.requests().first().target.contains(
             QByteArray("/u/" + md5HexHash(QStringLiteral("a@b.com")).toLatin1())));
     }
@@ -192,7 +203,7 @@ private slots:
         auto [subdomain, sent] = fetch<QString, bool>("subdomain", "sent");
         ScriptedHost host([](QTcpSocket *socket, const HostRequest &) {
             ScriptedHost::answer(socket, 200, "Content-Type: application/json\r\n",
-                                 R"({"id":5,"first":"A","last":"B"})");
+                                 R"({"id":"5","first":"A","last":"B"})"); // an id as text counts too
         });
         pointHostsAt(host.url().toString(QUrl::StripTrailingSlash));
         setCookie("__utmz", "campaign|x", subdomain + VLMemberAccount::serviceCookieDomain());

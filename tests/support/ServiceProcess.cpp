@@ -2,6 +2,7 @@
 
 #include <QDeadlineTimer>
 #include <QFile>
+#include <QRandomGenerator>
 #include <QThread>
 #include <QUrl>
 
@@ -10,13 +11,39 @@ namespace {
 constexpr int startTimeoutMs = 20000;
 constexpr int commandTimeoutMs = 120000;
 
+// Runs psql on the server's own database; true when it succeeded.
+bool psql(const QString &serverUrl, const QString &command)
+{
+    QProcess process;
+    process.start(QStringLiteral("psql"), {QStringLiteral("-qX"), serverUrl, QStringLiteral("-c"), command});
+    return process.waitForFinished(commandTimeoutMs) && process.exitStatus() == QProcess::NormalExit &&
+           process.exitCode() == 0;
+}
+
 } // namespace
 
-ServiceProcess::ServiceProcess() = default;
+ServiceProcess::ServiceProcess()
+{
+    QFile urlFile(qEnvironmentVariable("VELMORA_TEST_POSTGRES_URL_FILE"));
+    if (urlFile.fileName().isEmpty()) {
+        m_database = m_dir.filePath(QStringLiteral("service.sqlite"));
+        return;
+    }
+    // Left empty when the server cannot be reached, so start() fails rather than testing SQLite again.
+    if (!urlFile.open(QIODevice::ReadOnly))
+        return;
+    m_serverUrl = QString::fromUtf8(urlFile.readAll().trimmed());
+    const QString name = QStringLiteral("velmora_test_%1").arg(QRandomGenerator::global()->generate64(), 0, 16);
+    if (psql(m_serverUrl, QStringLiteral("CREATE DATABASE ") + name))
+        m_database = m_serverUrl.left(m_serverUrl.lastIndexOf(u'/') + 1) + name;
+}
 
 ServiceProcess::~ServiceProcess()
 {
     stop();
+    if (!m_serverUrl.isEmpty() && !m_database.isEmpty())
+        psql(m_serverUrl, QStringLiteral("DROP DATABASE ") + m_database.mid(m_database.lastIndexOf(u'/') + 1) +
+                              QStringLiteral(" WITH (FORCE)"));
 }
 
 QString ServiceProcess::binaryPath()
@@ -36,7 +63,23 @@ QString ServiceProcess::filesDir()
 
 QString ServiceProcess::databasePath() const
 {
-    return m_dir.filePath(QStringLiteral("service.sqlite"));
+    return m_database;
+}
+
+QString ServiceProcess::keyFilePath() const
+{
+    return m_dir.filePath(QStringLiteral("member.key"));
+}
+
+QByteArray ServiceProcess::databaseBytes() const
+{
+    if (m_serverUrl.isEmpty()) {
+        QFile file(m_database);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    QProcess dump;
+    dump.start(QStringLiteral("pg_dump"), {m_database});
+    return dump.waitForFinished(commandTimeoutMs) ? dump.readAllStandardOutput() : QByteArray();
 }
 
 QString ServiceProcess::baseUrl() const
@@ -54,7 +97,7 @@ int ServiceProcess::runCommand(const QStringList &args, QByteArray *output)
     QProcess process;
     process.setStandardErrorFile(m_dir.filePath(QStringLiteral("command.log")), QIODevice::Append);
     process.start(binaryPath(), args + QStringList{QStringLiteral("--db"), databasePath(), QStringLiteral("--key-file"),
-                                                   m_dir.filePath(QStringLiteral("member.key"))});
+                                                   keyFilePath()});
     if (!process.waitForFinished(commandTimeoutMs) || process.exitStatus() != QProcess::NormalExit)
         return -1;
     if (output)
@@ -64,7 +107,7 @@ int ServiceProcess::runCommand(const QStringList &args, QByteArray *output)
 
 bool ServiceProcess::start(const QStringList &importFiles)
 {
-    if (!m_dir.isValid() || m_process.state() != QProcess::NotRunning)
+    if (!m_dir.isValid() || m_database.isEmpty() || m_process.state() != QProcess::NotRunning)
         return false;
     if (!importFiles.isEmpty() && runCommand(QStringList{QStringLiteral("import")} + importFiles) != 0)
         return false;
@@ -75,7 +118,7 @@ bool ServiceProcess::start(const QStringList &importFiles)
                           QStringLiteral("--db"),
                           databasePath(),
                           QStringLiteral("--key-file"),
-                          m_dir.filePath(QStringLiteral("member.key"))};
+                          keyFilePath()};
     if (!m_filesDir.isEmpty())
         arguments << QStringLiteral("--files") << m_filesDir;
     m_process.start(binaryPath(), arguments);

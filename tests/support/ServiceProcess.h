@@ -3,6 +3,10 @@
 // Runs the real velmora-service for a test: a fresh temporary database, an optional import, and a free
 // loopback port. `serve --listen 127.0.0.1:0` binds an ephemeral port and prints the address it listens on
 // as its first line on stdout; start() reads that line. The destructor stops the service.
+//
+// The database is an SQLite file, or, when VELMORA_TEST_POSTGRES_URL_FILE names a file holding a PostgreSQL
+// server's address (postgresql://USER@HOST:PORT/postgres), a fresh database of its own on that server: the same
+// suites run on either back end.
 
 #include <QByteArray>
 #include <QProcess>
@@ -23,7 +27,11 @@ public:
     void setFilesDir(const QString &folder) { m_filesDir = folder; }
     QString baseUrl() const; // "http://127.0.0.1:PORT"
     quint16 port() const;
+    // What --db takes: the SQLite file, or the PostgreSQL database's address.
     QString databasePath() const;
+    QString keyFilePath() const;
+    // Every stored byte: the SQLite file, or a dump of the PostgreSQL database.
+    QByteArray databaseBytes() const;
     // Another velmora-service subcommand (args[0]) on the same database and key; returns its exit code
     // (-1 when it could not run), stdout in output.
     int runCommand(const QStringList &args, QByteArray *output = nullptr);
@@ -46,6 +54,8 @@ public:
 
 private:
     QTemporaryDir m_dir;
+    QString m_serverUrl; // the PostgreSQL server's own database, or empty
+    QString m_database;  // --db
     QProcess m_process;
     QString m_baseUrl;
     QString m_filesDir;

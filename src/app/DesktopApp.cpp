@@ -1,0 +1,363 @@
+#include "app/DesktopApp.h"
+
+#include "platform/DesktopOpener.h"
+#include "platform/Log.h"
+#include "platform/VLNotificationCenter.h"
+#include "platform/VLSettings.h"
+#include "platform/VLSettingsNotifier.h"
+#include "scan/InstallLinks.h"
+#include "scan/VLAppDelegate.h"
+#include "scan/VLMainWindowController.h"
+#include "scan/VLScanData.h"
+#include "services/VLGoogleTracking.h"
+#include "services/VLMemberAccount.h"
+#include "services/VLReportProblemSender.h"
+#include "ui/AppActions.h"
+#include "ui/GuiFeedback.h"
+#include "ui/PanelExpiry.h"
+#include "ui/PreferencesDialog.h"
+#include "ui/QuitDecision.h"
+#include "ui/UpdateController.h"
+#include "ui/VLMainWindow.h"
+#include "ui/VLMenubarController.h"
+#include "ui/VLPanelController.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QInputDialog>
+#include <QMenu>
+#include <QMessageBox>
+#include <QSessionManager>
+#include <QThreadPool>
+
+DesktopApp::DesktopApp()
+    : m_driver(std::make_unique<VLMainWindowController>()),
+      m_delegate(std::make_unique<VLAppDelegate>(
+          *m_driver, QStringList{QCoreApplication::applicationFilePath(), QStringLiteral("--login-item")})),
+      m_feedback(std::make_unique<GuiFeedback>()), m_updates(std::make_unique<UpdateController>(*m_driver)),
+      m_actions(std::make_unique<AppActions>(*m_driver)), m_menubar(std::make_unique<VLMenubarController>()),
+      m_panel(std::make_unique<VLPanelController>()), m_trayMenu(std::make_unique<QMenu>())
+{
+    QGuiApplication::setQuitOnLastWindowClosed(false);
+    m_panel->setGearMenuState([this] {
+        const VLUpdateAllQueue &queue = m_updates->queue();
+        const int outdated = m_driver->donescanning() ? int(m_driver->outdatedApps().size()) : 0;
+        GearMenuState state{m_driver->donescanning(), outdated, queue.numberOfUpdatesInProgress(),
+                            queue.numberOfUpdatesWaiting()};
+        // An idle queue has every outdated app waiting to be queued.
+        if (queue.updateAllApps().isEmpty()) {
+            state.waiting = outdated;
+        }
+        return state;
+    });
+    m_panel->setRowMenuContext([this] { return m_actions->rowMenuContext(); });
+    m_panel->setUpdatingTest([this](const VLApp *app) { return m_updates->isUpdating(app); });
+
+    connect(m_menubar.get(), &VLMenubarController::togglePanel, this, &DesktopApp::togglePanel);
+    connect(m_panel.get(), &VLPanelController::panelClosed, this, [this] { m_menubar->setHasActiveIcon(false); });
+    connect(m_panel.get(), &VLPanelController::gearAction, this, &DesktopApp::onGearAction);
+    connect(m_panel.get(), &VLPanelController::rowAction, this, &DesktopApp::onRowAction);
+    connect(m_panel.get(), &VLPanelController::updateRequested, m_updates.get(), &UpdateController::updateApp);
+    connect(m_panel.get(), &VLPanelController::cancelRequested, m_updates.get(), &UpdateController::cancelUpdate);
+    connect(m_panel.get(), &VLPanelController::showWebsite, this, [] {
+        DesktopOpener::open(VLSettings().hostURL(SettingKey::siteHost) + QStringLiteral("/desktop/discover"));
+    });
+    connect(m_updates.get(), &UpdateController::progressChanged, m_panel.get(), &VLPanelController::setRowProgress);
+    connect(m_updates.get(), &UpdateController::stateChanged, m_panel.get(), &VLPanelController::refreshRow);
+    connect(m_updates.get(), &UpdateController::updateFinished, this, &DesktopApp::refreshPanelAndBadge);
+    connect(m_actions.get(), &AppActions::appChanged, this, &DesktopApp::refreshPanelAndBadge);
+    connect(m_actions.get(), &AppActions::shortLinkReady, this, [](const AppRef &app, const QString &link) {
+        QGuiApplication::clipboard()->setText(link);
+        QMessageBox::information(QApplication::activeWindow(), tr("Share %1").arg(app->displayName),
+                                 tr("The short link %1 is on the clipboard.").arg(link));
+    });
+
+    connect(m_driver.get(), &VLMainWindowController::listChanged, this, &DesktopApp::refreshPanelAndBadge);
+    connect(m_driver.get(), &VLMainWindowController::checkFinished, this, [this] {
+        refreshPanelAndBadge();
+        const QStringList links = std::exchange(m_pendingLinks, {});
+        for (const QString &link : links) {
+            installFromLink(link);
+        }
+    });
+    connect(m_driver.get(), &VLMainWindowController::statusChanged, this, [this] {
+        if (!m_driver->donescanning()) {
+            m_panel->hideTableShowScanningInProgress();
+        }
+    });
+    connect(m_driver.get(), &VLMainWindowController::changeStatusIconBlue, m_menubar.get(),
+            &VLMenubarController::setIconBlue);
+    connect(m_driver.get(), &VLMainWindowController::promosLoaded, this,
+            [this](const AppList &featured, const AppList &promos) { window().setDeals(featured + promos); });
+    connect(m_delegate.get(), &VLAppDelegate::updateWatchListBackground, m_driver.get(),
+            &VLMainWindowController::loadWatchLists);
+    connect(m_delegate.get(), &VLAppDelegate::updatePromosBackground, m_driver.get(),
+            &VLMainWindowController::loadPromos);
+    connect(m_feedback.get(), &GuiFeedback::notificationRequested, this, &DesktopApp::showNotification);
+    connect(&VLSettingsNotifier::instance(), &VLSettingsNotifier::changed, this, &DesktopApp::onSettingChanged);
+
+    VLNotificationCenter &center = VLNotificationCenter::defaultCenter();
+    center.subscribe(QStringLiteral("VLViewAppDetails"), this, [this](const QVariant &object) {
+        if (const AppRef app = object.value<AppRef>()) {
+            window().viewAppDetails(app);
+        }
+    });
+    for (const char *name : {"VLAppIgnored", "VLAppFilterPrefChanged", "VLAppInstallCompletedReload"}) {
+        center.subscribe(QLatin1String(name), this, [this](const QVariant &) { refreshPanelAndBadge(); });
+    }
+
+    m_expiryTimer.setInterval(PanelExpiry::kTimerSeconds * 1000);
+    connect(&m_expiryTimer, &QTimer::timeout, this,
+            [this] { m_panel->removeOlderLaunchAppsFromPanel(QDateTime::currentDateTimeUtc()); });
+
+    // The tray's right-click menu: the gear menu's own items.
+    connect(m_trayMenu.get(), &QMenu::aboutToShow, this, [this] {
+        m_trayMenu->clear();
+        const QMenu *gear = m_panel->buildGearMenu(m_trayMenu.get());
+        m_trayMenu->addActions(gear->actions());
+    });
+    m_menubar->setContextMenu(m_trayMenu.get());
+
+    auto *app = qobject_cast<QGuiApplication *>(QCoreApplication::instance());
+    connect(app, &QGuiApplication::commitDataRequest, this, [this](QSessionManager &) {
+        vlLog(QStringLiteral("DEBUG: Initiated logout"));
+        m_sessionEnding = true;
+    });
+}
+
+DesktopApp::~DesktopApp()
+{
+    m_window.reset();
+    m_panel.reset();
+}
+
+VLMainWindow &DesktopApp::window()
+{
+    if (!m_window) {
+        m_window = std::make_unique<VLMainWindow>(*m_driver, *m_updates, *m_actions);
+        connect(m_window.get(), &VLMainWindow::preferencesRequested, this, [this] { preferences().show(); });
+        connect(m_window.get(), &VLMainWindow::reportRequested, this, &DesktopApp::reportProblem);
+        connect(m_window.get(), &VLMainWindow::closeRequested, this,
+                [this](bool shiftHeld) { requestQuit(true, shiftHeld); });
+    }
+    return *m_window;
+}
+
+PreferencesDialog &DesktopApp::preferences()
+{
+    if (!m_preferences) {
+        m_preferences = new PreferencesDialog(m_window.get());
+        m_preferences->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    return *m_preferences;
+}
+
+bool DesktopApp::statusItemShown() const
+{
+    return m_menubar->isVisible();
+}
+
+void DesktopApp::start(bool launchedByLoginItem)
+{
+    applyShowStatusItem();
+    m_delegate->applicationDidFinishLaunching(launchedByLoginItem);
+    m_expiryTimer.start();
+    refreshPanelAndBadge();
+}
+
+void DesktopApp::applyShowStatusItem()
+{
+    const bool wanted = VLSettings().boolValue(SettingKey::showStatusItem);
+    if (wanted && VLMenubarController::trayAvailable()) {
+        m_menubar->show();
+        return;
+    }
+    m_menubar->hide();
+    if (wanted && !m_toldNoTray) {
+        // Said once; the program then behaves as without its tray icon.
+        m_toldNoTray = true;
+        vlLog(QStringLiteral("no system tray available - running as a window"));
+        showWindow();
+        auto *box = new QMessageBox(QMessageBox::Information, tr("No tray"),
+                                    tr("This desktop shows no tray icons, so Velmora Desktop runs as a window."),
+                                    QMessageBox::Ok, &window());
+        box->setAttribute(Qt::WA_DeleteOnClose);
+        box->open();
+        return;
+    }
+    showWindow();
+}
+
+void DesktopApp::showWindow()
+{
+    VLMainWindow &shown = window();
+    shown.showNormal();
+    shown.raise();
+    shown.activateWindow();
+}
+
+void DesktopApp::refreshPanelAndBadge()
+{
+    const AppList outdated = m_driver->outdatedApps();
+    if (m_driver->donescanning()) {
+        m_menubar->setOutdatedCount(int(outdated.size()));
+    }
+    m_panel->showTableHideScanningInProgress(m_driver->donescanning(), outdated);
+    if (m_window) {
+        m_window->reloadLists();
+    }
+}
+
+void DesktopApp::togglePanel(const QRect &anchor)
+{
+    if (!m_menubar->isVisible()) {
+        return;
+    }
+    if (m_panel->hasActivePanel()) {
+        m_panel->closePanel();
+        return;
+    }
+    m_menubar->setHasActiveIcon(true);
+    m_menubar->setIconBlack();
+    refreshPanelAndBadge();
+    m_panel->openPanel(anchor, QGuiApplication::queryKeyboardModifiers().testFlag(Qt::ShiftModifier));
+}
+
+void DesktopApp::onGearAction(PanelAction action)
+{
+    switch (action) {
+    case PanelAction::UpdateAll:
+        m_updates->updateAll();
+        break;
+    case PanelAction::CancelUpdateAll:
+        m_updates->cancelUpdateAll();
+        break;
+    case PanelAction::ShowWindow:
+        m_panel->closePanel();
+        showWindow();
+        break;
+    case PanelAction::ShowPreferences:
+        m_panel->closePanel();
+        preferences().show();
+        preferences().raise();
+        break;
+    case PanelAction::Quit:
+        vlLog(QStringLiteral("quiting Velmora Desktop"));
+        requestQuit(false, false);
+        break;
+    default:
+        break;
+    }
+}
+
+void DesktopApp::onRowAction(PanelAction action, const AppRef &app)
+{
+    switch (action) {
+    case PanelAction::ViewInMainWindow:
+        m_panel->closePanel();
+        VLNotificationCenter::defaultCenter().post(QStringLiteral("VLViewAppDetails"), QVariant::fromValue(app));
+        break;
+    case PanelAction::ReportProblem:
+        m_panel->closePanel();
+        reportProblem(app);
+        break;
+    default:
+        m_actions->perform(action, app);
+        break;
+    }
+}
+
+void DesktopApp::onSettingChanged(const QString &key)
+{
+    if (key == QLatin1String(SettingKey::showStatusItem)) {
+        applyShowStatusItem();
+    } else if (key == QLatin1String(SettingKey::startupItem)) {
+        m_delegate->addAppAsLoginItem();
+    } else {
+        refreshPanelAndBadge();
+    }
+}
+
+void DesktopApp::requestQuit(bool fromWindow, bool shiftHeld)
+{
+    const VLSettings settings;
+    QuitDecision::Request request;
+    request.source = m_sessionEnding ? QuitDecision::Source::SessionEnding
+                     : fromWindow    ? QuitDecision::Source::Window
+                                     : QuitDecision::Source::GearMenu;
+    request.shiftHeld = shiftHeld;
+    request.statusItemShown = m_menubar->isVisible();
+    request.quitBackGroundWhenStatusItemHidden = settings.boolValue(SettingKey::quitBackGroundWhenStatusItemHidden);
+    const QuitDecision::Outcome outcome = QuitDecision::decide(request);
+    VLGoogleTracking::trackProgramEvent(QLatin1String(QuitDecision::analyticsAction(outcome)));
+    if (outcome == QuitDecision::Outcome::KeepInBackground) {
+        if (m_window) {
+            m_window->hide();
+        }
+        return;
+    }
+    m_panel->closePanel();
+    QCoreApplication::quit();
+}
+
+void DesktopApp::handleArguments(const QStringList &arguments)
+{
+    bool linked = false;
+    for (const QString &argument : arguments) {
+        if (argument.startsWith(QLatin1String("velmora:"), Qt::CaseInsensitive)) {
+            linked = true;
+            installFromLink(argument);
+        }
+    }
+    if (!linked && !arguments.contains(QStringLiteral("--login-item"))) {
+        showWindow();
+    }
+}
+
+void DesktopApp::installFromLink(const QString &link)
+{
+    vlLog(QStringLiteral("install link %1").arg(link));
+    VLScanData *store = m_driver->scanData();
+    if (!m_driver->donescanning() || !store) {
+        m_pendingLinks.append(link); // taken once the running check is done
+        return;
+    }
+    VLGoogleTracking::trackProgramEvent(QStringLiteral("INSTALL_FROM_LINK"));
+    // The link's apps are fetched from the service off the UI thread; their updates start back on it.
+    QPointer<DesktopApp> self(this);
+    QThreadPool::globalInstance()->start([self, link, store] {
+        const QList<InstallLinks::LinkedApp> linkedApps = InstallLinks::installFromLink(link, *store);
+        QMetaObject::invokeMethod(QCoreApplication::instance(), [self, linkedApps] {
+            if (!self) {
+                return;
+            }
+            for (const InstallLinks::LinkedApp &linked : linkedApps) {
+                if (linked.decision == InstallLinks::Decision::Update ||
+                    linked.decision == InstallLinks::Decision::Install) {
+                    self->m_updates->updateApp(linked.app);
+                }
+            }
+            self->refreshPanelAndBadge();
+        });
+    });
+}
+
+void DesktopApp::reportProblem(const AppRef &app)
+{
+    bool ok = false;
+    const QString text = QInputDialog::getMultiLineText(
+        m_window.get(), tr("Report a problem"), tr("What is wrong with %1?").arg(app->displayName), QString(), &ok);
+    if (!ok || text.trimmed().isEmpty()) {
+        return;
+    }
+    VLGoogleTracking::trackProgramEvent(QStringLiteral("REPORT_PROBLEM"));
+    const VLMemberAccount &account = m_driver->memberAccount();
+    auto *sender = new VLReportProblemSender(this);
+    sender->reportIssue(text, *app, account.isLoggedIn ? account.memberID : 0);
+}
+
+void DesktopApp::showNotification(const QString &title, const QString &text, const QString &button)
+{
+    Q_UNUSED(button);
+    vlLog(QStringLiteral("notice: %1: %2").arg(title, text));
+}

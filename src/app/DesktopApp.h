@@ -1,0 +1,75 @@
+#pragma once
+
+// The desktop program put together: the core's driver and start-up, the tray item and its panel, the window, the
+// preferences, and what reaches us from outside (install links, a second start, notification clicks, the session
+// ending). Decides what quitting means.
+
+#include "scan/AppList.h"
+#include "ui/PanelMenus.h"
+
+#include <QObject>
+#include <QPointer>
+#include <QTimer>
+
+#include <memory>
+
+class AppActions;
+class GuiFeedback;
+class PreferencesDialog;
+class UpdateController;
+class VLAppDelegate;
+class VLMainWindow;
+class VLMainWindowController;
+class VLMenubarController;
+class VLPanelController;
+class QMenu;
+
+class DesktopApp : public QObject
+{
+    Q_OBJECT
+
+public:
+    DesktopApp();
+    ~DesktopApp() override;
+
+    // The launch: the tray or the window as "showStatusItem" says, then the driver.
+    void start(bool launchedByLoginItem);
+    // Arguments of this start or handed over by a second one: install links; nothing asks for the window.
+    void handleArguments(const QStringList &arguments);
+
+    VLMainWindowController &driver() { return *m_driver; }
+    VLPanelController &panel() { return *m_panel; }
+    VLMenubarController &menubar() { return *m_menubar; }
+    VLMainWindow &window();
+    PreferencesDialog &preferences();
+    bool statusItemShown() const;
+
+    void showWindow();
+    void refreshPanelAndBadge();
+
+private:
+    void applyShowStatusItem();
+    void togglePanel(const QRect &anchor);
+    void onGearAction(PanelAction action);
+    void onRowAction(PanelAction action, const AppRef &app);
+    void onSettingChanged(const QString &key);
+    void requestQuit(bool fromWindow, bool shiftHeld);
+    void installFromLink(const QString &link);
+    void reportProblem(const AppRef &app);
+    void showNotification(const QString &title, const QString &text, const QString &button);
+
+    std::unique_ptr<VLMainWindowController> m_driver;
+    std::unique_ptr<VLAppDelegate> m_delegate;
+    std::unique_ptr<GuiFeedback> m_feedback;
+    std::unique_ptr<UpdateController> m_updates;
+    std::unique_ptr<AppActions> m_actions;
+    std::unique_ptr<VLMenubarController> m_menubar;
+    std::unique_ptr<VLPanelController> m_panel;
+    std::unique_ptr<QMenu> m_trayMenu;
+    std::unique_ptr<VLMainWindow> m_window;
+    QPointer<PreferencesDialog> m_preferences;
+    QTimer m_expiryTimer;
+    QStringList m_pendingLinks;
+    bool m_sessionEnding = false;
+    bool m_toldNoTray = false;
+};

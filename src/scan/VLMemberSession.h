@@ -1,0 +1,61 @@
+#pragma once
+
+// The member's side of the program: the stored log-in at start, log-out, the watch list, the purchases and the deals
+// merged into the store, and the upload of property lists a scan could not read. Requests are queued and run one at
+// a time, each to its end (a list load waits for its reply by signal, not by polling), so a watch-list load queued
+// after the deals starts when the deals are in.
+//
+// Owner: VLMainWindowController, which holds it on a WorkerThread. Thread: the session's own; the account and every
+// field here are used there only. Others learn of the member through memberChanged, which carries a copy without the
+// password. The store is the driver's and outlives the session.
+
+#include "scan/AppList.h"
+#include "services/VLMemberAccount.h"
+
+#include <QObject>
+
+#include <functional>
+
+class VLScanData;
+
+class VLMemberSession : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit VLMemberSession(VLScanData &store);
+
+    // Each is queued behind the requests before it; call them on the session's thread (WorkerThread::post).
+    void checkMemberAndTryLogin();
+    void logout();
+    void loadWatchLists();
+    // The purchases the store holds, sorted; loadPurchases asks the service first.
+    void loadPurchaseHistory();
+    void loadPurchases();
+    void loadPromos();
+
+signals:
+    // The member signed in or out; account is a copy, its passwords empty.
+    void memberChanged(const VLMemberAccount &account);
+    // The store's records changed.
+    void listChanged();
+    void watchListsLoaded();
+    void purchasesLoaded(const AppList &purchasedApps);
+    void promosLoaded(const AppList &featuredPromoApps, const AppList &promoApps);
+
+private:
+    // A request; it calls done when it has ended, and the next one starts.
+    using Request = std::function<void(const std::function<void()> &done)>;
+
+    void enqueue(Request request);
+    void runNext();
+    void announceMember();
+    void sendBadPlists(const QStringList &paths);
+
+    VLScanData &m_store;
+    VLMemberAccount m_account;
+    QList<Request> m_queue;
+    bool m_busy = false;
+};
+
+Q_DECLARE_METATYPE(VLMemberAccount)

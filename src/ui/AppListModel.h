@@ -1,0 +1,43 @@
+#pragma once
+
+// The window's list: a table model over shared records (never a widget per row). Columns: the app, its installed
+// version, the new version and its date; a running update's progress is a role the delegate draws.
+
+#include "scan/AppList.h"
+
+#include <QAbstractTableModel>
+#include <QHash>
+#include <QIcon>
+
+class AppListModel : public QAbstractTableModel
+{
+    Q_OBJECT
+
+public:
+    enum Column { Name, Installed, Available, Date, ColumnCount };
+    enum Role { AppRole = Qt::UserRole + 1, ProgressRole, StateTextRole };
+
+    explicit AppListModel(QObject *parent = nullptr);
+
+    void setApps(const AppList &apps);
+    const AppList &apps() const { return m_apps; }
+    AppRef appAt(int row) const;
+    int rowOf(const VLApp *app) const;
+    // A running update's fraction (0..1), or -1 when none runs.
+    void setProgress(const VLApp *app, double fraction);
+    void refreshApp(const VLApp *app);
+
+    int rowCount(const QModelIndex &parent = QModelIndex()) const override;
+    int columnCount(const QModelIndex &parent = QModelIndex()) const override;
+    QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
+    QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
+
+private:
+    QIcon iconOf(const VLApp &app) const;
+    QString stateText(const VLApp &app) const;
+
+    AppList m_apps;
+    QHash<const VLApp *, int> m_rows;
+    QHash<const VLApp *, double> m_progress;
+    mutable QHash<QString, QIcon> m_icons;
+};

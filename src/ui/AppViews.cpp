@@ -1,0 +1,81 @@
+#include "ui/AppViews.h"
+
+#include "model/AppJson.h"
+#include "model/RecordText.h"
+
+#include <algorithm>
+
+namespace AppViews {
+
+namespace {
+
+bool isMatched(const VLApp &app)
+{
+    return !app.vlID.isEmpty() && app.vlID != RecordText::unknown;
+}
+
+} // namespace
+
+bool isInView(AppView view, const VLApp &app, const AppViewOptions &options)
+{
+    switch (view) {
+    case AppView::Updates:
+        return isListedAsOutdated(app, options.outdated);
+    case AppView::Installed:
+        return app.isInstalled() && (options.showNoMatch || isMatched(app));
+    case AppView::WatchList:
+        return !app.listname.isEmpty();
+    case AppView::Purchases:
+        return !app.orderid.isEmpty();
+    case AppView::Deals:
+        return !app.deal_id.isEmpty();
+    }
+    return false;
+}
+
+bool matchesSearch(const VLApp &app, const QString &search)
+{
+    const QString words = search.trimmed();
+    if (words.isEmpty()) {
+        return true;
+    }
+    for (const QString *field : {&app.displayName, &app.name, &app.developer, &app.bundleID}) {
+        if (field->contains(words, Qt::CaseInsensitive)) {
+            return true;
+        }
+    }
+    return false;
+}
+
+AppList sortedByListSort(const AppList &apps, const QString &key)
+{
+    const bool descending = key == QLatin1String("sortDate");
+    QList<std::pair<QString, AppRef>> keyed;
+    keyed.reserve(apps.size());
+    for (const AppRef &app : apps) {
+        keyed.append({appToJson(*app).value(key).toVariant().toString(), app});
+    }
+    std::stable_sort(keyed.begin(), keyed.end(), [descending](const auto &a, const auto &b) {
+        const int order = QString::localeAwareCompare(a.first, b.first);
+        return descending ? order > 0 : order < 0;
+    });
+    AppList sorted;
+    sorted.reserve(keyed.size());
+    for (const auto &entry : std::as_const(keyed)) {
+        sorted.append(entry.second);
+    }
+    return sorted;
+}
+
+AppList appsInView(AppView view, const AppList &apps, const AppViewOptions &options)
+{
+    AppList shown;
+    for (const AppRef &app : apps) {
+        if (isInView(view, *app, options) && matchesSearch(*app, options.search)) {
+            shown.append(app);
+        }
+    }
+    return sortedByListSort(shown, options.listSort);
+}
+
+} // namespace AppViews

@@ -1,0 +1,32 @@
+#pragma once
+
+// The desktop program's alerts, notifications and questions: message boxes on the UI thread (a worker's question
+// waits for the answer), notifications through the tray. Background work never shows an alert box while the window
+// is hidden; it goes to the log then.
+
+#include "platform/UserFeedback.h"
+
+#include <QObject>
+
+#include <functional>
+
+class GuiFeedback : public QObject, public UserFeedback
+{
+    Q_OBJECT
+
+public:
+    explicit GuiFeedback(QObject *parent = nullptr);
+    ~GuiFeedback() override;
+
+    void showAlert(const QString &message, const QString &informativeText) override;
+    void showSystemNotification(const QString &title, const QString &informativeText, const QString &button) override;
+    bool askQuestion(const QString &message, const QString &informativeText, const QString &yesButton,
+                     const QString &noButton) override;
+
+signals:
+    // On the UI thread.
+    void notificationRequested(const QString &title, const QString &text, const QString &button);
+
+private:
+    template <typename F> void runOnUiThread(F &&work, bool wait);
+};

@@ -1,0 +1,273 @@
+#include "ui/VLPanelController.h"
+
+#include "platform/Log.h"
+#include "ui/PanelAppRow.h"
+#include "ui/PanelExpiry.h"
+#include "ui/PanelPlacement.h"
+
+#include <QGuiApplication>
+#include <QHBoxLayout>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMenu>
+#include <QPropertyAnimation>
+#include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QStackedWidget>
+#include <QToolButton>
+#include <QVBoxLayout>
+
+namespace {
+
+constexpr int kFadeMs = 100;
+constexpr int kSlowFadeMs = 1000;
+
+// Newest catalogue date first, as the panel has always listed them.
+AppList sortedBySortDate(AppList apps)
+{
+    std::stable_sort(apps.begin(), apps.end(),
+                     [](const AppRef &a, const AppRef &b) { return a->sortDate.compare(b->sortDate) > 0; });
+    return apps;
+}
+
+} // namespace
+
+VLPanelController::VLPanelController(QWidget *parent)
+    : QWidget(parent, Qt::Popup | Qt::FramelessWindowHint), m_numberUpdatesAvailable(new QLabel(this)),
+      m_gearButton(new QToolButton(this)), m_stack(new QStackedWidget(this)), m_scanningInProgress(new QLabel(this)),
+      m_scrollView(new QScrollArea(this)), m_rowsHost(new QWidget), m_rowsLayout(new QVBoxLayout(m_rowsHost)),
+      m_showWebsiteButton(new QPushButton(this)), m_fade(new QPropertyAnimation(this, "windowOpacity", this))
+{
+    setObjectName(QStringLiteral("VLPanel"));
+    setFixedSize(PanelPlacement::kWidth, PanelPlacement::kHeight);
+    setAccessibleName(tr("Velmora Desktop updates"));
+    setAutoFillBackground(true);
+
+    auto *title = new QLabel(tr("Velmora Desktop"), this);
+    QFont titleFont = title->font();
+    titleFont.setBold(true);
+    title->setFont(titleFont);
+    m_numberUpdatesAvailable->setObjectName(QStringLiteral("numberUpdatesAvailable"));
+    m_numberUpdatesAvailable->setAccessibleName(tr("Number of updates available"));
+    m_gearButton->setObjectName(QStringLiteral("gearButton"));
+    m_gearButton->setText(QStringLiteral("⚙"));
+    m_gearButton->setAutoRaise(true);
+    m_gearButton->setToolTip(tr("Menu"));
+    m_gearButton->setAccessibleName(tr("Menu"));
+    m_gearButton->setAccessibleDescription(tr("Update all, open the window, preferences, quit"));
+    auto *header = new QHBoxLayout;
+    header->setContentsMargins(10, 6, 6, 2);
+    header->addWidget(title);
+    header->addStretch(1);
+    header->addWidget(m_numberUpdatesAvailable);
+    header->addWidget(m_gearButton);
+
+    m_scanningInProgress->setObjectName(QStringLiteral("scanningInProgress"));
+    m_scanningInProgress->setAlignment(Qt::AlignCenter);
+    m_rowsLayout->setContentsMargins(0, 0, 0, 0);
+    m_rowsLayout->setSpacing(0);
+    m_rowsLayout->addStretch(1);
+    m_scrollView->setWidget(m_rowsHost);
+    m_scrollView->setWidgetResizable(true);
+    m_scrollView->setFrameShape(QFrame::NoFrame);
+    m_scrollView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_stack->addWidget(m_scanningInProgress);
+    m_stack->addWidget(m_scrollView);
+
+    m_showWebsiteButton->setObjectName(QStringLiteral("showWebsiteButton"));
+    m_showWebsiteButton->setText(QStringLiteral("   ") + tr("Discover new apps on ") + PanelMenus::siteName());
+    m_showWebsiteButton->setFlat(true);
+    m_showWebsiteButton->setAccessibleDescription(tr("Opens the site's discover page in the browser"));
+
+    auto *layout = new QVBoxLayout(this);
+    layout->setContentsMargins(1, 1, 1, 1);
+    layout->setSpacing(0);
+    layout->addLayout(header);
+    layout->addWidget(m_stack, 1);
+    layout->addWidget(m_showWebsiteButton);
+
+    connect(m_gearButton, &QToolButton::clicked, this, &VLPanelController::showGearMenu);
+    connect(m_showWebsiteButton, &QPushButton::clicked, this, &VLPanelController::showWebsite);
+    m_fade->setStartValue(0.0);
+    m_fade->setEndValue(1.0);
+    hideTableShowScanningInProgress();
+}
+
+void VLPanelController::openPanel(const QRect &anchor, bool slow)
+{
+    QScreen *screen = QGuiApplication::screenAt(anchor.center());
+    if (!screen) {
+        screen = QGuiApplication::primaryScreen();
+    }
+    const QRect frame = PanelPlacement::panelFrame(anchor, screen->availableGeometry());
+    if (slow) {
+        vlLog(
+            QStringLiteral("Icon is at %1\n\tMenu is on screen %2\n\tWill be animated to %3")
+                .arg(QDebug::toString(anchor), QDebug::toString(screen->availableGeometry()), QDebug::toString(frame)));
+    }
+    setGeometry(frame);
+    m_fade->stop();
+    m_fade->setDuration(slow ? kSlowFadeMs : kFadeMs);
+    setWindowOpacity(0.0);
+    show();
+    raise();
+    activateWindow();
+    m_fade->start();
+    for (PanelAppRow *row : std::as_const(m_rows)) {
+        row->refresh(isUpdating(row->app().get()));
+    }
+}
+
+void VLPanelController::closePanel()
+{
+    hide();
+}
+
+void VLPanelController::hideEvent(QHideEvent *event)
+{
+    QWidget::hideEvent(event);
+    emit panelClosed();
+}
+
+void VLPanelController::keyPressEvent(QKeyEvent *event)
+{
+    if (event->key() == Qt::Key_Escape) {
+        closePanel();
+        return;
+    }
+    QWidget::keyPressEvent(event);
+}
+
+void VLPanelController::showStatus(const QString &text)
+{
+    m_scanningInProgress->setText(text);
+    m_stack->setCurrentWidget(m_scanningInProgress);
+}
+
+void VLPanelController::hideTableShowNoUpdates()
+{
+    showStatus(tr("No updates available"));
+}
+
+void VLPanelController::hideTableShowScanningInProgress()
+{
+    showStatus(tr("Checking for updates"));
+}
+
+QString VLPanelController::statusText() const
+{
+    return tableShown() ? QString() : m_scanningInProgress->text();
+}
+
+bool VLPanelController::tableShown() const
+{
+    return m_stack->currentWidget() == m_scrollView;
+}
+
+void VLPanelController::showTableHideScanningInProgress(bool doneScanning, const AppList &outdatedApps)
+{
+    if (!doneScanning) {
+        vlLog(QStringLiteral("showTableHideScanningInProgress - scanning still in progress"));
+        hideTableShowScanningInProgress();
+        return;
+    }
+    AppList apps = outdatedApps;
+    // Rows whose update finished stay with their done mark until they expire.
+    for (const AppRef &app : std::as_const(m_outdatedApps)) {
+        if (!apps.contains(app) &&
+            (isUpdating(app.get()) || !PanelExpiry::isExpired(*app, QDateTime::currentDateTimeUtc()))) {
+            apps.append(app);
+        }
+    }
+    m_outdatedApps = sortedBySortDate(apps);
+    m_numberUpdatesAvailable->setText(QString::number(outdatedApps.size()));
+    rebuildRows();
+}
+
+void VLPanelController::removeOlderLaunchAppsFromPanel(const QDateTime &now)
+{
+    AppList kept;
+    for (const AppRef &app : std::as_const(m_outdatedApps)) {
+        if (isUpdating(app.get()) || !PanelExpiry::isExpired(*app, now)) {
+            kept.append(app);
+        }
+    }
+    m_outdatedApps = kept;
+    rebuildRows();
+}
+
+void VLPanelController::rebuildRows()
+{
+    QHash<const VLApp *, PanelAppRow *> previous;
+    previous.swap(m_rows);
+    for (const AppRef &app : std::as_const(m_outdatedApps)) {
+        PanelAppRow *row = previous.take(app.get());
+        if (!row) {
+            row = new PanelAppRow(app, m_rowsHost);
+            connect(row, &PanelAppRow::updateRequested, this, &VLPanelController::updateRequested);
+            connect(row, &PanelAppRow::cancelRequested, this, &VLPanelController::cancelRequested);
+            connect(row, &PanelAppRow::menuRequested, this, &VLPanelController::showRowMenu);
+        }
+        m_rowsLayout->removeWidget(row);
+        m_rowsLayout->insertWidget(m_rowsLayout->count() - 1, row);
+        row->refresh(isUpdating(app.get()));
+        m_rows.insert(app.get(), row);
+    }
+    qDeleteAll(previous);
+    if (m_outdatedApps.isEmpty()) {
+        hideTableShowNoUpdates();
+    } else {
+        m_stack->setCurrentWidget(m_scrollView);
+    }
+}
+
+void VLPanelController::refreshRow(const AppRef &app)
+{
+    if (PanelAppRow *row = m_rows.value(app.get())) {
+        row->refresh(isUpdating(app.get()));
+    }
+}
+
+void VLPanelController::setRowProgress(const AppRef &app, double fraction)
+{
+    if (PanelAppRow *row = m_rows.value(app.get())) {
+        row->setProgress(fraction);
+    }
+}
+
+QMenu *VLPanelController::buildGearMenu(QWidget *parent)
+{
+    auto *menu = new QMenu(parent);
+    const GearMenuState state = m_gearMenuState ? m_gearMenuState() : GearMenuState{};
+    for (const MenuEntry &entry : PanelMenus::gearMenu(state)) {
+        const PanelAction action = entry.action;
+        QAction *item = menu->addAction(entry.title);
+        connect(item, &QAction::triggered, this, [this, action] { emit gearAction(action); });
+    }
+    return menu;
+}
+
+void VLPanelController::showGearMenu()
+{
+    QMenu *menu = buildGearMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    menu->popup(m_gearButton->mapToGlobal(QPoint(0, m_gearButton->height())));
+}
+
+void VLPanelController::showRowMenu(const AppRef &app, const QPoint &globalPos)
+{
+    auto *menu = new QMenu(this);
+    menu->setAttribute(Qt::WA_DeleteOnClose);
+    const RowMenuContext context = m_rowMenuContext ? m_rowMenuContext() : RowMenuContext{};
+    for (const MenuEntry &entry : PanelMenus::rowMenu(*app, context)) {
+        if (entry.action == PanelAction::Separator) {
+            menu->addSeparator();
+            continue;
+        }
+        const PanelAction action = entry.action;
+        connect(menu->addAction(entry.title), &QAction::triggered, this,
+                [this, action, app] { emit rowAction(action, app); });
+    }
+    menu->popup(globalPos);
+}

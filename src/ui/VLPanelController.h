@@ -1,0 +1,89 @@
+#pragma once
+
+// The tray's pop-up panel: a frameless 361 x 268 window placed at the tray icon, fading in, closed when it loses
+// focus. It shows "Checking for updates", "No updates available", or the outdated apps newest first with their
+// update's state, and offers the gear menu, each row's menu and the discover button.
+
+#include "scan/AppList.h"
+#include "ui/PanelMenus.h"
+
+#include <QDateTime>
+#include <QHash>
+#include <QWidget>
+
+#include <functional>
+
+class PanelAppRow;
+class QLabel;
+class QPropertyAnimation;
+class QPushButton;
+class QScrollArea;
+class QStackedWidget;
+class QToolButton;
+class QVBoxLayout;
+
+class VLPanelController : public QWidget
+{
+    Q_OBJECT
+
+public:
+    explicit VLPanelController(QWidget *parent = nullptr);
+
+    // What the menus are built from when they open.
+    void setGearMenuState(std::function<GearMenuState()> state) { m_gearMenuState = std::move(state); }
+    void setRowMenuContext(std::function<RowMenuContext()> context) { m_rowMenuContext = std::move(context); }
+    void setUpdatingTest(std::function<bool(const VLApp *)> updating) { m_isUpdating = std::move(updating); }
+
+    // Opens the panel against anchor (the tray icon's rectangle); slow: the one-second fade of a Shift-click.
+    void openPanel(const QRect &anchor, bool slow);
+    void closePanel();
+    bool hasActivePanel() const { return isVisible(); }
+
+    void hideTableShowNoUpdates();
+    void hideTableShowScanningInProgress();
+    // Refills the table from the outdated list, newest first; rows finished a short while ago stay.
+    void showTableHideScanningInProgress(bool doneScanning, const AppList &outdatedApps);
+    void removeOlderLaunchAppsFromPanel(const QDateTime &now);
+
+    void refreshRow(const AppRef &app);
+    void setRowProgress(const AppRef &app, double fraction);
+
+    const AppList &outdatedApps() const { return m_outdatedApps; }
+    QString statusText() const;
+    bool tableShown() const;
+    QMenu *buildGearMenu(QWidget *parent);
+
+signals:
+    void gearAction(PanelAction action);
+    void rowAction(PanelAction action, const AppRef &app);
+    void updateRequested(const AppRef &app);
+    void cancelRequested(const AppRef &app);
+    void showWebsite();
+    void panelClosed();
+
+protected:
+    void hideEvent(QHideEvent *event) override;
+    void keyPressEvent(QKeyEvent *event) override;
+
+private:
+    void showStatus(const QString &text);
+    void rebuildRows();
+    void showRowMenu(const AppRef &app, const QPoint &globalPos);
+    void showGearMenu();
+    bool isUpdating(const VLApp *app) const { return m_isUpdating && m_isUpdating(app); }
+
+    std::function<GearMenuState()> m_gearMenuState;
+    std::function<RowMenuContext()> m_rowMenuContext;
+    std::function<bool(const VLApp *)> m_isUpdating;
+    AppList m_outdatedApps;
+    QHash<const VLApp *, PanelAppRow *> m_rows;
+    QLabel *m_numberUpdatesAvailable;
+    QToolButton *m_gearButton;
+    QStackedWidget *m_stack;
+    QLabel *m_scanningInProgress;
+    QScrollArea *m_scrollView;
+    QWidget *m_rowsHost;
+    QVBoxLayout *m_rowsLayout;
+    QPushButton *m_showWebsiteButton;
+    QPropertyAnimation *m_fade;
+};
