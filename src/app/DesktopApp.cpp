@@ -51,7 +51,7 @@ DesktopApp::DesktopApp()
         return state;
     });
     m_panel->setRowMenuContext([this] { return m_actions->rowMenuContext(); });
-    m_panel->setUpdatingTest([this](const VLApp *app) { return m_updates->isUpdating(app); });
+    m_panel->setJobLookup([this](const VLApp *app) { return m_updates->jobFor(app); });
 
     connect(m_menubar.get(), &VLMenubarController::togglePanel, this, &DesktopApp::togglePanel);
     connect(m_panel.get(), &VLPanelController::panelClosed, this, [this] { m_menubar->setHasActiveIcon(false); });

@@ -67,7 +67,7 @@ QList<MenuEntry> rowMenu(const VLApp &app, const RowMenuContext &context)
     if (app.kind != QLatin1String("plugin") && installed) {
         entries.append({PanelAction::Open, QCoreApplication::translate("PanelMenus", "Open")});
     }
-    if (installed && !app.didFail) {
+    if (installed && !context.updateFailed) {
         entries.append({PanelAction::Reveal, QCoreApplication::translate("PanelMenus", "Reveal in Finder")});
         if (context.vldVersionInstalled) {
             entries.append({PanelAction::OpenVLDV, QCoreApplication::translate("PanelMenus", "Open in VLDVersion")});

@@ -1,6 +1,6 @@
 // The driver's member side against the real service and Secret Service: the start-up log-in from the keychain, the
-// member in the matching request, the purchases shown again after a scan, a watch-list load queued behind the deals (which fail here, and must still let it
-// go on), and log-out.
+// member in the matching request, the purchases shown again after a scan, a watch-list load queued behind the deals
+// (which fail here, and must still let it go on), and log-out.
 
 #include "platform/VLSettings.h"
 #include "scan/VLAppDelegate.h"
