@@ -9,10 +9,12 @@
 #include "scan/VLAppDelegate.h"
 #include "scan/VLMainWindowController.h"
 #include "scan/VLScanData.h"
+#include "services/VLCrashReporter.h"
 #include "services/VLGoogleTracking.h"
 #include "services/VLMemberAccount.h"
 #include "services/VLReportProblemSender.h"
 #include "ui/AppActions.h"
+#include "ui/CrashReportDialog.h"
 #include "ui/GuiFeedback.h"
 #include "ui/PanelExpiry.h"
 #include "ui/PreferencesDialog.h"
@@ -31,7 +33,7 @@
 #include <QThreadPool>
 
 DesktopApp::DesktopApp()
-    : m_driver(std::make_unique<VLMainWindowController>()),
+    : m_crashAsker(std::make_unique<CrashReportDialog>()), m_driver(std::make_unique<VLMainWindowController>()),
       m_delegate(std::make_unique<VLAppDelegate>(
           *m_driver, QStringList{QCoreApplication::applicationFilePath(), QStringLiteral("--login-item")})),
       m_feedback(std::make_unique<GuiFeedback>()), m_updates(std::make_unique<UpdateController>(*m_driver)),
@@ -160,6 +162,9 @@ bool DesktopApp::statusItemShown() const
 
 void DesktopApp::start(bool launchedByLoginItem)
 {
+    // A crash from now on leaves a report; one from an earlier run is sent, or the user is asked first.
+    m_crashReporter = std::make_unique<VLCrashReporter>(QStringLiteral("velmora"), m_crashAsker.get());
+    m_crashReporter->startCrashReporting();
     applyShowStatusItem();
     m_delegate->applicationDidFinishLaunching(launchedByLoginItem);
     m_expiryTimer.start();
