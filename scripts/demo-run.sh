@@ -3,11 +3,14 @@
 # apps' old versions on a scratch "Mac volume", and has velmora-cli check them with the service in one request: scan,
 # match, keep the answers in the stored scan, list what is outdated; then updates them all and shows them current.
 # scripts/demo.sh runs it with the programs it built; the package test with the installed ones.
-# Usage: demo-run.sh VELMORA_CLI VELMORA_SERVICE OLD_APPS_FOLDER
+# With the desktop program given too, it shows the outdated apps in velmora when a display is there (quit it from its
+# tray menu to go on), or, with VELMORA_SCREENSHOTS=DIR, has velmora draw its views into DIR as PNG files.
+# Usage: demo-run.sh VELMORA_CLI VELMORA_SERVICE OLD_APPS_FOLDER [VELMORA]
 set -euo pipefail
 cli=$1
 service=$2
 old_apps=$3
+desktop=${4:-}
 
 work=$(mktemp -d "${TMPDIR:-/tmp}/velmora-demo.XXXXXX")
 service_pid=
@@ -40,6 +43,14 @@ echo "== The service's request log"
 cat "$work/service.log"
 echo "== The stored scan after the check (name, installed, newest, path)"
 "$cli" list --installed
+if [ -n "$desktop" ] && [ -n "${VELMORA_SCREENSHOTS:-}" ]; then
+    echo "== velmora draws its views into $VELMORA_SCREENSHOTS"
+    QT_QPA_PLATFORM=offscreen "$desktop" --screenshot "$VELMORA_SCREENSHOTS"
+elif [ -n "$desktop" ] && [ -n "${DISPLAY:-}${WAYLAND_DISPLAY:-}" ]; then
+    echo "== velmora shows these updates in the tray and its window; quit it (Quit Velmora Desktop) to go on"
+    "$cli" defaults write startupItem -bool NO >/dev/null
+    "$desktop" || true
+fi
 echo "== Update All: each app downloaded, checked and installed (name, installed version, path)"
 update_status=0
 "$cli" update-all --yes || update_status=$?

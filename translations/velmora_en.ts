@@ -2,6 +2,33 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en" sourcelanguage="en">
 <context>
+    <name>AppListModel</name>
+    <message>
+        <source>Installing</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Downloading</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>App</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Installed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Available</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Released</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>CheckWorker</name>
     <message>
         <source>No applications were found!</source>
@@ -650,6 +677,357 @@ desktop program keeps it: apps that are not installed become records of their ow
     </message>
 </context>
 <context>
+    <name>DesktopApp</name>
+    <message>
+        <source>Share %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The short link %1 is on the clipboard.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No tray</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>This desktop shows no tray icons, so Velmora Desktop runs as a window.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Report a problem</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>What is wrong with %1?</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>DetailsPane</name>
+    <message>
+        <source>Release notes</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Downloads and installs the new version, or cancels it</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ignore this version</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Skips this version; a newer one is offered again</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Installed version is current</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Counts the installed copy as the newest version</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Don&apos;t check for updates</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Never lists this app as outdated</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>On my watch list</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keeps the app on your watch list</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Report a problem…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Share…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No app selected</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Installed: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Newest: %1 (%2)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>PanelAppRow</name>
+    <message>
+        <source>Update</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 → %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Downloads and installs the new version</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Progress of %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel the update of %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Updated</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Actions</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Actions for %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>PanelMenus</name>
+    <message>
+        <source>Update All</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Launch Desktop</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preferences</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Quit Velmora Desktop</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>View in Desktop</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ignore</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Remove from Watch List</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add to Watch List</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>View on </source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>View in Mac App Store</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Reveal in Finder</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Open in VLDVersion</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Delete with AppDelete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Report a problem</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Set version to installed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Set version to current</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>PreferencesDialog</name>
+    <message>
+        <source>Show the icon in the tray</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Without it Velmora Desktop runs as a normal window</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>General</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Start at login</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Checks for updates in the background from the moment you log in</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Notify when an update has completed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Shows a desktop notification for each finished update</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keep a copy of each download</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Keeps downloaded files in Downloads/Velmora Desktop</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Send anonymous usage statistics</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Helps us learn which features are used</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>List App Store copies</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Includes apps bought in the App Store among the updates</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Updates</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Offer beta versions</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Lists updates to beta versions</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>List paid upgrades</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Lists new versions that must be bought</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>List updates that need a newer system</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Lists versions this system cannot run yet</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>List apps without a match</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Shows installed apps the catalogue does not know</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>E-mail me about my watch list</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The service writes when a watched app has a new version</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Watch list</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Add updated apps to my watch list</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Every app you update joins your watch list</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preferences</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The setting could not be saved</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sort the lists by</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Release date</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Developer</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>QuitAndRelaunchGate</name>
     <message>
         <source>Please quit the application before continuing installation.</source>
@@ -819,6 +1197,73 @@ desktop program keeps it: apps that are not installed become records of their ow
     </message>
 </context>
 <context>
+    <name>VLMainWindow</name>
+    <message>
+        <source>Check for Updates</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Velmora Desktop</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Views</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Updates</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Installed</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Watch List</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Purchases</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Deals</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Apps</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Search</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Search apps</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Scans this computer and asks the service for updates</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Preferences</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Account</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update All</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>VLMainWindowController</name>
     <message>
         <source>Scanning for applications...</source>
@@ -893,6 +1338,59 @@ desktop program keeps it: apps that are not installed become records of their ow
     </message>
 </context>
 <context>
+    <name>VLMenubarController</name>
+    <message>
+        <source>Velmora Desktop: no updates available</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message numerus="yes">
+        <source>Velmora Desktop: %n update(s) available</source>
+        <translation type="unfinished">
+            <numerusform></numerusform>
+            <numerusform></numerusform>
+        </translation>
+    </message>
+</context>
+<context>
+    <name>VLPanelController</name>
+    <message>
+        <source>Velmora Desktop updates</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Velmora Desktop</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Number of updates available</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Menu</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update all, open the window, preferences, quit</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Discover new apps on </source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Opens the site&apos;s discover page in the browser</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No updates available</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Checking for updates</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>VLPurchases</name>
     <message>
         <source>There was an error receiving purchase history.</source>
@@ -937,6 +1435,29 @@ desktop program keeps it: apps that are not installed become records of their ow
     <name>VLWatchLists</name>
     <message>
         <source>There was an error receiving watch lists.</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>main</name>
+    <message>
+        <source>Velmora Desktop keeps your apps up to date.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Started by the login item: never scans at once.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Renders the panel, the window and the preferences as PNG files into DIR, and exits.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Copies the log to stderr.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>velmora:// install links to open.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

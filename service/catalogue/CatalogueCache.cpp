@@ -2,6 +2,7 @@
 
 #include "catalogue/RecordFields.h"
 #include "storage/SqlDatabase.h"
+#include "wire/JsonText.h"
 
 #include <QCryptographicHash>
 #include <QDir>
@@ -66,7 +67,13 @@ CatalogueEntry CatalogueCache::entryFor(const StoredApp &app)
     entry.isBeta = app.record.value(QLatin1StringView("stability")).toString().contains(u"beta", Qt::CaseInsensitive);
     fillFileFacts(entry.record, entry.link);
     entry.encodedMembers = encodeShortKeyMembers(entry.id, entry.record);
-    entry.replyTail = ZlibJoin::fragment(',' + entry.encodedMembers + '}');
+    // A link elsewhere is the same in every reply; one on this service is made absolute per request.
+    QByteArray tail;
+    if (!entry.link.isEmpty() && !entry.link.startsWith(u'/')) {
+        tail = ",\"e1\":";
+        JsonText::appendQuoted(tail, entry.link);
+    }
+    entry.replyTail = ZlibJoin::fragment(tail + ',' + entry.encodedMembers + '}');
     return entry;
 }
 

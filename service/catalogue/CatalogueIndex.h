@@ -14,10 +14,12 @@
 struct CatalogueEntry
 {
     QString id;
-    QJsonObject record;           // long keys, with the hash and size of files the service serves filled in
-    QByteArray encodedMembers;    // the short-key members except "e1", "h" and "i", without braces
-    ZlibJoin::Fragment replyTail; // "," + encodedMembers + "}", compressed once for every matching reply
-    QString link;                 // as stored: absolute, or a path on this service
+    QJsonObject record;        // long keys, with the hash and size of files the service serves filled in
+    QByteArray encodedMembers; // the short-key members except "e1", "h" and "i", without braces
+    // The reply's members after "h" and "i" ("e1" when the link is elsewhere, encodedMembers, the closing brace),
+    // compressed once for every matching reply.
+    ZlibJoin::Fragment replyTail;
+    QString link; // as stored: absolute, or a path on this service
     bool isBeta = false;
 };
 

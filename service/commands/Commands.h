@@ -16,6 +16,7 @@ int serveCommand(const QStringList &args);
 int importCommand(const QStringList &args);
 int reportsCommand(const QStringList &args);
 int hitsCommand(const QStringList &args);
+int crashesCommand(const QStringList &args);
 int addMemberCommand(const QStringList &args);
 int blacklistCommand(const QStringList &args);
 int migrateCommand(const QStringList &args);
@@ -26,6 +27,7 @@ inline constexpr Command commands[] = {
     {"import", "Load catalogue records from JSON files.", importCommand},
     {"reports", "Show the problem and bad-bundle reports received.", reportsCommand},
     {"hits", "Show the analytics hits received.", hitsCommand},
+    {"crashes", "Show the crash reports received.", crashesCommand},
     {"add-member", "Create a member account.", addMemberCommand},
     {"blacklist", "List the blacklist, or add or remove a name.", blacklistCommand},
     {"migrate", "Bring the database's tables to this program's version.", migrateCommand},

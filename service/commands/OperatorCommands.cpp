@@ -49,6 +49,24 @@ int hitsCommand(const QStringList &args)
     return printJsonLines(args, [](Storage &storage) { return storage.activity->hits(); });
 }
 
+int crashesCommand(const QStringList &args)
+{
+    return printJsonLines(args, [](Storage &storage) {
+        QList<QJsonObject> lines;
+        for (const CrashReport &crash : storage.crashes->crashes()) {
+            QJsonObject line;
+            line.insert(QStringLiteral("id"), crash.id);
+            line.insert(QStringLiteral("received_at"), crash.receivedAt);
+            line.insert(QStringLiteral("version"), crash.version);
+            line.insert(QStringLiteral("penguin"), crash.installation);
+            line.insert(QStringLiteral("details"), crash.details);
+            line.insert(QStringLiteral("report"), QString::fromUtf8(crash.report)); // as it arrived
+            lines.append(line);
+        }
+        return lines;
+    });
+}
+
 int addMemberCommand(const QStringList &args)
 {
     QCommandLineParser parser;

@@ -28,9 +28,9 @@ QByteArray matchReply(const httplib::Request &req, const CatalogueIndex &index, 
         JsonText::appendQuoted(head, app.digest);
         head.append(",\"i\":");
         JsonText::appendQuoted(head, app.installedVersion);
-        if (!entry->link.isEmpty()) {
+        if (entry->link.startsWith(u'/')) {
             head.append(",\"e1\":");
-            JsonText::appendQuoted(head, entry->link.startsWith(u'/') ? base + entry->link : entry->link);
+            JsonText::appendQuoted(head, base + entry->link);
         }
         reply.append(head);
         reply.append(entry->replyTail);

@@ -82,6 +82,7 @@ void configure(RequestRouter &router, ServiceContext &context, const ServerLimit
     registerMemberRoutes(router, context);
     registerListRoutes(router, context);
     registerReportRoutes(router, context);
+    registerCrashRoutes(router, context);
     registerDealRoutes(router, context);
     registerLinkRoutes(router, context);
     registerSiteRoutes(router, context);

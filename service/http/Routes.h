@@ -46,6 +46,7 @@ void registerFileRoutes(httplib::Server &server, ServiceContext &context);
 void registerMemberRoutes(httplib::Server &server, ServiceContext &context);
 void registerListRoutes(httplib::Server &server, ServiceContext &context);
 void registerReportRoutes(httplib::Server &server, ServiceContext &context);
+void registerCrashRoutes(httplib::Server &server, ServiceContext &context);
 void registerDealRoutes(httplib::Server &server, ServiceContext &context);
 void registerLinkRoutes(httplib::Server &server, ServiceContext &context);
 void registerSiteRoutes(httplib::Server &server, ServiceContext &context);

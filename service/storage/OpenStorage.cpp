@@ -29,5 +29,6 @@ std::unique_ptr<Storage> storageOver(const std::shared_ptr<SqlDatabase> &db)
     storage->lists = std::make_unique<SqlListStore>(db);
     storage->activity = std::make_unique<SqlActivityStore>(db);
     storage->links = std::make_unique<SqlLinkStore>(db);
+    storage->crashes = std::make_unique<SqlCrashStore>(db);
     return storage;
 }

@@ -40,6 +40,11 @@ const QList<QList<const char *>> steps = {
     {
         "CREATE INDEX IF NOT EXISTS downloads_app ON downloads (app_id)",
     },
+    // 3: the crash reports the program sends, kept byte for byte.
+    {
+        "CREATE TABLE IF NOT EXISTS crashes (id INTEGER PRIMARY KEY, received_at TEXT NOT NULL, version TEXT NOT NULL,"
+        " installation TEXT NOT NULL, details TEXT NOT NULL, report BLOB NOT NULL)",
+    },
 };
 
 QByteArray forDialect(const char *sql, SqlDialect dialect)
@@ -170,6 +175,7 @@ const QList<Table> &tables()
         {"hits", "id, received_at, fields", "itt", "id"},
         {"downloads", "id, received_at, app_id, digest, login, installation, serial", "ititttt", "id"},
         {"short_links", "id, url", "it", "id"},
+        {"crashes", "id, received_at, version, installation, details, report", "ittttb", "id"},
     };
     return all;
 }

@@ -81,3 +81,14 @@ public:
 private:
     std::shared_ptr<SqlDatabase> m_db;
 };
+
+class SqlCrashStore : public CrashStore
+{
+public:
+    explicit SqlCrashStore(std::shared_ptr<SqlDatabase> db) : m_db(std::move(db)) {}
+    bool addCrash(const CrashReport &crash) override;
+    QList<CrashReport> crashes() override;
+
+private:
+    std::shared_ptr<SqlDatabase> m_db;
+};

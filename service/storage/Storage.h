@@ -3,6 +3,8 @@
 // What the service keeps, as interfaces per area. The HTTP side sees only these, so another database
 // (several service processes sharing one server) is a second implementation of the same interfaces.
 
+#include "storage/CrashStore.h"
+
 #include <QJsonObject>
 #include <QList>
 #include <QString>
@@ -153,4 +155,5 @@ struct Storage
     std::unique_ptr<ListStore> lists;
     std::unique_ptr<ActivityStore> activity;
     std::unique_ptr<LinkStore> links;
+    std::unique_ptr<CrashStore> crashes;
 };

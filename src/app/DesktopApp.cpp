@@ -9,10 +9,12 @@
 #include "scan/VLAppDelegate.h"
 #include "scan/VLMainWindowController.h"
 #include "scan/VLScanData.h"
+#include "services/VLCrashReporter.h"
 #include "services/VLGoogleTracking.h"
 #include "services/VLMemberAccount.h"
 #include "services/VLReportProblemSender.h"
 #include "ui/AppActions.h"
+#include "ui/CrashReportDialog.h"
 #include "ui/GuiFeedback.h"
 #include "ui/PanelExpiry.h"
 #include "ui/PreferencesDialog.h"
@@ -31,7 +33,7 @@
 #include <QThreadPool>
 
 DesktopApp::DesktopApp()
-    : m_driver(std::make_unique<VLMainWindowController>()),
+    : m_crashAsker(std::make_unique<CrashReportDialog>()), m_driver(std::make_unique<VLMainWindowController>()),
       m_delegate(std::make_unique<VLAppDelegate>(
           *m_driver, QStringList{QCoreApplication::applicationFilePath(), QStringLiteral("--login-item")})),
       m_feedback(std::make_unique<GuiFeedback>()), m_updates(std::make_unique<UpdateController>(*m_driver)),
@@ -51,7 +53,7 @@ DesktopApp::DesktopApp()
         return state;
     });
     m_panel->setRowMenuContext([this] { return m_actions->rowMenuContext(); });
-    m_panel->setUpdatingTest([this](const VLApp *app) { return m_updates->isUpdating(app); });
+    m_panel->setJobLookup([this](const VLApp *app) { return m_updates->jobFor(app); });
 
     connect(m_menubar.get(), &VLMenubarController::togglePanel, this, &DesktopApp::togglePanel);
     connect(m_panel.get(), &VLPanelController::panelClosed, this, [this] { m_menubar->setHasActiveIcon(false); });
@@ -73,8 +75,9 @@ DesktopApp::DesktopApp()
     });
 
     connect(m_driver.get(), &VLMainWindowController::listChanged, this, &DesktopApp::refreshPanelAndBadge);
+    // The driver counts the check as done just after telling of it: the panel is refilled on the next turn.
     connect(m_driver.get(), &VLMainWindowController::checkFinished, this, [this] {
-        refreshPanelAndBadge();
+        QTimer::singleShot(0, this, [this] { refreshPanelAndBadge(); });
         const QStringList links = std::exchange(m_pendingLinks, {});
         for (const QString &link : links) {
             installFromLink(link);
@@ -159,6 +162,9 @@ bool DesktopApp::statusItemShown() const
 
 void DesktopApp::start(bool launchedByLoginItem)
 {
+    // A crash from now on leaves a report; one from an earlier run is sent, or the user is asked first.
+    m_crashReporter = std::make_unique<VLCrashReporter>(QStringLiteral("velmora"), m_crashAsker.get());
+    m_crashReporter->startCrashReporting();
     applyShowStatusItem();
     m_delegate->applicationDidFinishLaunching(launchedByLoginItem);
     m_expiryTimer.start();
@@ -317,8 +323,8 @@ void DesktopApp::handleArguments(const QStringList &arguments)
 void DesktopApp::installFromLink(const QString &link)
 {
     vlLog(QStringLiteral("install link %1").arg(link));
-    VLScanData *store = m_driver->scanData();
-    if (!m_driver->donescanning() || !store) {
+    VLScanData *store = &m_driver->scanData();
+    if (!m_driver->donescanning()) {
         m_pendingLinks.append(link); // taken once the running check is done
         return;
     }

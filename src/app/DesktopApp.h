@@ -14,10 +14,12 @@
 #include <memory>
 
 class AppActions;
+class CrashReportDialog;
 class GuiFeedback;
 class PreferencesDialog;
 class UpdateController;
 class VLAppDelegate;
+class VLCrashReporter;
 class VLMainWindow;
 class VLMainWindowController;
 class VLMenubarController;
@@ -58,6 +60,8 @@ private:
     void reportProblem(const AppRef &app);
     void showNotification(const QString &title, const QString &text, const QString &button);
 
+    std::unique_ptr<CrashReportDialog> m_crashAsker;
+    std::unique_ptr<VLCrashReporter> m_crashReporter;
     std::unique_ptr<VLMainWindowController> m_driver;
     std::unique_ptr<VLAppDelegate> m_delegate;
     std::unique_ptr<GuiFeedback> m_feedback;

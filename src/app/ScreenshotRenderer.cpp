@@ -53,6 +53,11 @@ bool renderAll(const QString &folder)
     // As a start by the login item: the stored scan is shown as it is, never scanned again first.
     driver.loadScanDataOrRunScan(true);
     loaded.exec();
+    QEventLoop promos;
+    QObject::connect(&driver, &VLMainWindowController::promosLoaded, &promos, &QEventLoop::quit);
+    QTimer::singleShot(kLoadTimeoutMs, &promos, &QEventLoop::quit);
+    driver.loadPromos();
+    promos.exec();
 
     bool saved = true;
     VLPanelController &panel = desktop.panel();

@@ -4,6 +4,7 @@
 #include "cli/CartCommand.h"
 #include "cli/CheckCommand.h"
 #include "cli/ChoiceCommand.h"
+#include "cli/CrashReportsCommand.h"
 #include "cli/DaemonCommand.h"
 #include "cli/DealsCommand.h"
 #include "cli/DefaultsCommand.h"
@@ -42,5 +43,6 @@ std::vector<std::unique_ptr<Command>> allCommands()
     commands.push_back(std::make_unique<CartCommand>());
     commands.push_back(std::make_unique<ReportCommand>());
     commands.push_back(std::make_unique<ShortenCommand>());
+    commands.push_back(std::make_unique<CrashReportsCommand>());
     return commands;
 }

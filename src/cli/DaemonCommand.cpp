@@ -6,6 +6,7 @@
 #include "scan/NotificationClicks.h"
 #include "scan/VLAppDelegate.h"
 #include "scan/VLMainWindowController.h"
+#include "services/VLCrashReporter.h"
 
 #include <QEventLoop>
 #include <QFileInfo>
@@ -52,6 +53,14 @@ int DaemonCommand::execute(const QStringList &arguments, CommandContext &ctx)
     std::unique_ptr<CliFeedback> feedback(DesktopNotifications::serverPresent() ? new DesktopFeedback(ctx.err)
                                                                                 : new CliFeedback(ctx.err));
     NotificationClicks clicks;
+    // Reports of an earlier crash go out by themselves only when that is the setting; otherwise they wait for
+    // "velmora-cli crash-reports".
+    VLCrashReporter crashReporter(QStringLiteral("velmora-cli"));
+    QObject::connect(&crashReporter, &VLCrashReporter::reportWaiting, &crashReporter, [&feedback] {
+        feedback->showSystemNotification(Cli::tr("Crash report waiting"),
+                                         Cli::tr("Velmora Desktop crashed earlier; see velmora-cli crash-reports"), {});
+    });
+    crashReporter.startCrashReporting();
     QEventLoop loop;
     TerminationSignals termination;
     QObject::connect(&termination, &TerminationSignals::received, &loop, &QEventLoop::quit);

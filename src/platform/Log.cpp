@@ -1,5 +1,7 @@
 #include "platform/Log.h"
 
+#include "platform/LogRing.h"
+
 #include <QRegularExpression>
 
 #include <syslog.h>
@@ -10,7 +12,9 @@ Q_LOGGING_CATEGORY(lcVelmora, "velmora", QtInfoMsg)
 
 void vlLog(const QString &line)
 {
-    qCInfo(lcVelmora).noquote() << redactSecrets(line);
+    const QString redacted = redactSecrets(line);
+    LogRing::append(redacted.toUtf8());
+    qCInfo(lcVelmora).noquote() << redacted;
 }
 
 namespace {

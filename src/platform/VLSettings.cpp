@@ -50,6 +50,8 @@ const std::vector<SettingDefinition> &VLSettings::definitions()
         {lastlogin, SettingType::String, {}},
         {firstName, SettingType::String, {}},
         {quitBackGroundWhenStatusItemHidden, SettingType::Bool, {}},
+        {QuincyActivated, SettingType::Bool, {}},
+        {QuincyAutomaticallySendCrashReports, SettingType::Bool, {}},
         {downloads, SettingType::String, {}},
     };
     return table;

@@ -49,6 +49,10 @@ inline constexpr char searchpaths[] = "searchpaths";
 inline constexpr char lastlogin[] = "lastlogin";
 inline constexpr char firstName[] = "firstName";
 inline constexpr char quitBackGroundWhenStatusItemHidden[] = "quitBackGroundWhenStatusItemHidden";
+// Crash reporting: on unless "QuincyActivated" is stored NO; reports go out by themselves only with
+// "QuincyAutomaticallySendCrashReports" YES.
+inline constexpr char QuincyActivated[] = "QuincyActivated";
+inline constexpr char QuincyAutomaticallySendCrashReports[] = "QuincyAutomaticallySendCrashReports";
 inline constexpr char downloads[] = "downloads";
 } // namespace SettingKey
 

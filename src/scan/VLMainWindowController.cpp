@@ -162,6 +162,10 @@ void VLMainWindowController::takeCheckEnded(bool matched)
     VLNotificationCenter::defaultCenter().post(QStringLiteral("VLUpdateDoneScannerFlag"));
     emit listChanged();
     emit checkFinished(matched);
+    // The scan merge keeps the purchases the store holds: show them again (the session asks only for a member).
+    if (m_member.isLoggedIn) {
+        loadPurchaseHistory();
+    }
     endCheck();
 }
 

@@ -134,8 +134,13 @@ void VLMemberSession::loadPurchaseHistory()
             if (apps.isEmpty()) {
                 vlLog(QStringLiteral("no purchases found in cache"));
             } else {
-                const QMutexLocker lock(&m_store.mutex());
-                emit purchasesLoaded(VLMemberLists::sortedByOrderDate(apps));
+                {
+                    const QMutexLocker lock(&m_store.mutex());
+                    emit purchasesLoaded(VLMemberLists::sortedByOrderDate(apps));
+                }
+                if (!m_store.saveDataToDisk()) {
+                    vlLog(QStringLiteral("Save DB error %1").arg(m_store.filePath()));
+                }
             }
         }
         post("VLAlreadyLoadedPurchases");

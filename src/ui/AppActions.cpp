@@ -136,19 +136,13 @@ void AppActions::viewInMacAppStore(const VLApp &app)
 
 void AppActions::saveStore()
 {
-    if (VLScanData *store = m_driver.scanData()) {
-        store->saveDataToDisk();
-    }
+    m_driver.scanData().saveDataToDisk();
 }
 
 void AppActions::setIgnored(const AppRef &app, bool ignored)
 {
     {
-        VLScanData *store = m_driver.scanData();
-        std::optional<VLScanData::Change> change;
-        if (store) {
-            change.emplace(*store);
-        }
+        const VLScanData::Change change(m_driver.scanData());
         ignored ? UserChoices::ignore(*app) : UserChoices::unignore(*app);
         saveStore();
     }
@@ -162,11 +156,7 @@ void AppActions::setIgnored(const AppRef &app, bool ignored)
 void AppActions::setVersionToCurrent(const AppRef &app, bool current)
 {
     {
-        VLScanData *store = m_driver.scanData();
-        std::optional<VLScanData::Change> change;
-        if (store) {
-            change.emplace(*store);
-        }
+        const VLScanData::Change change(m_driver.scanData());
         if (current) {
             vlLog(QStringLiteral("set version to current %1").arg(app->displayName));
             UserChoices::setVersionToCurrent(*app);
@@ -186,11 +176,7 @@ void AppActions::setVersionToCurrent(const AppRef &app, bool current)
 void AppActions::setDontCheck(const AppRef &app, bool dontCheck)
 {
     {
-        VLScanData *store = m_driver.scanData();
-        std::optional<VLScanData::Change> change;
-        if (store) {
-            change.emplace(*store);
-        }
+        const VLScanData::Change change(m_driver.scanData());
         UserChoices::setDontCheckForUpdates(*app, dontCheck);
         saveStore();
     }

@@ -1,5 +1,7 @@
 #include "ui/AppListModel.h"
 
+#include "install/UpdateJob.h"
+
 #include "ui/PanelAppRow.h"
 
 AppListModel::AppListModel(QObject *parent) : QAbstractTableModel(parent) {}
@@ -66,14 +68,18 @@ QIcon AppListModel::iconOf(const VLApp &app) const
 
 QString AppListModel::stateText(const VLApp &app) const
 {
-    if (app.isInstalling) {
+    const UpdateJob *job = m_jobFor ? m_jobFor(&app) : nullptr;
+    switch (job ? job->status() : UpdateStatus::Done) {
+    case UpdateStatus::Installing:
         return tr("Installing");
-    }
-    if (app.isDownloading) {
+    case UpdateStatus::Queued:
+    case UpdateStatus::Downloading:
         return tr("Downloading");
-    }
-    if (app.didFail) {
-        return app.failMessage;
+    case UpdateStatus::Failed:
+        return job->failMessage();
+    case UpdateStatus::Done:
+    case UpdateStatus::Cancelled:
+        break;
     }
     return QString();
 }

@@ -7,7 +7,11 @@
 
 #include <QAbstractTableModel>
 #include <QHash>
+
 #include <QIcon>
+#include <functional>
+
+class UpdateJob;
 
 class AppListModel : public QAbstractTableModel
 {
@@ -26,6 +30,8 @@ public:
     // A running update's fraction (0..1), or -1 when none runs.
     void setProgress(const VLApp *app, double fraction);
     void refreshApp(const VLApp *app);
+    // The record's running or last update, or null: what its state column says.
+    void setJobLookup(std::function<const UpdateJob *(const VLApp *)> lookup) { m_jobFor = std::move(lookup); }
 
     int rowCount(const QModelIndex &parent = QModelIndex()) const override;
     int columnCount(const QModelIndex &parent = QModelIndex()) const override;
@@ -40,4 +46,5 @@ private:
     QHash<const VLApp *, int> m_rows;
     QHash<const VLApp *, double> m_progress;
     mutable QHash<QString, QIcon> m_icons;
+    std::function<const UpdateJob *(const VLApp *)> m_jobFor;
 };

@@ -134,7 +134,8 @@ void DetailsPane::showApp(const AppRef &app, bool memberSignedIn, bool updating)
     m_update->setText(updating ? tr("Cancel") : tr("Update"));
     m_update->setEnabled(updating || (app->isOutdated && app->isInstalled()));
     m_update->setAccessibleName(m_update->text());
-    m_ignore->setChecked(!app->skippedVersion.isEmpty() && app->skippedVersion == app->vlVersion);
+    m_ignore->setChecked(!app->skippedVersion.isEmpty() && app->skippedVersion != QLatin1String("-") &&
+                         app->skippedVersion == app->vlVersion);
     m_ignore->setEnabled(app->isOutdated || m_ignore->isChecked());
     m_current->setChecked(app->isSetLocalVersionToCurrent);
     m_dontCheck->setChecked(app->dontCheckForUpdates);

@@ -1,5 +1,7 @@
 #include "ui/PanelAppRow.h"
 
+#include "install/UpdateJob.h"
+
 #include "model/VLApp.h"
 
 #include <QContextMenuEvent>
@@ -89,19 +91,22 @@ PanelAppRow::PanelAppRow(AppRef app, QWidget *parent)
     connect(m_cancel, &QToolButton::clicked, this, [this] { emit cancelRequested(m_app); });
     connect(m_menu, &QToolButton::clicked, this,
             [this] { emit menuRequested(m_app, m_menu->mapToGlobal(QPoint(0, m_menu->height()))); });
-    refresh(false);
+    refresh(nullptr);
 }
 
-PanelAppRow::State PanelAppRow::stateOf(const VLApp &app, bool updating)
+PanelAppRow::State PanelAppRow::stateOf(const VLApp &app, const UpdateJob *job)
 {
-    if (app.isInstalling) {
+    switch (job ? job->status() : UpdateStatus::Done) {
+    case UpdateStatus::Installing:
         return State::Installing;
-    }
-    if (updating || app.isDownloading) {
+    case UpdateStatus::Queued:
+    case UpdateStatus::Downloading:
         return State::Updating;
-    }
-    if (app.didFail) {
+    case UpdateStatus::Failed:
         return State::Failed;
+    case UpdateStatus::Done:
+    case UpdateStatus::Cancelled:
+        break;
     }
     if (!app.isOutdated && app.lastupdated.isValid()) {
         return State::Done;
@@ -122,9 +127,9 @@ QIcon PanelAppRow::iconFor(const VLApp &app)
     return QIcon(QStringLiteral(":/icons/velmora.svg"));
 }
 
-void PanelAppRow::refresh(bool updating)
+void PanelAppRow::refresh(const UpdateJob *job)
 {
-    m_state = stateOf(*m_app, updating);
+    m_state = stateOf(*m_app, job);
     switch (m_state) {
     case State::Idle:
         m_action->setCurrentWidget(m_update);
@@ -139,8 +144,8 @@ void PanelAppRow::refresh(bool updating)
         m_versions->setText(m_app->localVersion);
         break;
     case State::Failed:
-        m_failure->setText(m_app->failMessage);
-        m_failure->setToolTip(m_app->failMessage);
+        m_failure->setText(job->failMessage());
+        m_failure->setToolTip(job->failMessage());
         m_action->setCurrentWidget(m_failure);
         break;
     }

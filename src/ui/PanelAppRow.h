@@ -13,6 +13,8 @@ class QStackedWidget;
 class QToolButton;
 class QPushButton;
 
+class UpdateJob;
+
 class PanelAppRow : public QWidget
 {
     Q_OBJECT
@@ -24,11 +26,12 @@ public:
 
     const AppRef &app() const { return m_app; }
     // Reads the record's update state again; updating: an update of this app is queued or running.
-    void refresh(bool updating);
+    // job: the record's running or last update, or null.
+    void refresh(const UpdateJob *job);
     void setProgress(double fraction);
     State state() const { return m_state; }
 
-    static State stateOf(const VLApp &app, bool updating);
+    static State stateOf(const VLApp &app, const UpdateJob *job);
     static QIcon iconFor(const VLApp &app);
 
 signals:

@@ -8,11 +8,6 @@
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("PanelMenus", text);
-}
-
 MenuEntry separator()
 {
     return {PanelAction::Separator, QString()};
@@ -32,14 +27,14 @@ QList<MenuEntry> gearMenu(const GearMenuState &state)
     QList<MenuEntry> entries;
     if (state.doneScanning && state.outdatedCount > 0) {
         if (updateAllButtonState(state.inProgress, state.waiting) == UpdateAllButton::UpdateAll) {
-            entries.append({PanelAction::UpdateAll, tr("Update All")});
+            entries.append({PanelAction::UpdateAll, QCoreApplication::translate("PanelMenus", "Update All")});
         } else {
-            entries.append({PanelAction::CancelUpdateAll, tr("Cancel")});
+            entries.append({PanelAction::CancelUpdateAll, QCoreApplication::translate("PanelMenus", "Cancel")});
         }
     }
-    entries.append({PanelAction::ShowWindow, tr("Launch Desktop")});
-    entries.append({PanelAction::ShowPreferences, tr("Preferences")});
-    entries.append({PanelAction::Quit, tr("Quit Velmora Desktop")});
+    entries.append({PanelAction::ShowWindow, QCoreApplication::translate("PanelMenus", "Launch Desktop")});
+    entries.append({PanelAction::ShowPreferences, QCoreApplication::translate("PanelMenus", "Preferences")});
+    entries.append({PanelAction::Quit, QCoreApplication::translate("PanelMenus", "Quit Velmora Desktop")});
     return entries;
 }
 
@@ -48,42 +43,48 @@ QList<MenuEntry> rowMenu(const VLApp &app, const RowMenuContext &context)
     const bool installed = app.localPath != RecordText::unknown;
     QList<MenuEntry> entries;
     if (installed) {
-        entries.append({PanelAction::ViewInMainWindow, tr("View in Desktop")});
+        entries.append({PanelAction::ViewInMainWindow, QCoreApplication::translate("PanelMenus", "View in Desktop")});
     }
     if (app.isOutdated) {
-        entries.append({PanelAction::Ignore, tr("Ignore")});
+        entries.append({PanelAction::Ignore, QCoreApplication::translate("PanelMenus", "Ignore")});
     }
     entries.append(separator());
     if (context.memberSignedIn || !installed) {
         if (!app.listname.isEmpty()) {
-            entries.append({PanelAction::RemoveFromWatchList, tr("Remove from Watch List")});
+            entries.append({PanelAction::RemoveFromWatchList,
+                            QCoreApplication::translate("PanelMenus", "Remove from Watch List")});
         } else {
-            entries.append({PanelAction::AddToWatchList, tr("Add to Watch List")});
+            entries.append(
+                {PanelAction::AddToWatchList, QCoreApplication::translate("PanelMenus", "Add to Watch List")});
         }
         entries.append(separator());
     }
-    entries.append({PanelAction::ViewOnSite, tr("View on ") + siteName()});
+    entries.append({PanelAction::ViewOnSite, QCoreApplication::translate("PanelMenus", "View on ") + siteName()});
     if (app.isAppStore) {
-        entries.append({PanelAction::ViewInMacAppStore, tr("View in Mac App Store")});
+        entries.append(
+            {PanelAction::ViewInMacAppStore, QCoreApplication::translate("PanelMenus", "View in Mac App Store")});
     }
     if (app.kind != QLatin1String("plugin") && installed) {
-        entries.append({PanelAction::Open, tr("Open")});
+        entries.append({PanelAction::Open, QCoreApplication::translate("PanelMenus", "Open")});
     }
-    if (installed && !app.didFail) {
-        entries.append({PanelAction::Reveal, tr("Reveal in Finder")});
+    if (installed && !context.updateFailed) {
+        entries.append({PanelAction::Reveal, QCoreApplication::translate("PanelMenus", "Reveal in Finder")});
         if (context.vldVersionInstalled) {
-            entries.append({PanelAction::OpenVLDV, tr("Open in VLDVersion")});
+            entries.append({PanelAction::OpenVLDV, QCoreApplication::translate("PanelMenus", "Open in VLDVersion")});
         }
         if (context.appDeleteInstalled) {
-            entries.append({PanelAction::OpenAppDelete, tr("Delete with AppDelete")});
+            entries.append(
+                {PanelAction::OpenAppDelete, QCoreApplication::translate("PanelMenus", "Delete with AppDelete")});
         }
     }
     entries.append(separator());
-    entries.append({PanelAction::ReportProblem, tr("Report a problem")});
+    entries.append({PanelAction::ReportProblem, QCoreApplication::translate("PanelMenus", "Report a problem")});
     if (app.isSetLocalVersionToCurrent && app.localVersion == app.vlVersion) {
-        entries.append({PanelAction::UnsetVersionToCurrent, tr("Set version to installed")});
+        entries.append({PanelAction::UnsetVersionToCurrent,
+                        QCoreApplication::translate("PanelMenus", "Set version to installed")});
     } else if (!app.isSetLocalVersionToCurrent && app.localVersion != app.vlVersion) {
-        entries.append({PanelAction::SetVersionToCurrent, tr("Set version to current")});
+        entries.append(
+            {PanelAction::SetVersionToCurrent, QCoreApplication::translate("PanelMenus", "Set version to current")});
     }
     return entries;
 }

@@ -55,6 +55,8 @@ struct RowMenuContext
     // The two companion programs, when present under the volume root's Applications folder.
     bool vldVersionInstalled = false;
     bool appDeleteInstalled = false;
+    // The app's last update in this run failed.
+    bool updateFailed = false;
 };
 
 namespace PanelMenus {

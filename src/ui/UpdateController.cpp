@@ -1,87 +1,41 @@
 #include "ui/UpdateController.h"
 
-#include "install/UpdateRows.h"
+#include "install/UpdateJob.h"
 #include "install/VLAppDownload.h"
-#include "install/VLUpdateRunner.h"
 #include "scan/VLMainWindowController.h"
 #include "scan/VLScanData.h"
 
-#include <QMetaObject>
-#include <QPointer>
-
-namespace {
-
-// Hands the worker's calls to the UI thread without waiting.
-class ForwardingRows : public UpdateRows
-{
-public:
-    ForwardingRows(UpdateController *controller, AppRef app) : m_controller(controller), m_app(std::move(app)) {}
-
-    void hideFieldsShowProgressBar() override
-    {
-        post([](UpdateController *c, const AppRef &a) { emit c->stateChanged(a); });
-    }
-    void updateMainProgressBar(double) override {}
-    void updateProgressBar(double fraction) override
-    {
-        post([fraction](UpdateController *c, const AppRef &a) { emit c->progressChanged(a, fraction); });
-    }
-    void disableCancelButtons() override
-    {
-        post([](UpdateController *c, const AppRef &a) { emit c->stateChanged(a); });
-    }
-    void hideProgressBarShowFields(double) override {}
-
-private:
-    template <typename F> void post(F call)
-    {
-        QPointer<UpdateController> controller(m_controller);
-        AppRef app = m_app;
-        QMetaObject::invokeMethod(
-            m_controller,
-            [controller, app, call] {
-                if (controller) {
-                    call(controller.data(), app);
-                }
-            },
-            Qt::QueuedConnection);
-    }
-
-    UpdateController *m_controller;
-    AppRef m_app;
-};
-
-} // namespace
-
 UpdateController::UpdateController(VLMainWindowController &driver, QObject *parent)
-    : QObject(parent), m_driver(driver),
-      m_queue([this](const AppRef &app, std::function<void()> finished) { start(app, std::move(finished)); })
+    : QObject(parent), m_driver(driver), m_queue(m_jobs)
 {
     connect(&m_queue, &VLUpdateAllQueue::buttonStateChanged, this, &UpdateController::buttonStateChanged);
+    connect(&m_jobs, &UpdateJobs::added, this, &UpdateController::follow);
 }
 
 UpdateController::~UpdateController()
 {
     m_queue.cancelUpdateAll();
-    qDeleteAll(m_runners);
 }
 
 void UpdateController::updateApp(const AppRef &app)
 {
-    if (!isUpdating(app.get())) {
-        m_queue.addToQueue({app});
-    }
+    // A job reads the record's catalogue facts when it is made: under the list's lock.
+    const QMutexLocker lock(&m_driver.scanData().mutex());
+    m_queue.addToQueue({app});
 }
 
 void UpdateController::updateAll()
 {
+    const QMutexLocker lock(&m_driver.scanData().mutex());
     m_queue.updateAll(m_driver.outdatedApps());
 }
 
 void UpdateController::cancelUpdate(const AppRef &app)
 {
-    m_queue.removeAppFromUpdateAllQueue(app.get());
-    VLAppDownload::cancelUpdate(*app);
+    // The queue lets go of a job that ends, however it ends.
+    if (UpdateJob *job = m_jobs.jobFor(app.get())) {
+        job->cancel();
+    }
 }
 
 void UpdateController::cancelUpdateAll()
@@ -89,53 +43,31 @@ void UpdateController::cancelUpdateAll()
     m_queue.cancelUpdateAll();
 }
 
-bool UpdateController::isUpdating(const VLApp *app) const
+void UpdateController::follow(UpdateJob *job)
 {
-    return m_runners.contains(app);
-}
-
-void UpdateController::start(const AppRef &app, std::function<void()> finished)
-{
-    auto *rows = new ForwardingRows(this, app);
-    VLUpdateRunner *runner = nullptr;
-    {
-        VLScanData *store = m_driver.scanData();
-        std::optional<QMutexLocker<QRecursiveMutex>> lock;
-        if (store) {
-            lock.emplace(&store->mutex());
-        }
-        runner = new VLUpdateRunner(app, rows);
-    }
-    m_runners.insert(app.get(), runner);
-    connect(runner, &VLUpdateRunner::finished, this, [this, app, rows, finished] {
-        delete rows;
-        finish(app, finished);
-    });
-    runner->start();
+    const AppRef app = job->app();
+    connect(job, &UpdateJob::statusChanged, this, [this, app] { emit stateChanged(app); });
+    connect(job, &UpdateJob::progressChanged, this,
+            [this, app](double fraction) { emit progressChanged(app, fraction); });
+    connect(job, &UpdateJob::finished, this, [this, job] { finish(job); });
     emit stateChanged(app);
 }
 
-void UpdateController::finish(const AppRef &app, std::function<void()> finished)
+void UpdateController::finish(UpdateJob *job)
 {
-    VLUpdateRunner *runner = m_runners.take(app.get());
-    const UpdateOutcome outcome = runner->outcome();
-    runner->deleteLater();
-    const auto apply = [&app, &outcome] {
+    const AppRef app = job->app();
+    const UpdateOutcome outcome = job->outcome();
+    VLScanData &store = m_driver.scanData();
+    {
+        const VLScanData::Change change(store);
+        const QMutexLocker lock(&store.mutex());
         VLAppDownload::applyOutcome(*app, outcome);
         // The panel keeps an updated row with its done mark for a while, counted from here.
         if (!outcome.installedPath.isEmpty()) {
             app->lastupdated = QDateTime::currentDateTimeUtc();
         }
-    };
-    if (VLScanData *store = m_driver.scanData()) {
-        const VLScanData::Change change(*store);
-        const QMutexLocker lock(&store->mutex());
-        apply();
-        store->saveDataToDisk();
-    } else {
-        apply();
+        store.saveDataToDisk();
     }
-    finished();
     emit stateChanged(app);
     emit updateFinished(app);
 }

@@ -47,6 +47,7 @@ VLMainWindow::VLMainWindow(VLMainWindowController &driver, UpdateController &upd
 
     m_list->setObjectName(QStringLiteral("appList"));
     m_list->setAccessibleName(tr("Apps"));
+    m_model->setJobLookup([this](const VLApp *app) { return m_updates.jobFor(app); });
     m_list->setModel(m_model);
     m_list->setItemDelegate(new AppRowDelegate(m_list));
     m_list->setRootIsDecorated(false);
@@ -207,8 +208,7 @@ AppList VLMainWindow::sourceFor(AppView view) const
     if (view == AppView::Deals) {
         return m_deals;
     }
-    const VLScanData *store = m_driver.scanData();
-    return store ? store->apps().value_or(AppList()) : AppList();
+    return m_driver.scanData().apps().value_or(AppList());
 }
 
 void VLMainWindow::showView(AppView view)

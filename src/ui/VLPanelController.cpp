@@ -1,5 +1,7 @@
 #include "ui/VLPanelController.h"
 
+#include "install/UpdateJob.h"
+
 #include "platform/Log.h"
 #include "ui/PanelAppRow.h"
 #include "ui/PanelExpiry.h"
@@ -115,7 +117,7 @@ void VLPanelController::openPanel(const QRect &anchor, bool slow)
     activateWindow();
     m_fade->start();
     for (PanelAppRow *row : std::as_const(m_rows)) {
-        row->refresh(isUpdating(row->app().get()));
+        row->refresh(jobFor(row->app().get()));
     }
 }
 
@@ -211,7 +213,7 @@ void VLPanelController::rebuildRows()
         }
         m_rowsLayout->removeWidget(row);
         m_rowsLayout->insertWidget(m_rowsLayout->count() - 1, row);
-        row->refresh(isUpdating(app.get()));
+        row->refresh(jobFor(app.get()));
         m_rows.insert(app.get(), row);
     }
     qDeleteAll(previous);
@@ -225,7 +227,7 @@ void VLPanelController::rebuildRows()
 void VLPanelController::refreshRow(const AppRef &app)
 {
     if (PanelAppRow *row = m_rows.value(app.get())) {
-        row->refresh(isUpdating(app.get()));
+        row->refresh(jobFor(app.get()));
     }
 }
 
@@ -259,7 +261,9 @@ void VLPanelController::showRowMenu(const AppRef &app, const QPoint &globalPos)
 {
     auto *menu = new QMenu(this);
     menu->setAttribute(Qt::WA_DeleteOnClose);
-    const RowMenuContext context = m_rowMenuContext ? m_rowMenuContext() : RowMenuContext{};
+    RowMenuContext context = m_rowMenuContext ? m_rowMenuContext() : RowMenuContext{};
+    const UpdateJob *job = jobFor(app.get());
+    context.updateFailed = job && job->status() == UpdateStatus::Failed;
     for (const MenuEntry &entry : PanelMenus::rowMenu(*app, context)) {
         if (entry.action == PanelAction::Separator) {
             menu->addSeparator();
@@ -270,4 +274,10 @@ void VLPanelController::showRowMenu(const AppRef &app, const QPoint &globalPos)
                 [this, action, app] { emit rowAction(action, app); });
     }
     menu->popup(globalPos);
+}
+
+bool VLPanelController::isUpdating(const VLApp *app) const
+{
+    const UpdateJob *job = jobFor(app);
+    return job && job->isActive();
 }

@@ -22,6 +22,8 @@ class QStackedWidget;
 class QToolButton;
 class QVBoxLayout;
 
+class UpdateJob;
+
 class VLPanelController : public QWidget
 {
     Q_OBJECT
@@ -32,7 +34,8 @@ public:
     // What the menus are built from when they open.
     void setGearMenuState(std::function<GearMenuState()> state) { m_gearMenuState = std::move(state); }
     void setRowMenuContext(std::function<RowMenuContext()> context) { m_rowMenuContext = std::move(context); }
-    void setUpdatingTest(std::function<bool(const VLApp *)> updating) { m_isUpdating = std::move(updating); }
+    // The record's running or last update, or null: what its row shows.
+    void setJobLookup(std::function<const UpdateJob *(const VLApp *)> lookup) { m_jobFor = std::move(lookup); }
 
     // Opens the panel against anchor (the tray icon's rectangle); slow: the one-second fade of a Shift-click.
     void openPanel(const QRect &anchor, bool slow);
@@ -70,11 +73,12 @@ private:
     void rebuildRows();
     void showRowMenu(const AppRef &app, const QPoint &globalPos);
     void showGearMenu();
-    bool isUpdating(const VLApp *app) const { return m_isUpdating && m_isUpdating(app); }
+    const UpdateJob *jobFor(const VLApp *app) const { return m_jobFor ? m_jobFor(app) : nullptr; }
+    bool isUpdating(const VLApp *app) const;
 
     std::function<GearMenuState()> m_gearMenuState;
     std::function<RowMenuContext()> m_rowMenuContext;
-    std::function<bool(const VLApp *)> m_isUpdating;
+    std::function<const UpdateJob *(const VLApp *)> m_jobFor;
     AppList m_outdatedApps;
     QHash<const VLApp *, PanelAppRow *> m_rows;
     QLabel *m_numberUpdatesAvailable;

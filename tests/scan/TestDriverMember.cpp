@@ -1,6 +1,6 @@
 // The driver's member side against the real service and Secret Service: the start-up log-in from the keychain, the
-// member in the matching request, a watch-list load queued behind the deals (which fail here, and must still let it
-// go on), and log-out.
+// member in the matching request, the purchases shown again after a scan, a watch-list load queued behind the deals
+// (which fail here, and must still let it go on), and log-out.
 
 #include "platform/VLSettings.h"
 #include "scan/VLAppDelegate.h"
@@ -54,6 +54,7 @@ private slots:
         QSignalSpy checked(&driver, &VLMainWindowController::checkFinished);
         QSignalSpy member_(&driver, &VLMainWindowController::memberChanged);
         QSignalSpy lists(&driver, &VLMainWindowController::watchListsLoaded);
+        QSignalSpy purchases(&driver, &VLMainWindowController::purchasesLoaded);
         driver.loadScanDataOrRunScan(true);
         QTRY_COMPARE_WITH_TIMEOUT(checked.count(), 1, 30000);
         driver.checkMemberAndTryLogin();
@@ -68,6 +69,7 @@ private slots:
         settings.setValue(QString::fromLatin1(SettingKey::volumeRoot), volume);
         driver.checkForUpdates();
         QTRY_COMPARE_WITH_TIMEOUT(checked.count(), 2, 60000);
+        QTRY_VERIFY_WITH_TIMEOUT(!purchases.isEmpty(), 30000); // the purchases held are shown again after a scan
         QByteArray reports;
         QTRY_VERIFY_WITH_TIMEOUT((m_service.runCommand({QStringLiteral("reports")}, &reports),
                                   reports.contains("\"plist\":\"<plist><dict><key>CFBundleName\"")),

@@ -147,7 +147,7 @@ private slots:
         }
         QByteArray reports;
         QCOMPARE(m_service.runCommand({QStringLiteral("reports")}, &reports), 0);
-        QCOMPARE(int(reports.count("\"plist_base64\":\"" + binary.toBase64() + '"')), stored);
+        QCOMPARE(int(reports.count(QByteArray("\"plist_base64\":\"" + binary.toBase64() + '"'))), stored);
     }
 
     // A link without a scheme is sent as http.

@@ -9,6 +9,8 @@
 #include "support/TestMain.h"
 #include "wire/FormBody.h"
 #include "wire/PathSegments.h"
+#include "wire/Zlib.h"
+#include "wire/ZlibJoin.h"
 
 #include <QJsonArray>
 #include <QJsonDocument>
@@ -203,6 +205,39 @@ private slots:
         // The same key file opens the same box; another key does not.
         QCOMPARE(*SecretBox::open(keyFile, &error)->unseal(sealed), QByteArray("pässword"));
         QVERIFY(!SecretBox::open(dir.filePath(QStringLiteral("other.key")), &error)->unseal(sealed));
+    }
+
+    // A reply joined from stored text and fragments compressed apart is one stream that inflates (checksum included)
+    // to the pieces in order. "f:" marks a fragment.
+    void joinedZlibStream_data()
+    {
+        QTest::addColumn<QList<QByteArray>>("pieces");
+        QTest::newRow("nothing") << QList<QByteArray>{};
+        QTest::newRow("stored only") << QList<QByteArray>{"{", "\"1\":2", "}"};
+        QTest::newRow("fragments only") << QList<QByteArray>{"f:{\"a\":1,", "f:\"a\":1,\"a\":1}"};
+        QTest::newRow("empty fragment") << QList<QByteArray>{"{", "f:", "}"};
+        QTest::newRow("mixed, repeats") << QList<QByteArray>{"{", "f:" + QByteArray(3000, 'x'), ",", "f:xyz", "}"};
+        QTest::newRow("stored over one block") << QList<QByteArray>{QByteArray(70000, 'q'), "f:tail", "z"};
+    }
+    void joinedZlibStream()
+    {
+        QFETCH(QList<QByteArray>, pieces);
+        ZlibJoin join;
+        QByteArray whole;
+        for (const QByteArray &piece : pieces) {
+            if (piece.startsWith("f:")) {
+                join.append(ZlibJoin::fragment(piece.mid(2)));
+                whole += piece.mid(2);
+            } else {
+                join.append(piece);
+                whole += piece;
+            }
+        }
+        const QByteArray stream = join.finish();
+        const auto inflated =
+            Zlib::inflate(std::string_view(stream.constData(), size_t(stream.size())), Zlib::Wrapper::Zlib, 1 << 20);
+        QVERIFY(std::holds_alternative<std::string>(inflated));
+        QCOMPARE(QByteArray::fromStdString(std::get<std::string>(inflated)), whole);
     }
 };
 

@@ -69,7 +69,7 @@ private slots:
         QVERIFY(finished.wait(60000));
         QVERIFY(finished.first().first().toBool());
 
-        QVERIFY(panel.tableShown());
+        QTRY_VERIFY(panel.tableShown());
         QCOMPARE(panel.findChild<QLabel *>(QStringLiteral("numberUpdatesAvailable"))->text(), QStringLiteral("6"));
         const AppList listed = panel.outdatedApps();
         QCOMPARE(listed.size(), 6);

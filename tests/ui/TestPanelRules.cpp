@@ -117,9 +117,9 @@ private slots:
         app.isOutdated = flags.contains(u'O');
         app.isAppStore = flags.contains(u'S');
         app.kind = flags.contains(u'P') ? QStringLiteral("plugin") : QStringLiteral("app");
-        app.didFail = flags.contains(u'F');
         app.isSetLocalVersionToCurrent = flags.contains(u'C');
-        const RowMenuContext context{flags.contains(u'M'), flags.contains(u'V'), flags.contains(u'D')};
+        const RowMenuContext context{flags.contains(u'M'), flags.contains(u'V'), flags.contains(u'D'),
+                                     flags.contains(u'F')};
         QCOMPARE(menuText(PanelMenus::rowMenu(app, context)), menu);
     }
 
