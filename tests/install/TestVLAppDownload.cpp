@@ -113,8 +113,9 @@ private slots:
             installed);
         row("cancelled", "update.bin", slow, "", true, "", false, QStringList{QStringLiteral("VLDownloadCanceled")},
             -1.0, Statuses{D, UpdateStatus::Cancelled});
-        row("disk image that does not open", "Notes.dmg", garbage, "", false, "Problem installing from DMG", false,
-            failed, -1.0, Statuses{D, I, UpdateStatus::Failed});
+        row("disk image that does not open", "Notes.dmg", garbage, "", false,
+            "Problem installing from DMG: 7zz failed with status 2", false, failed, -1.0,
+            Statuses{D, I, UpdateStatus::Failed});
     }
 
     void download()
