@@ -6,6 +6,7 @@
 #include "platform/VLSettings.h"
 #include "platform/VLSettingsNotifier.h"
 #include "scan/InstallLinks.h"
+#include "scan/NotificationClicks.h"
 #include "scan/VLAppDelegate.h"
 #include "scan/VLMainWindowController.h"
 #include "scan/VLScanData.h"
@@ -36,9 +37,10 @@ DesktopApp::DesktopApp()
     : m_crashAsker(std::make_unique<CrashReportDialog>()), m_driver(std::make_unique<VLMainWindowController>()),
       m_delegate(std::make_unique<VLAppDelegate>(
           *m_driver, QStringList{QCoreApplication::applicationFilePath(), QStringLiteral("--login-item")})),
-      m_feedback(std::make_unique<GuiFeedback>()), m_updates(std::make_unique<UpdateController>(*m_driver)),
-      m_actions(std::make_unique<AppActions>(*m_driver)), m_menubar(std::make_unique<VLMenubarController>()),
-      m_panel(std::make_unique<VLPanelController>()), m_trayMenu(std::make_unique<QMenu>())
+      m_feedback(std::make_unique<GuiFeedback>()), m_clicks(std::make_unique<NotificationClicks>()),
+      m_updates(std::make_unique<UpdateController>(*m_driver)), m_actions(std::make_unique<AppActions>(*m_driver)),
+      m_menubar(std::make_unique<VLMenubarController>()), m_panel(std::make_unique<VLPanelController>()),
+      m_trayMenu(std::make_unique<QMenu>())
 {
     QGuiApplication::setQuitOnLastWindowClosed(false);
     m_panel->setGearMenuState([this] {
@@ -96,7 +98,8 @@ DesktopApp::DesktopApp()
             &VLMainWindowController::loadWatchLists);
     connect(m_delegate.get(), &VLAppDelegate::updatePromosBackground, m_driver.get(),
             &VLMainWindowController::loadPromos);
-    connect(m_feedback.get(), &GuiFeedback::notificationRequested, this, &DesktopApp::showNotification);
+    // A click on an update notice, or its "View" button, opens the window on the updates.
+    connect(m_clicks.get(), &NotificationClicks::showUpdatesPanel, this, &DesktopApp::showWindow);
     connect(&VLSettingsNotifier::instance(), &VLSettingsNotifier::changed, this, &DesktopApp::onSettingChanged);
 
     VLNotificationCenter &center = VLNotificationCenter::defaultCenter();
@@ -360,10 +363,4 @@ void DesktopApp::reportProblem(const AppRef &app)
     const VLMemberAccount &account = m_driver->memberAccount();
     auto *sender = new VLReportProblemSender(this);
     sender->reportIssue(text, *app, account.isLoggedIn ? account.memberID : 0);
-}
-
-void DesktopApp::showNotification(const QString &title, const QString &text, const QString &button)
-{
-    Q_UNUSED(button);
-    vlLog(QStringLiteral("notice: %1: %2").arg(title, text));
 }

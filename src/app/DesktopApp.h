@@ -16,6 +16,7 @@
 class AppActions;
 class CrashReportDialog;
 class GuiFeedback;
+class NotificationClicks;
 class PreferencesDialog;
 class UpdateController;
 class VLAppDelegate;
@@ -58,13 +59,13 @@ private:
     void requestQuit(bool fromWindow, bool shiftHeld);
     void installFromLink(const QString &link);
     void reportProblem(const AppRef &app);
-    void showNotification(const QString &title, const QString &text, const QString &button);
 
     std::unique_ptr<CrashReportDialog> m_crashAsker;
     std::unique_ptr<VLCrashReporter> m_crashReporter;
     std::unique_ptr<VLMainWindowController> m_driver;
     std::unique_ptr<VLAppDelegate> m_delegate;
     std::unique_ptr<GuiFeedback> m_feedback;
+    std::unique_ptr<NotificationClicks> m_clicks;
     std::unique_ptr<UpdateController> m_updates;
     std::unique_ptr<AppActions> m_actions;
     std::unique_ptr<VLMenubarController> m_menubar;

@@ -9,6 +9,8 @@
 
 GuiFeedback::GuiFeedback(QObject *parent) : QObject(parent)
 {
+    connect(&m_notifications, &DesktopNotifications::clicked, this,
+            [](quint32 id) { UserFeedback::noticeClicked(id); });
     UserFeedback::install(this);
 }
 
@@ -40,10 +42,15 @@ void GuiFeedback::showAlert(const QString &message, const QString &informativeTe
         false);
 }
 
-void GuiFeedback::showSystemNotification(const QString &title, const QString &informativeText, const QString &button)
+void GuiFeedback::showNotice(const SystemNotice &notice)
 {
-    runOnUiThread(
-        [this, title, informativeText, button] { emit notificationRequested(title, informativeText, button); }, false);
+    vlLog(QStringLiteral("notice: %1: %2").arg(notice.title, notice.informativeText));
+    runOnUiThread([this, notice] { m_notifications.notify(notice); }, false);
+}
+
+void GuiFeedback::withdrawNotices()
+{
+    runOnUiThread([this] { m_notifications.closeAll(); }, false);
 }
 
 bool GuiFeedback::askQuestion(const QString &message, const QString &informativeText, const QString &yesButton,

@@ -1,9 +1,11 @@
 #pragma once
 
 // The desktop program's alerts, notifications and questions: message boxes on the UI thread (a worker's question
-// waits for the answer), notifications through the tray. Background work never shows an alert box while the window
+// waits for the answer), notifications through the desktop's notification server, whose clicks reach the click
+// handler. Background work never shows an alert box while the window
 // is hidden; it goes to the log then.
 
+#include "platform/DesktopNotifications.h"
 #include "platform/UserFeedback.h"
 
 #include <QObject>
@@ -19,14 +21,15 @@ public:
     ~GuiFeedback() override;
 
     void showAlert(const QString &message, const QString &informativeText) override;
-    void showSystemNotification(const QString &title, const QString &informativeText, const QString &button) override;
     bool askQuestion(const QString &message, const QString &informativeText, const QString &yesButton,
                      const QString &noButton) override;
 
-signals:
-    // On the UI thread.
-    void notificationRequested(const QString &title, const QString &text, const QString &button);
+protected:
+    void showNotice(const SystemNotice &notice) override;
+    void withdrawNotices() override;
 
 private:
     template <typename F> void runOnUiThread(F &&work, bool wait);
+
+    DesktopNotifications m_notifications;
 };

@@ -190,7 +190,7 @@ private slots:
         request.maxBytes = maxBytes;
         request.minBytesPerSecond = minRate;
         request.rateWindowMs = 300;
-        VLApp app;
+        Progress app;
         const DownloadResult result = download(request, app, part);
         QTEST(result.outcome, "outcome");
         QTEST(result.timedOut, "timedOut");
