@@ -12,9 +12,9 @@
 #include "support/PlistFiles.h"
 #include "support/TestMain.h"
 
+#include <QDataStream>
 #include <QDir>
 #include <QTemporaryDir>
-#include <QtEndian>
 
 using namespace Qt::StringLiterals;
 
@@ -77,10 +77,9 @@ private slots:
             args.removeLast();
         }
         if (tool == u"udif") {
-            const QString iso = archive + u".iso";
-            QVERIFY(InstallFixtures::run(u"xorriso"_s, {u"-as"_s, u"mkisofs"_s, u"-R"_s, u"-o"_s, iso, args.first()},
-                                         source.root()));
-            QVERIFY(InstallFixtures::makeUdif(iso, archive, true));
+            args = QStringList{u"-as"_s, u"mkisofs"_s, u"-R"_s, u"-o"_s, archive + u".iso"} + args;
+            QVERIFY(InstallFixtures::run(u"xorriso"_s, args, source.root()));
+            QVERIFY(InstallFixtures::makeUdif(archive + u".iso", archive, true));
         } else if (tool == u"pkg") {
             QVERIFY(
                 InstallFixtures::makeFlatPackage(source.root(), archive, u"/Applications"_s, args.first() == u"pbzx"));
@@ -116,21 +115,18 @@ private slots:
     void pbzxBound()
     {
         auto [payload, decoded] = fetch<QString, int>("payload", "decoded");
-        const auto bigEndian = [](quint64 value) {
-            QByteArray bytes(8, '\0');
-            qToBigEndian(value, bytes.data());
-            return bytes;
-        };
-        QByteArray pbzx = "pbzx" + bigEndian(1 << 24);
+        QByteArray pbzx("pbzx");
+        QDataStream stream(&pbzx, QIODevice::Append); // big-endian, as the payload is
+        stream << quint64(1 << 24);
         for (const QString &chunk : payload.split(u'|')) {
-            const qsizetype size = chunk == u"!" ? 1024 : chunk.toInt() * 1024;
-            pbzx += bigEndian(0) + bigEndian(size) + QByteArray(chunk == u"!" ? 10 : size, 'x');
+            const int size = chunk == u"!" ? 1024 : chunk.toInt() * 1024;
+            stream << quint64(0) << quint64(size);
+            stream.writeRawData(QByteArray(size, 'x').constData(), chunk == u"!" ? 10 : size);
         }
         QTemporaryDir sandbox;
         QVERIFY(PlistFiles::writeFile(sandbox.filePath(u"Payload"_s), pbzx));
         const QString cpio = sandbox.filePath(u"Payload.cpio"_s);
         QCOMPARE(int(PbzxPayload::decode(sandbox.filePath(u"Payload"_s), cpio, 64 * 1024)), decoded);
-        // Only a whole archive is ever left to unpack.
         QCOMPARE(QFile::exists(cpio), decoded == int(PbzxPayload::Decoded::Done));
     }
 
