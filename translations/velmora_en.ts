@@ -331,16 +331,6 @@ shows them. The choice is kept in the stored scan; --undo takes it back.
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Usage: velmora-cli daemon [--login-item]
-
-Runs as the desktop program does without its windows: checks at start when the stored scan is
-older than four hours, then in the background every 3,400 seconds, keeps the login item in step
-with the setting startupItem, and prints notifications on stderr. SIGTERM or Ctrl-C ends it after
-the running step. --login-item marks a start by the login item, which never forces a scan.
-</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
         <source>no check has been made yet; run velmora-cli check</source>
         <translation type="unfinished"></translation>
     </message>
@@ -673,6 +663,84 @@ desktop program keeps it: apps that are not installed become records of their ow
     </message>
     <message>
         <source>this app is never updated from here</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>sent</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>not sent</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>No crash reports</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>crash reporting is turned off (QuincyActivated)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the crash report could not be sent</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the service refused the crash report (HTTP %1)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Crash report sent to %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>List, show, send or discard crash reports</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli crash-reports [list|show N|send N [--details TEXT]|discard N]
+
+When the desktop program or the daemon crashes, it leaves a crash report in the data folder
+(a few at most, the oldest go). Nothing is sent unless you say so here, or the setting
+QuincyAutomaticallySendCrashReports is YES; QuincyActivated NO turns crash reports off.
+
+  list                      the reports, newest first, numbered (the default)
+  show N                    report N exactly as it would be sent
+  send N [--details TEXT]   send report N to Velmora, with what you were doing
+  discard N                 delete report N
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>unexpected arguments %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>no crash report %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>cannot delete %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Usage: velmora-cli daemon [--login-item]
+
+Runs as the desktop program does without its windows: checks at start when the stored scan is
+older than four hours, then in the background every 3,400 seconds, keeps the login item in step
+with the setting startupItem, and prints notifications on stderr; in a desktop session with a
+notification server they are shown there too, and a click on one is acted on. SIGTERM or Ctrl-C
+ends it after the running step. --login-item marks a start by the login item, which never forces
+a scan.
+</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Crash report waiting</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Velmora Desktop crashed earlier; see velmora-cli crash-reports</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -1028,6 +1096,29 @@ desktop program keeps it: apps that are not installed become records of their ow
     </message>
 </context>
 <context>
+    <name>QObject</name>
+    <message>
+        <source>The crash report</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Exactly what is sent, besides what you write below</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>What were you doing when it happened? (optional)</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Send Report</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Don&apos;t Send</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>QuitAndRelaunchGate</name>
     <message>
         <source>Please quit the application before continuing installation.</source>
@@ -1186,6 +1277,17 @@ desktop program keeps it: apps that are not installed become records of their ow
     </message>
     <message>
         <source>An update of %1 is already running</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>VLCrashReporter</name>
+    <message>
+        <source>%1 quit unexpectedly</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 crashed the last time it ran. You can send the report below to %2 to help find the cause, and add what you were doing. Nothing is sent without your word.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
