@@ -69,7 +69,7 @@ private slots:
         QTest::newRow("before versions") << QList<QByteArray>{"DELETE FROM meta WHERE name = 'schema_version'",
                                                               "DROP INDEX downloads_app"}
                                          << 0 << QByteArray("(was 1)") << 1;
-        QTest::newRow("current") << QList<QByteArray>{} << 0 << QByteArray("(was 2)") << 0;
+        QTest::newRow("current") << QList<QByteArray>{} << 0 << QByteArray("(was 3)") << 0;
         QTest::newRow("newer") << QList<QByteArray>{"UPDATE meta SET value = '99' WHERE name = 'schema_version'"} << 1
                                << QByteArray() << 1;
     }
@@ -108,9 +108,9 @@ private slots:
         ServiceProcess service;
         QByteArray output;
         QCOMPARE(service.runCommand(args({"migrate"}), &output), 0);
-        QCOMPARE(output.trimmed(), QByteArray("schema version 2 (was 0)"));
+        QCOMPARE(output.trimmed(), QByteArray("schema version 3 (was 0)"));
         QCOMPARE(service.runCommand(args({"migrate"}), &output), 0);
-        QCOMPARE(output.trimmed(), QByteArray("schema version 2 (was 2)"));
+        QCOMPARE(output.trimmed(), QByteArray("schema version 3 (was 3)"));
     }
 
     // From the service's database to an SQLite file and on into a second service's database: every table keeps its

@@ -107,9 +107,9 @@ wrk.method = "POST"
 wrk.body = file:read("*a")
 wrk.headers["Content-Type"] = "application/x-www-form-urlencoded"
 LUA
-MATCH_BODY=$work/match.body wrk -t2 -c8 -d6s -s "$work/count.lua" "$url/vld603scan/automatch" >"$work/post.wrk" &
+MATCH_BODY=$work/match.body wrk -t2 -c8 -d6s --timeout 10s -s "$work/count.lua" "$url/vld603scan/automatch" >"$work/post.wrk" &
 load=$!
-wrk -t1 -c4 -d6s "$url/vld6blacklist" >"$work/get.wrk" &
+wrk -t1 -c4 -d6s --timeout 10s "$url/vld6blacklist" >"$work/get.wrk" &
 load_get=$!
 sleep 2
 kill -9 "${pids[2]}"
