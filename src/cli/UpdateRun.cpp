@@ -75,8 +75,8 @@ int UpdateRun::run(const AppList &apps, bool asUpdateAll)
         const UpdateJob *job = jobOf.value(app.get());
         // An app left out on purpose is no failure: the run succeeds when every update that ran did.
         if (VLUpdateAllQueue::leavesOut(*app) || outcome.skipped) {
-            const QString reason = outcome.skipped && job ? job->failMessage()
-                                                          : Cli::tr("this app is never updated from here");
+            const QString reason =
+                outcome.skipped && job ? job->failMessage() : Cli::tr("this app is never updated from here");
             m_ctx.err << "skipped: " << app->displayName << ": " << reason << '\n';
             continue;
         }
