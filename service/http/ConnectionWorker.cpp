@@ -23,7 +23,7 @@ void serve(RequestRouter &router, FrontConnection &connection, const ServerLimit
     RequestStream stream(connection, connection.head.forwarded(connection.body.size()), limits.writeTimeout);
     const bool last = connection.served + 1 >= limits.keepAliveMax || connection.clientClosed;
     bool clientCloses = false;
-    const bool written = router.answer(stream, last, clientCloses);
+    const bool written = router.answer(stream, last, clientCloses) && stream.flush();
     ++connection.served;
     connection.head = RequestHead();
     connection.chunked = ChunkedBody();

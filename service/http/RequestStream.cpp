@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 RequestStream::RequestStream(const FrontConnection &connection, std::string head,
                              std::chrono::milliseconds writeTimeout)
@@ -39,15 +40,37 @@ ssize_t RequestStream::read(char *ptr, size_t size)
 
 ssize_t RequestStream::write(const char *ptr, size_t size)
 {
+    if (!m_headSeen) {
+        m_headSeen = true;
+        m_heldHead.assign(ptr, size);
+        return ssize_t(size);
+    }
+    // A body small enough to copy goes out in the same send as the head; a large one follows it.
+    constexpr size_t joinedLimit = 64 * 1024;
+    if (!m_heldHead.empty() && size <= joinedLimit) {
+        m_heldHead.append(ptr, size);
+        return flush() ? ssize_t(size) : -1;
+    }
+    return flush() && sendAll(ptr, size) ? ssize_t(size) : -1;
+}
+
+bool RequestStream::flush()
+{
+    const std::string held = std::exchange(m_heldHead, std::string());
+    return sendAll(held.data(), held.size());
+}
+
+bool RequestStream::sendAll(const char *ptr, size_t size)
+{
     size_t written = 0;
     while (written < size) {
         const ssize_t sent = ::send(m_connection.fd, ptr + written, size - written, MSG_DONTWAIT | MSG_NOSIGNAL);
         if (sent > 0)
             written += size_t(sent);
         else if ((sent < 0 && errno != EAGAIN && errno != EINTR) || !waitWritable())
-            return -1;
+            return false;
     }
-    return ssize_t(written);
+    return true;
 }
 
 bool RequestStream::waitWritable() const

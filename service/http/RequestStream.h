@@ -1,7 +1,9 @@
 #pragma once
 
 // What the router reads and writes for one request: the request as the front read it (head and decoded body,
-// from memory), and the answer, written to the client's socket with a deadline for each part.
+// from memory), and the answer, written to the client's socket with a deadline for each part. The answer's head is
+// held back and sent with the first part of its body, so a process killed between the two never leaves a client
+// (or nginx, which then cannot send the request elsewhere) with a head and no body.
 
 #include "http/FrontConnection.h"
 
@@ -16,6 +18,8 @@ public:
     bool is_writable() const override;
     ssize_t read(char *ptr, size_t size) override;
     ssize_t write(const char *ptr, size_t size) override;
+    // Sends what is held back (the head of an answer without a body). False when the client cannot take it.
+    bool flush();
     void get_remote_ip_and_port(std::string &ip, int &port) const override;
     void get_local_ip_and_port(std::string &ip, int &port) const override;
     // None: the library would check it against select()'s limit, which this socket never meets.
@@ -23,9 +27,12 @@ public:
 
 private:
     bool waitWritable() const;
+    bool sendAll(const char *ptr, size_t size);
 
     const FrontConnection &m_connection;
     const std::string m_head;
     size_t m_read = 0;
+    std::string m_heldHead;
+    bool m_headSeen = false;
     int m_writeTimeoutMs;
 };
