@@ -32,6 +32,10 @@ private slots:
         QSemaphore ends; // one token lets one stand-in update end
         QList<const VLApp *> started;
         QMutex startedLock;
+        const auto startedSoFar = [&] {
+            const QMutexLocker lock(&startedLock);
+            return started;
+        };
         UpdateJobs jobs([&](const std::shared_ptr<VLApp> &app) {
             return new UpdateJob(app, [&, app](UpdateState &state) {
                 {
@@ -70,7 +74,7 @@ private slots:
         QVERIFY(QTest::qWaitFor([&] { return queue.numberOfUpdatesInProgress() == VLUpdateAllQueue::kMaxInProgress; }));
         if (ending == QLatin1String("cancel all")) {
             ends.release(1);
-            QVERIFY(QTest::qWaitFor([&] { return queue.numberOfUpdatesInProgress() == 3 && started.size() == 5; }));
+            QVERIFY(QTest::qWaitFor([&] { return queue.numberOfUpdatesInProgress() == 3 && startedSoFar().size() == 5; }));
             queue.cancelUpdateAll();
             QVERIFY(queue.updateAllApps().isEmpty() && !queue.isRecheckScheduled());
         } else {
@@ -88,13 +92,14 @@ private slots:
                 return job->isFinished() || job->status() == UpdateStatus::Queued;
             });
         }));
-        const qsizetype startedOfQueue = started.size() - 1; // the record's own update
+        const QList<const VLApp *> seen = startedSoFar();
+        const qsizetype startedOfQueue = seen.size() - 1; // the record's own update
         QCOMPARE(startedOfQueue, expectStarted);
         for (int i = 0; i < 10; ++i) {
             QVERIFY(isUpdateEnded(jobs.jobFor(apps.at(i).get())->status()));
         }
-        QCOMPARE(QSet<const VLApp *>(started.cbegin(), started.cend()).size(), started.size());
-        QVERIFY(!started.contains(apps.at(10).get()));
+        QCOMPARE(QSet<const VLApp *>(seen.cbegin(), seen.cend()).size(), seen.size());
+        QVERIFY(!seen.contains(apps.at(10).get()));
         QVERIFY(mostAtOnce <= VLUpdateAllQueue::kMaxInProgress);
         QVERIFY2(reruns < 60, qPrintable(QString::number(reruns))); // one look per start and per end, no busy loop
         QCOMPARE(queue.buttonState(), UpdateAllButton::Cancel);
