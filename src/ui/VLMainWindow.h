@@ -37,6 +37,8 @@ public:
     void reloadLists();
     void setDeals(const AppList &deals);
     void setSearchText(const QString &text);
+    // The cart for one deal, or the account's forms for someone not signed in.
+    void openCart(const AppRef &deal);
     AppListModel &listModel() const { return *m_model; }
 
 signals:
