@@ -19,6 +19,7 @@ class AccountDialog : public QDialog
 
 public:
     enum class Page { Login, Signup, Profile };
+    Q_ENUM(Page)
 
     explicit AccountDialog(VLMainWindowController &driver, QWidget *parent = nullptr);
 
