@@ -4,10 +4,10 @@
 #include "services/VLMemberAccount.h"
 
 #include <QFormLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QStackedWidget>
 #include <QVBoxLayout>
 
 namespace {
@@ -33,16 +33,17 @@ const ProfileField kProfileFields[] = {
 
 } // namespace
 
-AccountDialog::AccountDialog(VLMainWindowController &driver, QWidget *parent)
-    : QDialog(parent), m_driver(driver), m_pages(new QStackedWidget(this))
+AccountDialog::AccountDialog(VLMainWindowController &driver, QWidget *parent) : QDialog(parent), m_driver(driver)
 {
     setObjectName(QStringLiteral("accountDialog"));
     setWindowTitle(tr("Velmora Account"));
-    m_pages->addWidget(buildLoginPage());
-    m_pages->addWidget(buildSignupPage());
-    m_pages->addWidget(buildProfilePage());
+    setMinimumWidth(400);
+    // One page shows at a time; the hidden ones take no room, so the dialog fits the one shown.
+    m_pages = {buildLoginPage(), buildSignupPage(), buildProfilePage()};
     auto *layout = new QVBoxLayout(this);
-    layout->addWidget(m_pages);
+    for (QWidget *page : std::as_const(m_pages)) {
+        layout->addWidget(page);
+    }
 
     connect(&driver, &VLMainWindowController::loginEnded, this, &AccountDialog::takeLoginEnded);
     connect(&driver, &VLMainWindowController::signupEnded, this, &AccountDialog::takeSignupEnded);
@@ -60,7 +61,7 @@ AccountDialog::AccountDialog(VLMainWindowController &driver, QWidget *parent)
 
 QWidget *AccountDialog::buildLoginPage()
 {
-    auto *page = new QWidget(m_pages);
+    auto *page = new QWidget(this);
     auto *form = new QFormLayout(page);
     form->addRow(new QLabel(tr("Sign in to keep your watch list and purchases."), page));
     addField(page, "email", tr("E-mail"), tr("The e-mail address you signed up with"));
@@ -72,6 +73,7 @@ QWidget *AccountDialog::buildLoginPage()
                                     tr("Opens the page that resets your password in the browser"));
     QPushButton *signup =
         addButton(page, "showSignupButton", tr("Create an Account…"), tr("Shows the form that creates an account"));
+    addButtonRow(page, {forgot, signup}, login);
     connect(login, &QPushButton::clicked, this, &AccountDialog::submitLogin);
     connect(forgot, &QPushButton::clicked, this, [this] {
         m_errorfield->clear();
@@ -83,7 +85,7 @@ QWidget *AccountDialog::buildLoginPage()
 
 QWidget *AccountDialog::buildSignupPage()
 {
-    auto *page = new QWidget(m_pages);
+    auto *page = new QWidget(this);
     auto *form = new QFormLayout(page);
     form->addRow(new QLabel(tr("Create a free Velmora account."), page));
     addField(page, "signupEmail", tr("E-mail"), tr("Your e-mail address, which you sign in with"));
@@ -95,6 +97,7 @@ QWidget *AccountDialog::buildSignupPage()
     QPushButton *signup = addButton(page, "signupButton", tr("Sign Up"), tr("Creates the account and signs in"));
     QPushButton *back =
         addButton(page, "showLoginButton", tr("I Have an Account"), tr("Shows the sign-in form instead"));
+    addButtonRow(page, {back}, signup);
     connect(signup, &QPushButton::clicked, this, &AccountDialog::submitSignup);
     connect(back, &QPushButton::clicked, this, [this] { showPage(Page::Login); });
     return page;
@@ -102,7 +105,7 @@ QWidget *AccountDialog::buildSignupPage()
 
 QWidget *AccountDialog::buildProfilePage()
 {
-    auto *page = new QWidget(m_pages);
+    auto *page = new QWidget(this);
     auto *form = new QFormLayout(page);
     m_memberSince = new QLabel(page);
     m_memberSince->setObjectName(QStringLiteral("created_on"));
@@ -115,6 +118,7 @@ QWidget *AccountDialog::buildProfilePage()
     QPushButton *save = addButton(page, "saveProfileButton", tr("Save"), tr("Sends these details to the service"));
     QPushButton *logout =
         addButton(page, "logoutButton", tr("Sign Out"), tr("Signs out and forgets the stored password"));
+    addButtonRow(page, {logout}, save);
     connect(save, &QPushButton::clicked, this, &AccountDialog::submitProfile);
     connect(logout, &QPushButton::clicked, this, [this] { m_driver.logout(); });
     return page;
@@ -136,8 +140,18 @@ QPushButton *AccountDialog::addButton(QWidget *page, const char *name, const QSt
     button->setObjectName(QLatin1String(name));
     button->setAccessibleName(text);
     button->setAccessibleDescription(description);
-    static_cast<QFormLayout *>(page->layout())->addRow(button);
     return button;
+}
+
+void AccountDialog::addButtonRow(QWidget *page, const QList<QPushButton *> &others, QPushButton *primary)
+{
+    auto *row = new QHBoxLayout;
+    for (QPushButton *button : others) {
+        row->addWidget(button);
+    }
+    row->addStretch(1);
+    row->addWidget(primary);
+    static_cast<QFormLayout *>(page->layout())->addRow(row);
 }
 
 QLabel *AccountDialog::addStatusLine(QWidget *page, const char *name)
@@ -160,7 +174,12 @@ void AccountDialog::showPage(Page page)
     if (page == Page::Profile) {
         fillProfile(m_driver.memberAccount());
     }
-    m_pages->setCurrentIndex(static_cast<int>(page));
+    m_page = page;
+    for (qsizetype i = 0; i < m_pages.size(); ++i) {
+        m_pages.at(i)->setVisible(i == static_cast<int>(page));
+    }
+    layout()->activate();
+    resize(sizeHint());
     setBusy(false);
     const char *first[] = {"email", "signupEmail", "firstname"};
     field(first[static_cast<int>(page)])->setFocus();
@@ -168,12 +187,12 @@ void AccountDialog::showPage(Page page)
 
 AccountDialog::Page AccountDialog::currentPage() const
 {
-    return static_cast<Page>(m_pages->currentIndex());
+    return m_page;
 }
 
 void AccountDialog::setBusy(bool busy)
 {
-    m_pages->currentWidget()->setEnabled(!busy);
+    m_pages.at(static_cast<int>(m_page))->setEnabled(!busy);
 }
 
 void AccountDialog::submitLogin()

@@ -9,7 +9,6 @@
 class QLabel;
 class QLineEdit;
 class QPushButton;
-class QStackedWidget;
 class VLMainWindowController;
 class VLMemberAccount;
 
@@ -32,6 +31,8 @@ private:
     QWidget *buildProfilePage();
     QLineEdit *addField(QWidget *page, const char *name, const QString &label, const QString &description);
     QPushButton *addButton(QWidget *page, const char *name, const QString &text, const QString &description);
+    // The page's buttons in one row, the primary one at the right.
+    void addButtonRow(QWidget *page, const QList<QPushButton *> &others, QPushButton *primary);
     QLabel *addStatusLine(QWidget *page, const char *name);
     QLineEdit *field(const char *name) const;
     void setBusy(bool busy);
@@ -43,7 +44,8 @@ private:
     void fillProfile(const VLMemberAccount &account);
 
     VLMainWindowController &m_driver;
-    QStackedWidget *m_pages;
+    QList<QWidget *> m_pages; // by Page
+    Page m_page = Page::Login;
     QLabel *m_errorfield = nullptr;
     QLabel *m_createErrorfield = nullptr;
     QLabel *m_profileStatus = nullptr;

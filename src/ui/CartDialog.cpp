@@ -5,6 +5,7 @@
 #include "services/VLMemberAccount.h"
 
 #include <QFormLayout>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
@@ -39,6 +40,10 @@ CartDialog::CartDialog(VLMainWindowController &driver, const AppRef &deal, QWidg
                                                         : tr("%1 for %2").arg(deal->displayName, deal->deal_price),
                              this);
     title->setObjectName(QStringLiteral("dealTitle"));
+    QFont bold = title->font();
+    bold.setBold(true);
+    title->setFont(bold);
+    setMinimumWidth(360);
     form->addRow(title);
     const VLMemberAccount &member = driver.memberAccount();
     for (const AddressField &field : kAddressFields) {
@@ -57,7 +62,10 @@ CartDialog::CartDialog(VLMainWindowController &driver, const AppRef &deal, QWidg
     m_buy->setAccessibleName(m_buy->text());
     m_buy->setAccessibleDescription(tr("Orders this deal for your account"));
     m_buy->setDefault(true);
-    form->addRow(m_buy);
+    auto *buttons = new QHBoxLayout;
+    buttons->addStretch(1);
+    buttons->addWidget(m_buy);
+    form->addRow(buttons);
 
     connect(m_buy, &QPushButton::clicked, this, &CartDialog::buyNow);
     connect(&driver, &VLMainWindowController::dealOrdered, this, &CartDialog::takeOrdered);

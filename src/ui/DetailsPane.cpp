@@ -132,6 +132,9 @@ void DetailsPane::showApp(const AppRef &app, bool memberSignedIn, bool updating)
     if (!app->vlVersion.isEmpty() && app->vlVersion != QLatin1String("-")) {
         versions << tr("Newest: %1 (%2)").arg(app->vlVersion, app->vlDate);
     }
+    if (!app->deal_price.isEmpty()) {
+        versions << tr("Deal price: %1").arg(app->deal_price);
+    }
     if (!app->developer.isEmpty() && app->developer != QLatin1String("-")) {
         versions << app->developer;
     }
