@@ -11,6 +11,7 @@
 #include "services/VLMemberAccount.h"
 #include "ui/AccountDialog.h"
 #include "ui/AppListModel.h"
+#include "ui/CartDialog.h"
 #include "ui/PanelAppRow.h"
 #include "ui/PreferencesDialog.h"
 #include "ui/VLMainWindow.h"
@@ -54,7 +55,8 @@ private slots:
                    {QStringLiteral("-a"), QStringLiteral(VELMORA_BINARY_DIR "/service/installed/Applications"),
                     volume + QStringLiteral("/")});
         QVERIFY(copy.waitForFinished() && copy.exitCode() == 0);
-        QVERIFY(pointHostsAt(m_service.baseUrl()));
+        QVERIFY(pointHostsAt(m_service.baseUrl(), {SettingKey::serviceHost, SettingKey::siteHost,
+                                                   SettingKey::analyticsHost, SettingKey::dealsHost}));
         VLSettings settings;
         settings.setValue(QLatin1String(SettingKey::sendAnalytics), false);
         settings.setValue(QLatin1String(SettingKey::startupItem), false);
@@ -216,6 +218,21 @@ private slots:
         QVERIFY(!navigation->item(static_cast<int>(AppView::WatchList))->isHidden());
         QVERIFY(!navigation->item(static_cast<int>(AppView::Purchases))->isHidden());
         QTRY_VERIFY_WITH_TIMEOUT(!checked.isEmpty(), 60000);
+    }
+
+    void dealOrderedFromTheCart()
+    {
+        QSignalSpy promos(&m_desktop->driver(), &VLMainWindowController::promosLoaded);
+        m_desktop->driver().loadPromos();
+        QVERIFY(promos.wait(30000));
+        const AppList deals = m_desktop->window().deals();
+        QVERIFY(!deals.isEmpty());
+        CartDialog cart(m_desktop->driver(), deals.first());
+        cart.findChild<QPushButton *>(QStringLiteral("buyNowButton"))->click();
+        QTRY_COMPARE_WITH_TIMEOUT(
+            cart.findChild<QLabel *>(QStringLiteral("cartStatus"))->text(),
+            QStringLiteral("Ordered. The purchase shows under Purchases once the service has it."), 30000);
+        QVERIFY(m_service.waitForLog("POST /cart/vld6 200"));
     }
 };
 
