@@ -51,8 +51,11 @@ AccountDialog::AccountDialog(VLMainWindowController &driver, QWidget *parent) : 
         setBusy(false);
         m_profileStatus->setText(message);
     });
+    // Whatever signed the member in or out (a form, the stored log-in at start, Sign Out) turns the page.
     connect(&driver, &VLMainWindowController::memberChanged, this, [this](bool signedIn) {
-        if (!signedIn && currentPage() == Page::Profile) {
+        if (signedIn && currentPage() != Page::Profile) {
+            showPage(Page::Profile);
+        } else if (!signedIn && currentPage() == Page::Profile) {
             showPage(Page::Login);
         }
     });
