@@ -2,6 +2,157 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en" sourcelanguage="en">
 <context>
+    <name>AccountDialog</name>
+    <message>
+        <source>First name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Last name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>E-mail</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Address</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>City</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>State</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Postal code</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Country</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Velmora Account</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sign in to keep your watch list and purchases.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The e-mail address you signed up with</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Password</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Your member password</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sign In</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Signs in with this e-mail and password</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Forgot Password?</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Opens the page that resets your password in the browser</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Create an Account…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Shows the form that creates an account</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Create a free Velmora account.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Your e-mail address, which you sign in with</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The password you will sign in with</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Your first name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Your last name</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sign Up</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Creates the account and signs in</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>I Have an Account</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Shows the sign-in form instead</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Your %1 as the service keeps it</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Save</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sends these details to the service</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sign Out</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Signs out and forgets the stored password</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Status</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The service did not answer; try again later.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Signed in as %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Signed in as %1, a member since %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>AppListModel</name>
     <message>
         <source>Installing</source>
@@ -25,6 +176,65 @@
     </message>
     <message>
         <source>Released</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>CartDialog</name>
+    <message>
+        <source>Address</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>City</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>State</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Postal code</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Country</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Buy Now</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Buy %1</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>%1 for %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Where the order is sent</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Status</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Orders this deal for your account</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Sending the order…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Ordered. The purchase shows under Purchases once the service has it.</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>The deals host did not take the order; try again later.</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -841,6 +1051,22 @@ a scan.
         <source>Update</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Buy Now…</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Buy Now</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Opens the cart for this deal</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Deal price: %1</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>PanelAppRow</name>
@@ -1436,6 +1662,13 @@ a scan.
     </message>
     <message>
         <source>Account information saved</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>VLMemberSession</name>
+    <message>
+        <source>The service did not save the profile</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

@@ -14,6 +14,7 @@
 #include "services/VLGoogleTracking.h"
 #include "services/VLMemberAccount.h"
 #include "services/VLReportProblemSender.h"
+#include "ui/AccountDialog.h"
 #include "ui/AppActions.h"
 #include "ui/CrashReportDialog.h"
 #include "ui/GuiFeedback.h"
@@ -142,6 +143,10 @@ VLMainWindow &DesktopApp::window()
     if (!m_window) {
         m_window = std::make_unique<VLMainWindow>(*m_driver, *m_updates, *m_actions);
         connect(m_window.get(), &VLMainWindow::preferencesRequested, this, [this] { preferences().show(); });
+        connect(m_window.get(), &VLMainWindow::accountRequested, this, [this] {
+            account().show();
+            account().raise();
+        });
         connect(m_window.get(), &VLMainWindow::reportRequested, this, &DesktopApp::reportProblem);
         connect(m_window.get(), &VLMainWindow::closeRequested, this,
                 [this](bool shiftHeld) { requestQuit(true, shiftHeld); });
@@ -156,6 +161,15 @@ PreferencesDialog &DesktopApp::preferences()
         m_preferences->setAttribute(Qt::WA_DeleteOnClose);
     }
     return *m_preferences;
+}
+
+AccountDialog &DesktopApp::account()
+{
+    if (!m_account) {
+        m_account = new AccountDialog(*m_driver, m_window.get());
+        m_account->setAttribute(Qt::WA_DeleteOnClose);
+    }
+    return *m_account;
 }
 
 bool DesktopApp::statusItemShown() const

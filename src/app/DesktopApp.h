@@ -13,6 +13,7 @@
 
 #include <memory>
 
+class AccountDialog;
 class AppActions;
 class CrashReportDialog;
 class GuiFeedback;
@@ -45,6 +46,7 @@ public:
     VLMenubarController &menubar() { return *m_menubar; }
     VLMainWindow &window();
     PreferencesDialog &preferences();
+    AccountDialog &account();
     bool statusItemShown() const;
 
     void showWindow();
@@ -73,6 +75,7 @@ private:
     std::unique_ptr<QMenu> m_trayMenu;
     std::unique_ptr<VLMainWindow> m_window;
     QPointer<PreferencesDialog> m_preferences;
+    QPointer<AccountDialog> m_account;
     QTimer m_expiryTimer;
     QStringList m_pendingLinks;
     bool m_sessionEnding = false;

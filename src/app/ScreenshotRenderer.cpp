@@ -2,6 +2,9 @@
 
 #include "app/DesktopApp.h"
 #include "scan/VLMainWindowController.h"
+#include "services/VLMemberAccount.h"
+#include "ui/AccountDialog.h"
+#include "ui/CartDialog.h"
 #include "ui/PreferencesDialog.h"
 #include "ui/VLMainWindow.h"
 #include "ui/VLPanelController.h"
@@ -36,6 +39,30 @@ bool save(QWidget &widget, const QString &folder, const QString &name)
     return saved;
 }
 
+// The account's forms, and for a signed-in member the profile and the cart of the first deal.
+bool saveAccountForms(DesktopApp &desktop, const QString &folder)
+{
+    AccountDialog &account = desktop.account();
+    bool saved = true;
+    const std::pair<AccountDialog::Page, const char *> pages[] = {{AccountDialog::Page::Login, "account-login"},
+                                                                  {AccountDialog::Page::Signup, "account-signup"},
+                                                                  {AccountDialog::Page::Profile, "account-profile"}};
+    const bool member = desktop.driver().memberAccount().isLoggedIn;
+    for (const auto &[page, name] : pages) {
+        if (page != AccountDialog::Page::Profile || member) {
+            account.showPage(page);
+            saved = save(account, folder, QLatin1String(name)) && saved;
+        }
+    }
+    account.hide();
+    const AppList deals = desktop.window().deals();
+    if (member && !deals.isEmpty()) {
+        CartDialog cart(desktop.driver(), deals.first(), &desktop.window());
+        saved = save(cart, folder, QStringLiteral("deals-cart")) && saved;
+    }
+    return saved;
+}
+
 } // namespace
 
 namespace ScreenshotRenderer {
@@ -58,6 +85,12 @@ bool renderAll(const QString &folder)
     QTimer::singleShot(kLoadTimeoutMs, &promos, &QEventLoop::quit);
     driver.loadPromos();
     promos.exec();
+    // The profile and the cart are drawn for the member the keychain holds, if any.
+    QEventLoop member;
+    QObject::connect(&driver, &VLMainWindowController::memberChanged, &member, &QEventLoop::quit);
+    QTimer::singleShot(kLoadTimeoutMs, &member, &QEventLoop::quit);
+    driver.checkMemberAndTryLogin();
+    member.exec();
 
     bool saved = true;
     VLPanelController &panel = desktop.panel();
@@ -85,7 +118,7 @@ bool renderAll(const QString &folder)
     saved = save(window, folder, QStringLiteral("window-search")) && saved;
     window.setSearchText(QString());
     saved = save(desktop.preferences(), folder, QStringLiteral("preferences")) && saved;
-    return saved;
+    return saveAccountForms(desktop, folder) && saved;
 }
 
 } // namespace ScreenshotRenderer

@@ -5,9 +5,6 @@
 #include "services/VLCartSender.h"
 #include "services/VLMemberAccount.h"
 
-#include <QJsonDocument>
-#include <QJsonObject>
-
 QString CartCommand::description() const
 {
     return Cli::tr("Buy a deal");
@@ -34,16 +31,8 @@ int CartCommand::execute(const QStringList &arguments, CommandContext &ctx)
     if (!MemberSession::require(account, ctx)) {
         return ExitFailure;
     }
-    const QJsonObject order = {{QStringLiteral("address"), account.address},
-                               {QStringLiteral("city"), account.city},
-                               {QStringLiteral("state"), account.state},
-                               {QStringLiteral("zip"), account.zip},
-                               {QStringLiteral("country"), account.country},
-                               {QStringLiteral("member_id"), account.memberID},
-                               {QStringLiteral("promo_id"), deal}};
     VLCartSender cart;
-    // The form takes the JSON as it stands, not URL-encoded.
-    cart.post(QStringLiteral("a=") + QString::fromUtf8(QJsonDocument(order).toJson(QJsonDocument::Compact)));
+    cart.post(VLCartSender::orderBody(account, deal));
     cart.waitUntilDone();
     if (cart.serverResonse < 200 || cart.serverResonse >= 300) {
         ctx.err << "error: " << Cli::tr("the deals host did not take the order") << '\n';

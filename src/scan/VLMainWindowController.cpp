@@ -40,6 +40,16 @@ VLMainWindowController::VLMainWindowController(QObject *parent)
     connect(m_memberSession, &VLMemberSession::watchListsLoaded, this, &VLMainWindowController::watchListsLoaded);
     connect(m_memberSession, &VLMemberSession::purchasesLoaded, this, &VLMainWindowController::purchasesLoaded);
     connect(m_memberSession, &VLMemberSession::promosLoaded, this, &VLMainWindowController::promosLoaded);
+    connect(m_memberSession, &VLMemberSession::loginEnded, this, [this](const VLMemberAccount &account) {
+        takeFormSignIn(account);
+        emit loginEnded(account);
+    });
+    connect(m_memberSession, &VLMemberSession::signupEnded, this, [this](const VLMemberAccount &account) {
+        takeFormSignIn(account);
+        emit signupEnded(account);
+    });
+    connect(m_memberSession, &VLMemberSession::profileSaveEnded, this, &VLMainWindowController::profileSaveEnded);
+    connect(m_memberSession, &VLMemberSession::dealOrdered, this, &VLMainWindowController::dealOrdered);
 
     auto &center = VLNotificationCenter::defaultCenter();
     center.subscribe(QString::fromLatin1(kVLAppScannerFinished), this,
@@ -266,6 +276,35 @@ void VLMainWindowController::onMember(std::function<void(VLMemberSession &)> cal
 void VLMainWindowController::checkMemberAndTryLogin()
 {
     onMember(&VLMemberSession::checkMemberAndTryLogin);
+}
+
+void VLMainWindowController::login(const QString &email, const QString &password)
+{
+    onMember([email, password](VLMemberSession &session) { session.login(email, password); });
+}
+
+void VLMainWindowController::createAccount(const QString &email, const QString &password, const QString &firstName,
+                                           const QString &lastName)
+{
+    onMember([=](VLMemberSession &session) { session.createAccount(email, password, firstName, lastName); });
+}
+
+void VLMainWindowController::saveAccountInfo(const VLMemberAccount &form)
+{
+    onMember([form](VLMemberSession &session) { session.saveAccountInfo(form); });
+}
+
+void VLMainWindowController::buyDeal(qint64 promoID, const VLMemberAccount &form)
+{
+    onMember([promoID, form](VLMemberSession &session) { session.buyDeal(promoID, form); });
+}
+
+void VLMainWindowController::takeFormSignIn(const VLMemberAccount &account)
+{
+    // The member's purchases and watch list come with a match made as the member.
+    if (account.isLoggedIn) {
+        whenDoneScanning([this] { startCheck(false, false); });
+    }
 }
 
 void VLMainWindowController::logout()

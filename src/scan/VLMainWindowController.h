@@ -70,6 +70,15 @@ public:
     const VLMemberAccount &memberAccount() const { return m_member; }
     // At start: the stored log-in (keychain, else the "login" cookie), then memberChanged.
     void checkMemberAndTryLogin();
+    // The forms: each ends with its signal below. A log-in or sign-up that succeeds is followed by a fresh check,
+    // matched as the member, once no check runs.
+    void login(const QString &email, const QString &password);
+    void createAccount(const QString &email, const QString &password, const QString &firstName,
+                       const QString &lastName);
+    // form carries the profile's name, e-mail and address fields.
+    void saveAccountInfo(const VLMemberAccount &form);
+    // form carries the purchase form's postal address.
+    void buyDeal(qint64 promoID, const VLMemberAccount &form);
     void logout();
     // Each is queued on the member thread and ends with its signal. The watch list waits for a running check.
     void loadWatchLists();
@@ -91,6 +100,11 @@ signals:
     // A check ended; matched is false when the exchange with the service failed or nothing was found.
     void checkFinished(bool matched);
     void memberChanged(bool isLoggedIn);
+    // The forms' answers; account is the member as memberAccount() gives it, with the form's status line.
+    void loginEnded(const VLMemberAccount &account);
+    void signupEnded(const VLMemberAccount &account);
+    void profileSaveEnded(const QString &message, bool critical);
+    void dealOrdered(qint64 promoID, bool taken);
     void watchListsLoaded();
     void purchasesLoaded(const AppList &purchasedApps);
     void promosLoaded(const AppList &featuredPromoApps, const AppList &promoApps);
@@ -109,6 +123,7 @@ private:
     void notifyAfterForegroundCheck();
     void checkForNewUpdatesSinceLastScanAndNotify();
     void onMember(std::function<void(VLMemberSession &)> call);
+    void takeFormSignIn(const VLMemberAccount &account);
 
     std::unique_ptr<VLScanData> m_scanData;
     CheckWorker *m_checkWorker;

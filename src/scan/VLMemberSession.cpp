@@ -6,6 +6,8 @@
 #include "scan/VLMemberLists.h"
 #include "scan/VLScanData.h"
 #include "services/BadPlistReports.h"
+#include "services/VLCartSender.h"
+#include "services/VLMemberProfileSaver.h"
 #include "services/VLPromos.h"
 #include "services/VLPurchases.h"
 #include "services/VLWatchLists.h"
@@ -15,6 +17,21 @@ namespace {
 void post(const char *name)
 {
     VLNotificationCenter::defaultCenter().post(QString::fromLatin1(name));
+}
+
+// Runs then with the exchange's reply status once it has ended, at once when it has ended already.
+void whenAnswered(VLServiceConnection *exchange, QObject *context, const std::function<void(int status)> &then)
+{
+    if (exchange->isDone()) {
+        return then(exchange->serverResonse);
+    }
+    QObject::connect(exchange, &VLServiceConnection::done, context,
+                     [exchange, then] { then(exchange->serverResonse); });
+}
+
+bool isSuccess(int status)
+{
+    return status >= 200 && status < 300;
 }
 
 // Runs then with the list once its exchange has ended, success or not, and deletes it.
@@ -56,12 +73,17 @@ void VLMemberSession::runNext()
     });
 }
 
-void VLMemberSession::announceMember()
+VLMemberAccount VLMemberSession::memberCopy() const
 {
     VLMemberAccount copy = m_account;
     copy.password.clear();
     copy.signupPassword.clear();
-    emit memberChanged(copy);
+    return copy;
+}
+
+void VLMemberSession::announceMember()
+{
+    emit memberChanged(memberCopy());
 }
 
 void VLMemberSession::checkMemberAndTryLogin()
@@ -84,6 +106,88 @@ void VLMemberSession::checkMemberAndTryLogin()
             loadPurchaseHistory();
         }
         done();
+    });
+}
+
+void VLMemberSession::login(const QString &email, const QString &password)
+{
+    enqueue([this, email, password](const std::function<void()> &done) {
+        m_account.email = email;
+        m_account.password = password;
+        m_account.login();
+        if (m_account.isLoggedIn) {
+            vlLog(QStringLiteral("member logged in %1").arg(m_account.memberID));
+            vlLog(QStringLiteral("member name %1").arg(m_account.fullname));
+        }
+        announceMember();
+        emit loginEnded(memberCopy());
+        done();
+    });
+}
+
+void VLMemberSession::createAccount(const QString &email, const QString &password, const QString &firstName,
+                                    const QString &lastName)
+{
+    enqueue([this, email, password, firstName, lastName](const std::function<void()> &done) {
+        m_account.signupEmail = email;
+        m_account.signupPassword = password;
+        m_account.signupFirstName = firstName;
+        m_account.signupLastName = lastName;
+        m_account.createAccount();
+        m_account.signupPassword.clear();
+        announceMember();
+        emit signupEnded(memberCopy());
+        done();
+    });
+}
+
+void VLMemberSession::saveAccountInfo(const VLMemberAccount &form)
+{
+    enqueue([this, form](const std::function<void()> &done) {
+        for (QString VLMemberAccount::*field :
+             {&VLMemberAccount::firstname, &VLMemberAccount::lastname, &VLMemberAccount::email_string,
+              &VLMemberAccount::address, &VLMemberAccount::city, &VLMemberAccount::state, &VLMemberAccount::zip,
+              &VLMemberAccount::country}) {
+            m_account.*field = form.*field;
+        }
+        m_account.fullname = QStringLiteral("%1 %2").arg(m_account.firstname, m_account.lastname);
+        QString alert;
+        const auto alertBefore =
+            std::exchange(m_account.showAlert, [&alert](const QString &message, bool) { alert = message; });
+        VLMemberProfileSaver *saver = m_account.saveAccountInfo();
+        m_account.showAlert = alertBefore;
+        if (!saver) {
+            emit profileSaveEnded(alert, true);
+            return done();
+        }
+        announceMember();
+        whenAnswered(saver, this, [this, alert, done](int status) {
+            if (isSuccess(status)) {
+                emit profileSaveEnded(alert, false);
+            } else {
+                emit profileSaveEnded(tr("The service did not save the profile"), true);
+            }
+            done();
+        });
+    });
+}
+
+void VLMemberSession::buyDeal(qint64 promoID, const VLMemberAccount &form)
+{
+    enqueue([this, promoID, form](const std::function<void()> &done) {
+        if (!m_account.isLoggedIn) {
+            emit dealOrdered(promoID, false);
+            return done();
+        }
+        VLMemberAccount order = form;
+        order.memberID = m_account.memberID;
+        auto *cart = new VLCartSender(this);
+        cart->releaseWhenDone();
+        cart->post(VLCartSender::orderBody(order, promoID));
+        whenAnswered(cart, this, [this, promoID, done](int status) {
+            emit dealOrdered(promoID, isSuccess(status));
+            done();
+        });
     });
 }
 

@@ -27,6 +27,14 @@ public:
 
     // Each is queued behind the requests before it; call them on the session's thread (WorkerThread::post).
     void checkMemberAndTryLogin();
+    // The log-in and sign-up forms' exchanges; each ends with its signal, and memberChanged when it signed in.
+    void login(const QString &email, const QString &password);
+    void createAccount(const QString &email, const QString &password, const QString &firstName,
+                       const QString &lastName);
+    // The profile form: form's name, e-mail and address fields replace the member's, then are checked and posted.
+    void saveAccountInfo(const VLMemberAccount &form);
+    // Orders one deal for the member, with the purchase form's postal address.
+    void buyDeal(qint64 promoID, const VLMemberAccount &form);
     void logout();
     void loadWatchLists();
     // The purchases the store holds, sorted; loadPurchases asks the service first.
@@ -37,6 +45,13 @@ public:
 signals:
     // The member signed in or out; account is a copy, its passwords empty.
     void memberChanged(const VLMemberAccount &account);
+    // A form's exchange ended; account is a copy as above, with its status line (errorfield, createErrorfield).
+    void loginEnded(const VLMemberAccount &account);
+    void signupEnded(const VLMemberAccount &account);
+    // The profile was posted (critical false), or a check refused it; message is the alert's text.
+    void profileSaveEnded(const QString &message, bool critical);
+    // The deals host took the order, or not.
+    void dealOrdered(qint64 promoID, bool taken);
     // The store's records changed.
     void listChanged();
     void watchListsLoaded();
@@ -50,6 +65,7 @@ private:
     void enqueue(Request request);
     void runNext();
     void announceMember();
+    VLMemberAccount memberCopy() const;
     void sendBadPlists(const QStringList &paths);
 
     VLScanData &m_store;
@@ -57,5 +73,3 @@ private:
     QList<Request> m_queue;
     bool m_busy = false;
 };
-
-Q_DECLARE_METATYPE(VLMemberAccount)

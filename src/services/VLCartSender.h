@@ -5,6 +5,8 @@
 
 #include "services/VLFormSender.h"
 
+class VLMemberAccount;
+
 class VLCartSender : public VLFormSender
 {
     Q_OBJECT
@@ -12,4 +14,7 @@ class VLCartSender : public VLFormSender
 public:
     explicit VLCartSender(QObject *parent = nullptr);
     void post(const QString &body);
+
+    // The order of one deal: the form's postal address, its member id, and the deal.
+    static QString orderBody(const VLMemberAccount &form, qint64 promoID);
 };

@@ -88,3 +88,6 @@ private:
     void rememberMember() const;
     QString campaignCookie() const;
 };
+
+// Member copies travel between the member session's thread and the UI's.
+Q_DECLARE_METATYPE(VLMemberAccount)

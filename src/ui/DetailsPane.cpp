@@ -13,7 +13,7 @@
 DetailsPane::DetailsPane(QWidget *parent)
     : QWidget(parent), m_icon(new QLabel(this)), m_name(new QLabel(this)), m_versions(new QLabel(this)),
       m_notes(new QTextBrowser(this)), m_update(new QPushButton(this)), m_report(new QPushButton(this)),
-      m_share(new QPushButton(this)), m_choices(new QWidget(this))
+      m_share(new QPushButton(this)), m_buy(new QPushButton(tr("Buy Now…"), this)), m_choices(new QWidget(this))
 {
     setObjectName(QStringLiteral("detailsPane"));
     QFont big = m_name->font();
@@ -40,6 +40,9 @@ DetailsPane::DetailsPane(QWidget *parent)
     m_report->setText(tr("Report a problem…"));
     m_share->setText(tr("Share…"));
     m_share->setObjectName(QStringLiteral("shareButton"));
+    m_buy->setObjectName(QStringLiteral("buyDealButton"));
+    m_buy->setAccessibleName(tr("Buy Now"));
+    m_buy->setAccessibleDescription(tr("Opens the cart for this deal"));
     auto *links = new QHBoxLayout;
     links->addWidget(m_report);
     links->addWidget(m_share);
@@ -54,6 +57,7 @@ DetailsPane::DetailsPane(QWidget *parent)
     auto *layout = new QVBoxLayout(this);
     layout->addLayout(heading);
     layout->addWidget(m_update);
+    layout->addWidget(m_buy);
     layout->addWidget(m_notes, 1);
     layout->addWidget(m_choices);
     layout->addLayout(links);
@@ -89,6 +93,11 @@ DetailsPane::DetailsPane(QWidget *parent)
             emit shareRequested(m_app);
         }
     });
+    connect(m_buy, &QPushButton::clicked, this, [this] {
+        if (m_app) {
+            emit buyRequested(m_app);
+        }
+    });
     showApp(nullptr, false, false);
 }
 
@@ -108,6 +117,7 @@ void DetailsPane::showApp(const AppRef &app, bool memberSignedIn, bool updating)
     for (QWidget *part : std::initializer_list<QWidget *>{m_icon, m_update, m_notes, m_choices, m_report, m_share}) {
         part->setVisible(shown);
     }
+    m_buy->setVisible(shown && !app->deal_id.isEmpty());
     if (!shown) {
         m_name->setText(tr("No app selected"));
         m_versions->clear();
@@ -121,6 +131,9 @@ void DetailsPane::showApp(const AppRef &app, bool memberSignedIn, bool updating)
     }
     if (!app->vlVersion.isEmpty() && app->vlVersion != QLatin1String("-")) {
         versions << tr("Newest: %1 (%2)").arg(app->vlVersion, app->vlDate);
+    }
+    if (!app->deal_price.isEmpty()) {
+        versions << tr("Deal price: %1").arg(app->deal_price);
     }
     if (!app->developer.isEmpty() && app->developer != QLatin1String("-")) {
         versions << app->developer;

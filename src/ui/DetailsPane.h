@@ -1,7 +1,7 @@
 #pragma once
 
 // The window's right side: one app's icon, name, versions and release notes, and its choices: update, ignore, set
-// to current, don't check, the watch list, report a problem and share.
+// to current, don't check, the watch list, report a problem and share; for a deal, buying it.
 
 #include "scan/AppList.h"
 
@@ -31,6 +31,7 @@ signals:
     void watchListToggled(const AppRef &app, bool onList);
     void reportRequested(const AppRef &app);
     void shareRequested(const AppRef &app);
+    void buyRequested(const AppRef &app);
 
 private:
     QCheckBox *addChoice(const QString &title, const QString &description);
@@ -47,5 +48,6 @@ private:
     QCheckBox *m_watchList;
     QPushButton *m_report;
     QPushButton *m_share;
+    QPushButton *m_buy;
     QWidget *m_choices;
 };

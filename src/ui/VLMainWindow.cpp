@@ -7,6 +7,7 @@
 #include "ui/AppActions.h"
 #include "ui/AppListModel.h"
 #include "ui/AppRowDelegate.h"
+#include "ui/CartDialog.h"
 #include "ui/DetailsPane.h"
 #include "ui/UpdateController.h"
 
@@ -100,7 +101,14 @@ VLMainWindow::VLMainWindow(VLMainWindowController &driver, UpdateController &upd
         m_progress->setVisible(false);
     });
     connect(&driver, &VLMainWindowController::listChanged, this, &VLMainWindow::reloadLists);
-    connect(&driver, &VLMainWindowController::memberChanged, this, &VLMainWindow::reloadLists);
+    connect(&driver, &VLMainWindowController::memberChanged, this, [this](bool signedIn) {
+        // A member's views leave with the member: the installed apps are shown instead.
+        if (!signedIn && (m_view == AppView::WatchList || m_view == AppView::Purchases)) {
+            showView(AppView::Installed);
+        } else {
+            reloadLists();
+        }
+    });
 
     connect(&updates, &UpdateController::progressChanged, this,
             [this](const AppRef &app, double fraction) { m_model->setProgress(app.get(), fraction); });
@@ -123,6 +131,7 @@ VLMainWindow::VLMainWindow(VLMainWindowController &driver, UpdateController &upd
     connect(m_details, &DetailsPane::watchListToggled, &actions, &AppActions::setOnWatchList);
     connect(m_details, &DetailsPane::reportRequested, this, &VLMainWindow::reportRequested);
     connect(m_details, &DetailsPane::shareRequested, &actions, &AppActions::shareApp);
+    connect(m_details, &DetailsPane::buyRequested, this, &VLMainWindow::openCart);
 
     auto *find = new QShortcut(QKeySequence::Find, this);
     connect(find, &QShortcut::activated, m_search, [this] { m_search->setFocus(Qt::ShortcutFocusReason); });
@@ -239,6 +248,18 @@ void VLMainWindow::setDeals(const AppList &deals)
     if (m_view == AppView::Deals) {
         reloadLists();
     }
+}
+
+void VLMainWindow::openCart(const AppRef &deal)
+{
+    // A deal is ordered for a member: the account's forms come first.
+    if (!m_driver.memberAccount().isLoggedIn) {
+        emit accountRequested();
+        return;
+    }
+    auto *cart = new CartDialog(m_driver, deal, this);
+    cart->setAttribute(Qt::WA_DeleteOnClose);
+    cart->open();
 }
 
 void VLMainWindow::setSearchText(const QString &text)

@@ -36,7 +36,10 @@ public:
     // The records or a display setting changed: list again, keeping the selection.
     void reloadLists();
     void setDeals(const AppList &deals);
+    const AppList &deals() const { return m_deals; }
     void setSearchText(const QString &text);
+    // The cart for one deal, or the account's forms for someone not signed in.
+    void openCart(const AppRef &deal);
     AppListModel &listModel() const { return *m_model; }
 
 signals:

@@ -1,6 +1,6 @@
 // The desktop program's views against the real service: the sample apps' old versions on a volume of the test's
 // own, a real check, an update run from a panel row to its done mark, the window's views and search over the
-// scanned store, and the preferences writing their settings.
+// scanned store, the preferences writing their settings, and the account's forms with their failure texts.
 
 #include "GuiTestMain.h"
 #include "support/HostSettings.h"
@@ -8,7 +8,10 @@
 
 #include "app/DesktopApp.h"
 #include "scan/VLMainWindowController.h"
+#include "services/VLMemberAccount.h"
+#include "ui/AccountDialog.h"
 #include "ui/AppListModel.h"
+#include "ui/CartDialog.h"
 #include "ui/PanelAppRow.h"
 #include "ui/PreferencesDialog.h"
 #include "ui/VLMainWindow.h"
@@ -18,6 +21,8 @@
 #include <QCheckBox>
 #include <QDir>
 #include <QLabel>
+#include <QLineEdit>
+#include <QListWidget>
 #include <QProcess>
 #include <QPushButton>
 #include <QSignalSpy>
@@ -50,7 +55,8 @@ private slots:
                    {QStringLiteral("-a"), QStringLiteral(VELMORA_BINARY_DIR "/service/installed/Applications"),
                     volume + QStringLiteral("/")});
         QVERIFY(copy.waitForFinished() && copy.exitCode() == 0);
-        QVERIFY(pointHostsAt(m_service.baseUrl()));
+        QVERIFY(pointHostsAt(m_service.baseUrl(), {SettingKey::serviceHost, SettingKey::siteHost,
+                                                   SettingKey::analyticsHost, SettingKey::dealsHost}));
         VLSettings settings;
         settings.setValue(QLatin1String(SettingKey::sendAnalytics), false);
         settings.setValue(QLatin1String(SettingKey::startupItem), false);
@@ -140,6 +146,93 @@ private slots:
         QCOMPARE(VLSettings().boolValue(qPrintable(key)), !before);
         box->click();
         QCOMPARE(VLSettings().boolValue(qPrintable(key)), before);
+    }
+
+    // Rows run in order on one dialog: a member is signed up, then signs in again. An empty text is a sign-in,
+    // after which the member's views are listed and the check made as the member has ended.
+    void accountForms_data()
+    {
+        QTest::addColumn<AccountDialog::Page>("page");
+        QTest::addColumn<QStringList>("fields");
+        QTest::addColumn<QString>("button");
+        QTest::addColumn<QString>("statusLine");
+        QTest::addColumn<QString>("text");
+        const auto signup = [](const QString &email, const QString &last) {
+            return QStringList{QStringLiteral("signupEmail=") + email, QStringLiteral("signupPassword=Pw 9!x"),
+                               QStringLiteral("signupFirstName=New"), QStringLiteral("signupLastName=") + last};
+        };
+        const QString email = QStringLiteral("newcomer@example.com");
+        const auto row = [](const char *name, AccountDialog::Page page, const QStringList &fields, const char *button,
+                            const char *statusLine, const char *text) {
+            QTest::newRow(name) << page << fields << QString::fromLatin1(button) << QString::fromLatin1(statusLine)
+                                << QString::fromLatin1(text);
+        };
+        using Page = AccountDialog::Page;
+        row("sign-up without a last name", Page::Signup, signup(email, QString()), "signupButton", "createErrorfield",
+            "Please enter required account info");
+        row("sign-up, five-letter domain", Page::Signup,
+            signup(QStringLiteral("new@example.coffee"), QStringLiteral("Comer")), "signupButton", "createErrorfield",
+            "Invalid Email address");
+        row("sign-up", Page::Signup, signup(email, QStringLiteral("Comer")), "signupButton", "createErrorfield", "");
+        row("sign-up, address taken", Page::Signup, signup(email, QStringLiteral("Comer")), "signupButton",
+            "createErrorfield", "An account with this email address already exists");
+        row("log-in without a password", Page::Login, {QStringLiteral("email=") + email, QStringLiteral("password=")},
+            "loginButton", "errorfield", "Please enter email and password");
+        row("log-in, wrong password", Page::Login, {QStringLiteral("email=") + email, QStringLiteral("password=Pw 9")},
+            "loginButton", "errorfield", "Incorrect email or password");
+        row("log-in", Page::Login, {QStringLiteral("email=") + email, QStringLiteral("password=Pw 9!x")}, "loginButton",
+            "errorfield", "");
+        row("profile without a first name", Page::Profile, {QStringLiteral("firstname=")}, "saveProfileButton",
+            "profileStatus", "Name and Email address are required");
+        row("profile saved", Page::Profile, {QStringLiteral("firstname=Newer")}, "saveProfileButton", "profileStatus",
+            "Account information saved");
+    }
+
+    void accountForms()
+    {
+        QFETCH(AccountDialog::Page, page);
+        QFETCH(QStringList, fields);
+        QFETCH(QString, button);
+        QFETCH(QString, statusLine);
+        QFETCH(QString, text);
+        VLMainWindowController &driver = m_desktop->driver();
+        AccountDialog &dialog = m_desktop->account();
+        if (page != AccountDialog::Page::Profile && driver.memberAccount().isLoggedIn) {
+            dialog.findChild<QPushButton *>(QStringLiteral("logoutButton"))->click();
+            QTRY_VERIFY(!driver.memberAccount().isLoggedIn);
+        }
+        dialog.showPage(page);
+        for (const QString &field : fields) {
+            dialog.findChild<QLineEdit *>(field.section(QLatin1Char('='), 0, 0))
+                ->setText(field.section(QLatin1Char('='), 1));
+        }
+        QSignalSpy checked(&driver, &VLMainWindowController::checkFinished);
+        dialog.findChild<QPushButton *>(button)->click();
+        if (!text.isEmpty()) {
+            QTRY_COMPARE_WITH_TIMEOUT(dialog.findChild<QLabel *>(statusLine)->text(), text, 30000);
+            return;
+        }
+        QTRY_COMPARE_WITH_TIMEOUT(dialog.currentPage(), AccountDialog::Page::Profile, 30000);
+        QVERIFY(driver.memberAccount().isLoggedIn);
+        const QListWidget *navigation = m_desktop->window().findChild<QListWidget *>(QStringLiteral("navigation"));
+        QVERIFY(!navigation->item(static_cast<int>(AppView::WatchList))->isHidden());
+        QVERIFY(!navigation->item(static_cast<int>(AppView::Purchases))->isHidden());
+        QTRY_VERIFY_WITH_TIMEOUT(!checked.isEmpty(), 60000);
+    }
+
+    void dealOrderedFromTheCart()
+    {
+        QSignalSpy promos(&m_desktop->driver(), &VLMainWindowController::promosLoaded);
+        m_desktop->driver().loadPromos();
+        QVERIFY(promos.wait(30000));
+        const AppList deals = m_desktop->window().deals();
+        QVERIFY(!deals.isEmpty());
+        CartDialog cart(m_desktop->driver(), deals.first());
+        cart.findChild<QPushButton *>(QStringLiteral("buyNowButton"))->click();
+        QTRY_COMPARE_WITH_TIMEOUT(
+            cart.findChild<QLabel *>(QStringLiteral("cartStatus"))->text(),
+            QStringLiteral("Ordered. The purchase shows under Purchases once the service has it."), 30000);
+        QVERIFY(m_service.waitForLog("POST /cart/vld6 200"));
     }
 };
 
