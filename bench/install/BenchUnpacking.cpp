@@ -1,6 +1,8 @@
 // Times each unpacking path of the installer (zip, tar.gz, tar.bz2, bz2, disk image) on an app bundle of many small
-// files and a few large ones, against its bare tool on the same file in the same run, and prints the ratio.
-// Usage: bench_unpacking [MB] [runs] (default 40 MB, 3 runs; 200 for the full-size bundle).
+// files and a few large ones, against its bare tool on the same file in the same run, and prints the ratio; then the
+// other Debian tools that could unpack zip and tar.gz, each against the same bare tool.
+// Usage: bench_unpacking [MB] [runs] [paths] (default 40 MB, 3 runs, every path; 200 for the full-size bundle; paths:
+// the rows whose name contains this text).
 
 #include "install/VLInstaller.h"
 #include "install/WorkFolder.h"
@@ -17,6 +19,7 @@
 #include <cstdio>
 #include <functional>
 
+#include <sys/resource.h>
 #include <unistd.h>
 
 namespace {
@@ -64,13 +67,46 @@ void makeBundle(const QString &app, qint64 bytes)
     }
 }
 
+// This process's and its ended children's processor time.
+double processorMs()
+{
+    double total = 0;
+    for (const int who : {RUSAGE_SELF, RUSAGE_CHILDREN}) {
+        struct rusage usage = {};
+        getrusage(who, &usage);
+        for (const timeval &time : {usage.ru_utime, usage.ru_stime}) {
+            total += double(time.tv_sec) * 1e3 + double(time.tv_usec) / 1e3;
+        }
+    }
+    return total;
+}
+
+using Unpack = std::function<bool(const QString &file, const QString &out)>;
+
 struct Path
 {
     const char *name;
     QString archive;
-    std::function<QString(VLInstaller &, const QString &)> ours;
-    std::function<bool(const QString &file, const QString &out)> bare;
+    Unpack ours;
+    Unpack bare;
 };
+
+Unpack installer(QString (VLInstaller::*extract)(const QString &))
+{
+    return [extract](const QString &file, const QString &) {
+        VLInstaller unpacker;
+        const bool ok = !(unpacker.*extract)(file).isEmpty();
+        unpacker.cleanUp(file);
+        return ok;
+    };
+}
+
+Unpack bareTool(const QString &tool, const QStringList &args)
+{
+    return [tool, args](const QString &file, const QString &out) {
+        return run(tool, QStringList(args).replaceInStrings(QStringLiteral("%F"), file), out);
+    };
+}
 
 } // namespace
 
@@ -105,65 +141,78 @@ int main(int argc, char **argv)
     }
 
     const QString tool = WorkFolder::tool(QStringLiteral("tar"));
+    const Unpack unzip = bareTool(QStringLiteral("unzip"), {QStringLiteral("-o"), QStringLiteral("%F"),
+                                                            QStringLiteral("-x"), QStringLiteral("__MACOSX/*")});
+    const Unpack tar = bareTool(tool, {QStringLiteral("-xf"), QStringLiteral("%F")});
     const QList<Path> paths = {
-        {"zip", QStringLiteral("Foo.zip"), [](VLInstaller &i, const QString &f) { return i.extractZIP(f); },
-         [](const QString &f, const QString &out) {
-             return run(QStringLiteral("unzip"),
-                        {QStringLiteral("-o"), f, QStringLiteral("-x"), QStringLiteral("__MACOSX/*"),
-                         QStringLiteral("-d"), out},
-                        out);
-         }},
-        {"tar.gz", QStringLiteral("Foo.tar.gz"), [](VLInstaller &i, const QString &f) { return i.extractTGZ(f); },
-         [&](const QString &f, const QString &out) {
-             return run(tool, {QStringLiteral("-xf"), f}, out);
-         }},
-        {"tar.bz2", QStringLiteral("Foo.tar.bz2"), [](VLInstaller &i, const QString &f) { return i.extractTBZ(f); },
+        {"zip", QStringLiteral("Foo.zip"), installer(&VLInstaller::extractZIP), unzip},
+        {"tar.gz", QStringLiteral("Foo.tar.gz"), installer(&VLInstaller::extractTGZ), tar},
+        {"tar.bz2", QStringLiteral("Foo.tar.bz2"), installer(&VLInstaller::extractTBZ),
          [&](const QString &f, const QString &out) {
              return run(QStringLiteral("bunzip2"), {QStringLiteral("-d"), f}, out) &&
                     run(tool, {QStringLiteral("-xf"), f.chopped(4)}, out);
          }},
-        {"bz2", QStringLiteral("Foo.tar.bz2"), [](VLInstaller &i, const QString &f) { return i.extractBZ2(f); },
-         [](const QString &f, const QString &out) {
-             return run(QStringLiteral("bunzip2"), {QStringLiteral("-d"), f}, out);
-         }},
-        {"disk image", QStringLiteral("Foo.dmg"), [](VLInstaller &i, const QString &f) { return i.mountDMG(f); },
-         [](const QString &f, const QString &out) {
-             return run(
-                 QStringLiteral("7zz"),
-                 {QStringLiteral("x"), QStringLiteral("-tHFS"), QStringLiteral("-y"), QStringLiteral("-o") + out, f},
-                 out);
-         }},
+        {"bz2", QStringLiteral("Foo.tar.bz2"), installer(&VLInstaller::extractBZ2),
+         bareTool(QStringLiteral("bunzip2"), {QStringLiteral("-d"), QStringLiteral("%F")})},
+        {"disk image", QStringLiteral("Foo.dmg"), installer(&VLInstaller::mountDMG),
+         bareTool(QStringLiteral("7zz"), {QStringLiteral("x"), QStringLiteral("-tHFS"), QStringLiteral("-y"),
+                                          QStringLiteral("-o."), QStringLiteral("%F")})},
+        // The other tools, bare, against the same bare tool.
+        {"zip: bsdtar", QStringLiteral("Foo.zip"),
+         bareTool(QStringLiteral("bsdtar"), {QStringLiteral("-xf"), QStringLiteral("%F"), QStringLiteral("--exclude"),
+                                             QStringLiteral("__MACOSX")}),
+         unzip},
+        {"zip: 7zz", QStringLiteral("Foo.zip"),
+         bareTool(QStringLiteral("7zz"), {QStringLiteral("x"), QStringLiteral("-snl"), QStringLiteral("-y"),
+                                          QStringLiteral("-xr!__MACOSX"), QStringLiteral("%F")}),
+         unzip},
+        {"tar.gz: tar -v", QStringLiteral("Foo.tar.gz"), bareTool(tool, {QStringLiteral("-xvf"), QStringLiteral("%F")}),
+         tar},
+        {"tar.gz: bsdtar", QStringLiteral("Foo.tar.gz"),
+         bareTool(QStringLiteral("bsdtar"), {QStringLiteral("-xf"), QStringLiteral("%F")}), tar},
     };
+    const QString only = argc > 3 ? QString::fromLocal8Bit(argv[3]) : QString();
 
-    std::printf("bundle %lld MB, best of %d alternating runs\n", static_cast<long long>(megabytes), runs);
-    std::printf("%-12s %10s %10s %8s\n", "path", "bare tool", "installer", "ratio");
+    // Processor time (ours and the tools', user and system) is less disturbed than wall time by other work on a
+    // shared machine; a tool's threads count in full.
+    std::printf("bundle %lld MB, best of %d alternating runs; wall time, then processor time\n",
+                static_cast<long long>(megabytes), runs);
+    std::printf("%-16s %10s %10s %7s %10s %10s %7s\n", "path", "bare tool", "candidate", "ratio", "bare cpu",
+                "cand. cpu", "ratio");
     for (const Path &path : paths) {
+        if (!QString::fromLatin1(path.name).contains(only)) {
+            continue;
+        }
         double bare = 1e18;
         double ours = 1e18;
+        double bareCpu = 1e18;
+        double oursCpu = 1e18;
         for (int r = 0; r < runs; ++r) {
-            for (const bool installer : {false, true}) {
+            for (const bool candidate : {false, true}) {
                 // A fresh copy each time: bunzip2 replaces its input.
                 const QString work = dir.filePath(QStringLiteral("run"));
                 QDir().mkpath(work);
                 const QString file = work + u'/' + path.archive;
                 QFile::copy(archive(path.archive), file);
-                VLInstaller unpacker;
+                const double cpuBefore = processorMs();
                 QElapsedTimer timer;
                 timer.start();
-                const bool ok = installer ? !path.ours(unpacker, file).isEmpty() : path.bare(file, work);
+                const bool ok = candidate ? path.ours(file, work) : path.bare(file, work);
                 const double ms = double(timer.nsecsElapsed()) / 1e6;
+                const double cpu = processorMs() - cpuBefore;
                 if (!ok) {
-                    std::fprintf(stderr, "%s failed (%s)\n", path.name, installer ? "installer" : "bare tool");
+                    std::fprintf(stderr, "%s failed (%s)\n", path.name, candidate ? "candidate" : "bare tool");
                     return 1;
                 }
-                (installer ? ours : bare) = std::min(installer ? ours : bare, ms);
-                unpacker.cleanUp(file);
+                (candidate ? ours : bare) = std::min(candidate ? ours : bare, ms);
+                (candidate ? oursCpu : bareCpu) = std::min(candidate ? oursCpu : bareCpu, cpu);
                 WorkFolder::remove(dir.filePath(QStringLiteral("run")));
                 WorkFolder::remove(QDir::tempPath() + QStringLiteral("/velmora-") + QString::number(getuid()) +
                                    QStringLiteral("/Volumes"));
             }
         }
-        std::printf("%-12s %8.0f ms %8.0f ms %8.3f\n", path.name, bare, ours, ours / bare);
+        std::printf("%-16s %7.0f ms %7.0f ms %7.3f %7.0f ms %7.0f ms %7.3f\n", path.name, bare, ours, ours / bare,
+                    bareCpu, oursCpu, oursCpu / bareCpu);
         std::fflush(stdout);
     }
     return 0;

@@ -1,5 +1,6 @@
 #include "app/DesktopApp.h"
 
+#include "install/StagingLeftovers.h"
 #include "platform/DesktopOpener.h"
 #include "platform/Log.h"
 #include "platform/VLNotificationCenter.h"
@@ -8,6 +9,7 @@
 #include "scan/InstallLinks.h"
 #include "scan/NotificationClicks.h"
 #include "scan/VLAppDelegate.h"
+#include "scan/VLAppScanner.h"
 #include "scan/VLMainWindowController.h"
 #include "scan/VLScanData.h"
 #include "services/VLCrashReporter.h"
@@ -183,6 +185,9 @@ void DesktopApp::start(bool launchedByLoginItem)
     m_crashReporter = std::make_unique<VLCrashReporter>(QStringLiteral("velmora"), m_crashAsker.get());
     m_crashReporter->startCrashReporting();
     applyShowStatusItem();
+    // What a killed update left beside the apps goes, away from the windows' thread: a staged copy can be large.
+    QThreadPool::globalInstance()->start(
+        [] { StagingLeftovers::sweep(VLScanData().apps().value_or(AppList()), VLAppScanner::searchScopes()); });
     m_delegate->applicationDidFinishLaunching(launchedByLoginItem);
     m_expiryTimer.start();
     refreshPanelAndBadge();

@@ -2,10 +2,13 @@
 
 #include "cli/CliFeedback.h"
 #include "cli/DesktopFeedback.h"
+#include "install/StagingLeftovers.h"
 #include "platform/TerminationSignals.h"
 #include "scan/NotificationClicks.h"
 #include "scan/VLAppDelegate.h"
+#include "scan/VLAppScanner.h"
 #include "scan/VLMainWindowController.h"
+#include "scan/VLScanData.h"
 #include "services/VLCrashReporter.h"
 
 #include <QEventLoop>
@@ -64,6 +67,8 @@ int DaemonCommand::execute(const QStringList &arguments, CommandContext &ctx)
     QEventLoop loop;
     TerminationSignals termination;
     QObject::connect(&termination, &TerminationSignals::received, &loop, &QEventLoop::quit);
+    // What a killed update left beside the apps goes before the first check finds it.
+    StagingLeftovers::sweep(VLScanData().apps().value_or(AppList()), VLAppScanner::searchScopes());
     VLMainWindowController driver;
     VLAppDelegate delegate(driver, loginItemCommand());
     delegate.applicationDidFinishLaunching(loginItem);

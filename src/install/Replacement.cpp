@@ -2,7 +2,7 @@
 
 #include "install/AuthHelper.h"
 #include "install/PlaceTool.h"
-#include "platform/FileStatus.h"
+#include "install/PlacingRoom.h"
 #include "platform/Log.h"
 #include "platform/NativePath.h"
 
@@ -18,12 +18,9 @@
 namespace {
 
 // Whether we may write into folder, or, where it is missing, make it in the nearest folder that exists.
-bool mayWriteInto(QString folder)
+bool mayWriteInto(const QString &folder)
 {
-    while (!FileStatus::of(folder).reached() && folder != QLatin1String("/")) {
-        folder = QFileInfo(folder).absolutePath();
-    }
-    return access(NativePath::encode(folder).constData(), W_OK) == 0;
+    return access(NativePath::encode(PlacingRoom::nearestFolder(folder)).constData(), W_OK) == 0;
 }
 
 // What root places never carries a set-id bit: an app that relied on a set-id helper should at least say why it fails.

@@ -1,12 +1,17 @@
 #include "install/StagingLeftovers.h"
 
+#include "install/UpdateLock.h"
 #include "install/WorkFolder.h"
+#include "model/VLApp.h"
+#include "platform/FileLock.h"
 #include "platform/FolderReader.h"
 #include "platform/Log.h"
 #include "platform/NativePath.h"
 
+#include <QDir>
 #include <QFileInfo>
 #include <QRegularExpression>
+#include <QSet>
 
 #include <cstdio>
 #include <sys/stat.h>
@@ -23,16 +28,26 @@ bool lexists(const QString &path)
     return lstat(NativePath::encode(path).constData(), &info) == 0;
 }
 
+// The name (its first 200 bytes) of the item a staging name was made for; empty when name is none.
+QByteArray stagedItemName(const QString &name)
+{
+    // "." NAME "." 16 hex digits "." ("new" | "old")
+    static const QRegularExpression tail(QStringLiteral(R"(^\.[0-9a-f]{16}\.(new|old)$)"));
+    constexpr qsizetype kTailBytes = 21;
+    const QByteArray encoded = NativePath::encode(name);
+    if (encoded.size() <= kTailBytes + 1 || !encoded.startsWith('.') ||
+        !tail.match(QString::fromLatin1(encoded.right(kTailBytes))).hasMatch()) {
+        return {};
+    }
+    return encoded.mid(1, encoded.size() - 1 - kTailBytes);
+}
+
 } // namespace
 
 bool isStagingName(const QString &name, const QString &itemName)
 {
     // velmora-place keeps the first 200 bytes of the item's name.
-    static const QRegularExpression tail(QStringLiteral(R"(^\.[0-9a-f]{16}\.(new|old)$)"));
-    const QByteArray prefix = '.' + NativePath::encode(itemName).left(kNameBytes);
-    const QByteArray encoded = NativePath::encode(name);
-    return !itemName.isEmpty() && encoded.startsWith(prefix) &&
-           tail.match(QString::fromLatin1(encoded.mid(prefix.size()))).hasMatch();
+    return !itemName.isEmpty() && stagedItemName(name) == NativePath::encode(itemName).left(kNameBytes);
 }
 
 int clearBeside(const QString &item)
@@ -57,6 +72,43 @@ int clearBeside(const QString &item)
         if (putBack || WorkFolder::remove(leftover)) {
             vlLog(QStringLiteral("cleared a copy left by an interrupted update: %1").arg(leftover));
             ++cleared;
+        }
+    }
+    return cleared;
+}
+
+int sweep(const QList<std::shared_ptr<VLApp>> &apps, const QStringList &folders)
+{
+    int cleared = 0;
+    QSet<QString> recorded;
+    for (const std::shared_ptr<VLApp> &app : apps) {
+        if (!QDir::isAbsolutePath(app->localPath)) {
+            continue;
+        }
+        const QString item = QDir::cleanPath(app->localPath);
+        recorded.insert(item);
+        // An update of the app running in another process has its staged copy beside the app: left alone.
+        const QString lockPath = UpdateLock::path(app->digestString);
+        FileLock updating(lockPath);
+        if (!lockPath.isEmpty() && updating.lock(0)) {
+            cleared += clearBeside(item);
+        }
+    }
+    // A leftover no record names may be the staged copy of an app being installed for the first time, whose record
+    // the store does not hold yet.
+    if (UpdateLock::anyHeld()) {
+        return cleared;
+    }
+    for (const QString &folder : folders) {
+        const QString clean = QDir::cleanPath(folder);
+        FolderReader reader(NativePath::encode(clean));
+        for (const FolderReader::Entry &entry : reader.entries()) {
+            // A name cut at 200 bytes does not tell the item whose old copy would be put back.
+            const QByteArray itemName = stagedItemName(NativePath::decode(entry.name));
+            const QString item = clean + QLatin1Char('/') + NativePath::decode(itemName);
+            if (!itemName.isEmpty() && itemName.size() < kNameBytes && !recorded.contains(item)) {
+                cleared += clearBeside(item);
+            }
         }
     }
     return cleared;

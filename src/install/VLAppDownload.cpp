@@ -4,6 +4,7 @@
 #include "install/FileHash.h"
 #include "install/KeptDownload.h"
 #include "install/StagingLeftovers.h"
+#include "install/UpdateLock.h"
 #include "install/VLInstaller.h"
 #include "model/StringUtils.h"
 #include "platform/AppPaths.h"
@@ -95,9 +96,9 @@ void VLAppDownload::download()
 {
     // The record's folder is this update's alone: another update of the same app, in this process or another, has
     // to end first.
-    const QString temporary = AppPaths::privateTempFolder();
-    FileLock updating(temporary + QLatin1Char('/') + m_digest + QStringLiteral(".lock"));
-    if (!temporary.isEmpty() && !m_digest.isEmpty() && !m_digest.contains(QLatin1Char('/')) && !updating.lock(0)) {
+    const QString lockPath = UpdateLock::path(m_digest);
+    FileLock updating(lockPath);
+    if (!lockPath.isEmpty() && !updating.lock(0)) {
         setFailure(tr("An update of %1 is already running").arg(m_displayName));
         VLNotificationCenter::defaultCenter().post(QStringLiteral("VLDownloadFailed"),
                                                    QVariant::fromValue(m_app.get()));

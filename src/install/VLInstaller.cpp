@@ -8,6 +8,7 @@
 #include "platform/Log.h"
 #include "platform/NativePath.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFileInfo>
 
@@ -82,18 +83,28 @@ QString VLInstaller::extractZIP(const QString &download)
     if (workFolder.isEmpty()) {
         return {};
     }
-    // unzip reads the names from the archive's directory alone, so checking them first costs next to nothing; unzip
-    // itself then refuses to write through a link, and gives no set-id bit.
+    // bsdtar unpacks a zip in about four fifths of unzip's time. It lists the archive's directory, which it then
+    // unpacks, so checking first costs little: the names, and the kinds, since it would make a device node where
+    // the file system lets anyone make one (0,0: a whiteout). Unpacking, it refuses ".." and writing through a link,
+    // and with --no-same-permissions gives no set-id bit, even as root.
     const UnpackBudget budget(workFolder, QFileInfo(file).size(), m_unpackLimits);
     QByteArray names;
-    const bool listed = unpackWith(budget, QStringLiteral("unzip"), {QStringLiteral("-Z1"), file}, workFolder, &names);
-    QStringList arguments{QStringLiteral("-q"), QStringLiteral("-o"), file, QStringLiteral("-d"), workFolder};
-    // The resource forks a Mac's archiver adds are left out; asked to leave out what is not there, unzip complains.
-    if (names.startsWith("__MACOSX/") || names.contains("\n__MACOSX/")) {
-        arguments << QStringLiteral("-x") << QStringLiteral("__MACOSX/*");
+    QByteArray kinds;
+    const bool listed =
+        unpackWith(budget, QStringLiteral("bsdtar"), {QStringLiteral("-tf"), file}, workFolder, &names) &&
+        unpackWith(budget, QStringLiteral("bsdtar"), {QStringLiteral("-tvf"), file}, workFolder, &kinds);
+    if (listed && !WorkFolder::listsOnlyPlainKinds(kinds)) {
+        m_unpackFailure = QCoreApplication::translate("VLInstaller", "the archive holds a device, pipe or socket");
     }
-    const bool unpacked = listed && WorkFolder::listsContainedNames(names) &&
-                          unpackWith(budget, QStringLiteral("unzip"), arguments, workFolder) &&
+    // The resource forks a Mac's archiver adds are left out ("^": at the top only, where it adds them).
+    const QStringList arguments{QStringLiteral("--no-same-owner"),
+                                QStringLiteral("--no-same-permissions"),
+                                QStringLiteral("--exclude"),
+                                QStringLiteral("^__MACOSX"),
+                                QStringLiteral("-xf"),
+                                file};
+    const bool unpacked = listed && m_unpackFailure.isEmpty() && WorkFolder::listsContainedNames(names) &&
+                          unpackWith(budget, QStringLiteral("bsdtar"), arguments, workFolder) &&
                           WorkFolder::holdsOnlyPlainEntries(workFolder);
     if (!unpacked) {
         vlLog(QStringLiteral("error extracting to %1").arg(workFolder));

@@ -1,6 +1,7 @@
 #include "install/VLInstaller.h"
 
 #include "install/FlatPackage.h"
+#include "install/PlacingRoom.h"
 #include "install/Replacement.h"
 #include "install/RunningAppGate.h"
 #include "install/UpdateState.h"
@@ -202,6 +203,14 @@ QString VLInstaller::installNewVersionFromPKG(const QString &package, const QStr
 
 bool VLInstaller::checkIfAppIsRunningAndInstall(const QString &item, const QString &target)
 {
+    // Checked before anything is quit or copied: a volume filled by the new copy would leave no room to finish.
+    if (const QString noRoom = PlacingRoom::check(item, target, m_unpackLimits.reserveBytes); !noRoom.isEmpty()) {
+        vlLog(QStringLiteral("not enough free space to place %1: %2").arg(item, noRoom));
+        if (m_state) {
+            m_state->fail(QCoreApplication::translate("VLInstaller", "Not enough free space: %1").arg(noRoom));
+        }
+        return false;
+    }
     m_shouldInstall = !m_gate || m_gate->prepareToReplace(target);
     if (!m_shouldInstall) {
         return false;

@@ -6,6 +6,8 @@
 #include <QStandardPaths>
 #include <QUuid>
 
+#include <algorithm>
+
 #include <filesystem>
 #include <sys/stat.h>
 
@@ -85,6 +87,15 @@ bool listsContainedNames(const QByteArray &listing)
         }
     }
     return true;
+}
+
+bool listsOnlyPlainKinds(const QByteArray &longListing)
+{
+    const QList<QByteArray> lines = longListing.split('\n');
+    return std::all_of(lines.cbegin(), lines.cend(), [](const QByteArray &line) {
+        // "h": a hard link to an entry listed before it.
+        return line.isEmpty() || QByteArrayLiteral("-dlh").contains(line.front());
+    });
 }
 
 bool holdsOnlyPlainEntries(const QString &folder)

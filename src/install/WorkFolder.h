@@ -19,6 +19,9 @@ bool remove(const QString &path);
 bool isContainedName(const QString &name);
 // Whether every line of a tool's listing names a contained entry.
 bool listsContainedNames(const QByteArray &listing);
+// Whether every line of a long listing (each starting with the entry's mode, as "ls -l" shows it) is a folder, a
+// file or a link: unpacking such an archive makes no device node, pipe or socket.
+bool listsOnlyPlainKinds(const QByteArray &longListing);
 // Whether folder is still a real folder holding only folders, files and links (no devices, pipes or sockets).
 bool holdsOnlyPlainEntries(const QString &folder);
 // The absolute path of a tool, found on PATH, else in /usr/bin.

@@ -1,10 +1,12 @@
 // Putting the chosen item in place: each kind's route (apps, user folders, vendor installers, disk images, flat
 // packages with gzip and pbzx payloads at their install location), the old copy kept until the new one is in place,
-// the running-app gate asked around it, and administrator rights through a stand-in escalation command.
+// the running-app gate asked around it, room kept free on the target's volume, and administrator rights through a
+// stand-in escalation command.
 
 #include "install/AuthHelper.h"
 #include "install/BLAuthentication.h"
 #include "install/PlaceTool.h"
+#include "install/PlacingRoom.h"
 #include "install/RunningAppGate.h"
 #include "install/UpdateState.h"
 #include "install/VLInstaller.h"
@@ -259,6 +261,32 @@ private slots:
         QVERIFY(setMode("target", 0777));
         QCOMPARE(PlaceTool::run(u"merge"_s, {tree.path(u"payload2"_s), tree.path(u"target/Support/Foo"_s)}),
                  geteuid() != 0);
+    }
+
+    void placingRoom_data()
+    {
+        // A 1 MiB app with a link to a 64 MiB file; free: the target volume's free MiB; reserve: in MiB.
+        columns<qint64, qint64, bool>("free", "reserve", "fits");
+        row("room for the copy and the reserve", qint64(4), qint64(2), true);
+        row("the copy would eat into the reserve", qint64(3), qint64(2), false);
+        row("free space unknown", qint64(-1), qint64(2), true);
+    }
+
+    void placingRoom()
+    {
+        auto [free, reserve, fits] = fetch<qint64, qint64, bool>("free", "reserve", "fits");
+        BundleTree tree(m_root);
+        QVERIFY(QFile::resize(tree.addFile(u"big"_s), 64 << 20));
+        tree.addFile(u"new/Foo.app/Contents/MacOS/Foo"_s, QByteArray(1 << 20, 'x'));
+        QVERIFY(QFile::link(tree.path(u"big"_s), tree.path(u"new/Foo.app/Contents/big"_s)));
+        QString asked;
+        const QString noRoom = PlacingRoom::check(tree.path(u"new/Foo.app"_s), tree.path(u"Applications/Foo.app"_s),
+                                                  reserve << 20, [&](const QString &folder) {
+                                                      asked = folder;
+                                                      return free < 0 ? free : free << 20;
+                                                  });
+        QCOMPARE(noRoom.isEmpty(), fits);
+        QCOMPARE(asked, m_root); // the nearest folder that exists
     }
 
     // What velmora-place refuses before touching anything: as root it must not be steered outside its verbs.

@@ -1,6 +1,7 @@
 // Real archives and images of an app bundle, unpacked by the installer: what lands in the work folder (links, modes,
 // no __MACOSX), and archives that fail or try to write outside their folder, which must fail and write nothing;
-// archives past the bounds of their budget, or that would ask for a password, fail at once and say why.
+// archives past the bounds of their budget, holding a device, or that would ask for a password, fail at once and say
+// why.
 
 #include "install/PbzxPayload.h"
 #include "install/VLInstaller.h"
@@ -52,9 +53,11 @@ private slots:
             row(qPrintable(op + u": no room"), op, u"Many."_s + op, op == u"dmg" ? u"udif many"_s : u"pkg gzip"_s,
                 64 * mb, qint64(1000), qint64(1) << 60, u"less than 1099511627776 MB are free in"_s);
         }
+        row("zip holding a device", u"zip"_s, u"Dev.zip"_s, u"chr note"_s, 64 * mb, qint64(1000), qint64(0),
+            u"the archive holds a device"_s);
         row("password asked", u"zip"_s, u"Secret.zip"_s,
             u"bsdtar --format zip --options zip:encryption=zipcrypt --passphrase pw -cf %A note"_s, 64 * mb,
-            qint64(1000), qint64(0), u"unzip failed with status"_s);
+            qint64(1000), qint64(0), u"bsdtar failed with status"_s);
     }
 
     void bounded()
@@ -80,6 +83,16 @@ private slots:
             args = QStringList{u"-as"_s, u"mkisofs"_s, u"-R"_s, u"-o"_s, archive + u".iso"} + args;
             QVERIFY(InstallFixtures::run(u"xorriso"_s, args, source.root()));
             QVERIFY(InstallFixtures::makeUdif(archive + u".iso", archive, true));
+        } else if (tool == u"chr") {
+            // A zip of the file whose mode says "character device 0,0", which anyone may make on most file systems.
+            QVERIFY(InstallFixtures::run(u"bsdtar"_s, {u"--format"_s, u"zip"_s, u"-cf"_s, archive, args.first()},
+                                         source.root()));
+            QFile zip(archive);
+            QVERIFY(zip.open(QIODevice::ReadWrite));
+            QByteArray bytes = zip.readAll();
+            const qsizetype mode = bytes.indexOf("PK\x01\x02") + 40; // the external attributes' high half
+            bytes.replace(mode, 2, QByteArray("\xa4\x21", 2));       // 020644, little-endian
+            QVERIFY(zip.seek(0) && zip.write(bytes) == bytes.size());
         } else if (tool == u"pkg") {
             QVERIFY(
                 InstallFixtures::makeFlatPackage(source.root(), archive, u"/Applications"_s, args.first() == u"pbzx"));
