@@ -5,12 +5,12 @@
 # line with the installed bash completion, purges them, and checks that nothing of ours is left.
 # The machine is left as it was found, on failure too: every package the run installed is purged again, and the
 # build happens in a scratch folder, never in the checkout. DEB_BUILD_OPTIONS may be set; by default the build
-# runs no tests (the suite runs from the checkout) and uses every core.
+# runs no tests (the suite runs from the checkout), makes no debug-symbol packages and uses every core.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 work=$(mktemp -d)
 export DEBIAN_FRONTEND=noninteractive
-export DEB_BUILD_OPTIONS=${DEB_BUILD_OPTIONS:-nocheck parallel=$(nproc)}
+export DEB_BUILD_OPTIONS=${DEB_BUILD_OPTIONS:-nocheck noautodbgsym parallel=$(nproc)}
 
 installed_packages() { dpkg-query -W -f '${db:Status-Abbrev} ${Package}\n' | awk '$1 ~ /^.i/ { print $2 }' | sort; }
 # Where a package may put files; the users' folders and the temporary ones are theirs.
