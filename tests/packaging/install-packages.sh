@@ -3,10 +3,38 @@
 # them with lintian, installs them with apt, runs the demo with the installed programs (the installed service and its
 # sample, a check and the updates through the installed velmora-cli), finds every man page, completes a command
 # line with the installed bash completion, purges them, and checks that nothing of ours is left.
+# The machine is left as it was found, on failure too: every package the run installed is purged again, and the
+# build happens in a scratch folder, never in the checkout. DEB_BUILD_OPTIONS may be set; by default the build
+# runs no tests (the suite runs from the checkout), makes no debug-symbol packages and uses every core.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/../.." && pwd)
 work=$(mktemp -d)
-trap 'rm -rf "$work"' EXIT
+export DEBIAN_FRONTEND=noninteractive
+export DEB_BUILD_OPTIONS=${DEB_BUILD_OPTIONS:-nocheck noautodbgsym parallel=$(nproc)}
+
+installed_packages() { dpkg-query -W -f '${db:Status-Abbrev} ${Package}\n' | awk '$1 ~ /^.i/ { print $2 }' | sort; }
+# Where a package may put files; the users' folders and the temporary ones are theirs.
+files_of_ours() {
+    find /etc /usr /var /opt /srv -xdev \( -path /var/tmp -o -path /var/cache/apt -o -path /var/lib/apt \) -prune \
+        -o -iname '*velmora*' -print 2>/dev/null | sort || true
+}
+installed_packages >"$work/packages.before"
+files_of_ours >"$work/files.before"
+
+# Purges what the run installed: our packages and what apt brought in for them (recommended tools included).
+purge_new_packages() {
+    local new
+    mapfile -t new < <(installed_packages | comm -13 "$work/packages.before" -)
+    [ ${#new[@]} -eq 0 ] || apt-get purge -y "${new[@]}" >"$work/purge.log" 2>&1 || { cat "$work/purge.log"; return 1; }
+}
+cleanup() {
+    local status=$?
+    trap - EXIT
+    if [ $status -ne 0 ]; then purge_new_packages || true; fi
+    rm -rf "$work"
+    exit $status
+}
+trap cleanup EXIT
 
 echo "== Building the packages"
 mkdir "$work/velmora"
@@ -16,7 +44,7 @@ packages=("$work"/*.deb)
 printf '%s\n' "${packages[@]##*/}"
 
 echo "== lintian"
-lintian --fail-on error "${packages[@]}"
+lintian --fail-on error,warning "${packages[@]}"
 
 echo "== Installing"
 apt-get install -y "${packages[@]}" >"$work/apt.log" 2>&1 || { cat "$work/apt.log"; exit 1; }
@@ -35,12 +63,8 @@ echo "$offered"
 [ "$offered" = defaults ]
 
 echo "== Purging"
-names=()
-for deb in "${packages[@]}"; do names+=("$(dpkg-deb -f "$deb" Package)"); done
-apt-get purge -y "${names[@]}" >"$work/apt.log" 2>&1 || { cat "$work/apt.log"; exit 1; }
-left=$(find / -xdev \( -path /proc -o -path /sys -o -path /dev -o -path /home -o -path /root -o -path /tmp \
-    -o -path /var/tmp -o -path "$root" -o -path /work -o -path /var/cache/apt -o -path /var/lib/apt \) -prune -o \
-    -iname '*velmora*' -print 2>/dev/null || true)
+purge_new_packages
+left=$(files_of_ours | comm -13 "$work/files.before" -)
 if [ -n "$left" ]; then
     echo "left after purge:"
     echo "$left"
