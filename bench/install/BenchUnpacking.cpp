@@ -170,6 +170,20 @@ int main(int argc, char **argv)
          tar},
         {"tar.gz: bsdtar", QStringLiteral("Foo.tar.gz"),
          bareTool(QStringLiteral("bsdtar"), {QStringLiteral("-xf"), QStringLiteral("%F")}), tar},
+        // Listing before unpacking: the compressed archive twice, or decompressed once to a file listed and unpacked.
+        {"tar.gz: -tzv, -xzv", QStringLiteral("Foo.tar.gz"),
+         [&](const QString &f, const QString &out) {
+             return run(tool, {QStringLiteral("-tzvf"), f}, out) && run(tool, {QStringLiteral("-xzvf"), f}, out);
+         },
+         tar},
+        {"tar.gz: gzip -d", QStringLiteral("Foo.tar.gz"),
+         [&](const QString &f, const QString &out) {
+             const QString plain = out + QStringLiteral("/plain.tar");
+             return run(QStringLiteral("gzip"), {QStringLiteral("-dc"), f}, out, plain) &&
+                    run(tool, {QStringLiteral("-tf"), plain}, out) && run(tool, {QStringLiteral("-tvf"), plain}, out) &&
+                    run(tool, {QStringLiteral("-xf"), plain}, out);
+         },
+         tar},
     };
     const QString only = argc > 3 ? QString::fromLocal8Bit(argv[3]) : QString();
 

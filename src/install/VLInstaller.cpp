@@ -10,7 +10,10 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
+
+#include <unistd.h>
 
 // Unpacking and attaching. Every step works in a fresh folder beside the download, runs its tool there within the
 // archive's budget, and checks that the archive named nothing outside that folder: the tools refuse such entries or
@@ -42,16 +45,57 @@ bool VLInstaller::bunzip(const UnpackBudget &budget, const QString &file, const 
     return false;
 }
 
-// tar's listing of what it unpacked (-v) names every entry as the archive spells it, before tar strips a leading
-// "/", so it tells whether the archive tried to leave the folder. Modes are taken without set-id bits.
+// gzip decompresses only a file whose name it knows (".gz", ".tgz", in lower case) and replaces it by what it holds:
+// it is given a second name of the download, of our own, beside it, and answers the tar file there.
+QString VLInstaller::gunzip(const UnpackBudget &budget, const QString &file, const QString &workFolder)
+{
+    const QString link = QFileInfo(file).path() + QLatin1Char('/') + WorkFolder::uniqueName() + u".tar.gz";
+    if (::link(NativePath::encode(file).constData(), NativePath::encode(link).constData()) != 0 &&
+        !QFile::copy(file, link)) {
+        vlLog(QStringLiteral("error extracting to %1 - could not name the archive").arg(workFolder));
+        return {};
+    }
+    // -f: gzip refuses a file with a second name otherwise; -n: the name stored in the archive is not used.
+    const QString tarFile = link.chopped(3);
+    if (!unpackWith(budget, QStringLiteral("gzip"), {QStringLiteral("-dfn"), link}, workFolder)) {
+        QFile::remove(link);
+        QFile::remove(tarFile);
+        return {};
+    }
+    return tarFile;
+}
+
+// The tool that will unpack the archive lists it first, so that nothing is written for an archive that names an
+// entry outside the folder (-t prints names as the archive spells them, a leading "/" or ".." included) or that
+// would become a device node: tar and bsdtar make a character device 0,0 for one, and Linux lets anyone make that
+// one (a whiteout), even without capabilities.
+bool VLInstaller::listsPlainContainedEntries(const UnpackBudget &budget, const QString &tool, const QString &file,
+                                             const QString &workFolder)
+{
+    QByteArray names;
+    QByteArray kinds;
+    if (!unpackWith(budget, tool, {QStringLiteral("-tf"), file}, workFolder, &names) ||
+        !unpackWith(budget, tool, {QStringLiteral("-tvf"), file}, workFolder, &kinds)) {
+        return false;
+    }
+    if (!WorkFolder::listsOnlyPlainKinds(kinds)) {
+        m_unpackFailure = QCoreApplication::translate("VLInstaller", "the archive holds a device, pipe or socket");
+        return false;
+    }
+    return WorkFolder::listsContainedNames(names);
+}
+
+// A plain tar is listed without reading its files' contents, so listing first costs little. Modes are taken
+// without set-id bits.
 bool VLInstaller::untar(const UnpackBudget &budget, const QString &tarFile, const QString &workFolder)
 {
-    QByteArray listing;
-    return unpackWith(budget, QStringLiteral("tar"),
+    const QString tar = QStringLiteral("tar");
+    return listsPlainContainedEntries(budget, tar, tarFile, workFolder) &&
+           unpackWith(budget, tar,
                       {QStringLiteral("--no-same-owner"), QStringLiteral("--no-same-permissions"),
-                       QStringLiteral("-xvf"), tarFile},
-                      workFolder, &listing) &&
-           WorkFolder::listsContainedNames(listing) && WorkFolder::holdsOnlyPlainEntries(workFolder);
+                       QStringLiteral("-xf"), tarFile},
+                      workFolder) &&
+           WorkFolder::holdsOnlyPlainEntries(workFolder);
 }
 
 VLInstaller::VLInstaller() = default;
@@ -83,19 +127,9 @@ QString VLInstaller::extractZIP(const QString &download)
     if (workFolder.isEmpty()) {
         return {};
     }
-    // bsdtar unpacks a zip in about four fifths of unzip's time. It lists the archive's directory, which it then
-    // unpacks, so checking first costs little: the names, and the kinds, since it would make a device node where
-    // the file system lets anyone make one (0,0: a whiteout). Unpacking, it refuses ".." and writing through a link,
-    // and with --no-same-permissions gives no set-id bit, even as root.
+    // bsdtar unpacks a zip in about four fifths of unzip's time. Unpacking, it refuses ".." and writing through a
+    // link, and with --no-same-permissions gives no set-id bit, even as root.
     const UnpackBudget budget(workFolder, QFileInfo(file).size(), m_unpackLimits);
-    QByteArray names;
-    QByteArray kinds;
-    const bool listed =
-        unpackWith(budget, QStringLiteral("bsdtar"), {QStringLiteral("-tf"), file}, workFolder, &names) &&
-        unpackWith(budget, QStringLiteral("bsdtar"), {QStringLiteral("-tvf"), file}, workFolder, &kinds);
-    if (listed && !WorkFolder::listsOnlyPlainKinds(kinds)) {
-        m_unpackFailure = QCoreApplication::translate("VLInstaller", "the archive holds a device, pipe or socket");
-    }
     // The resource forks a Mac's archiver adds are left out ("^": at the top only, where it adds them).
     const QStringList arguments{QStringLiteral("--no-same-owner"),
                                 QStringLiteral("--no-same-permissions"),
@@ -103,7 +137,7 @@ QString VLInstaller::extractZIP(const QString &download)
                                 QStringLiteral("^__MACOSX"),
                                 QStringLiteral("-xf"),
                                 file};
-    const bool unpacked = listed && m_unpackFailure.isEmpty() && WorkFolder::listsContainedNames(names) &&
+    const bool unpacked = listsPlainContainedEntries(budget, QStringLiteral("bsdtar"), file, workFolder) &&
                           unpackWith(budget, QStringLiteral("bsdtar"), arguments, workFolder) &&
                           WorkFolder::holdsOnlyPlainEntries(workFolder);
     if (!unpacked) {
@@ -120,7 +154,14 @@ QString VLInstaller::extractTGZ(const QString &download)
     if (workFolder.isEmpty()) {
         return {};
     }
-    if (!untar(UnpackBudget(workFolder, QFileInfo(file).size(), m_unpackLimits), file, workFolder)) {
+    // Decompressed once to a plain tar, which is listed cheaply and then unpacked: each listing of the compressed
+    // archive would decompress it again. The tar file is measured by a budget of its own, as for tar.bz2.
+    const qint64 archiveBytes = QFileInfo(file).size();
+    const QString tarFile = gunzip(UnpackBudget(workFolder, archiveBytes, m_unpackLimits), file, workFolder);
+    const bool unpacked =
+        !tarFile.isEmpty() && untar(UnpackBudget(workFolder, archiveBytes, m_unpackLimits), tarFile, workFolder);
+    QFile::remove(tarFile);
+    if (!unpacked) {
         vlLog(QStringLiteral("error extracting tgz to %1").arg(workFolder));
         return {};
     }

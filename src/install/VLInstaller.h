@@ -66,6 +66,12 @@ private:
     // Runs an unpacking tool within budget; false, with the reason in unpackFailure, when it failed.
     bool unpackWith(const UnpackBudget &budget, const QString &tool, const QStringList &args, const QString &folder,
                     QByteArray *output = nullptr);
+    // Whether tool lists only folders, files and links, all inside the folder; false, with the reason in
+    // unpackFailure when one is known, when not.
+    bool listsPlainContainedEntries(const UnpackBudget &budget, const QString &tool, const QString &file,
+                                    const QString &workFolder);
+    // Decompresses a gzip file beside it, the file kept; answers the file it holds, "" on failure.
+    QString gunzip(const UnpackBudget &budget, const QString &file, const QString &workFolder);
     bool bunzip(const UnpackBudget &budget, const QString &file, const QString &workFolder);
     bool untar(const UnpackBudget &budget, const QString &tarFile, const QString &workFolder);
 

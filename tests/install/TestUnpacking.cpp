@@ -30,7 +30,8 @@ class TestUnpacking : public QObject
 private slots:
     void bounded_data()
     {
-        // recipe: as for unpack, run in a folder holding "big" (20 MB of zeros), "many/" (300 empty files) and "note".
+        // recipe: as for unpack, run in a folder holding "big" (20 MB of zeros), "many/" (300 empty files), "note" and
+        // "dev.mtree", which describes a character device 0,0.
         columns<QString, QString, QString, qint64, qint64, qint64, QString>("op", "name", "recipe", "minBytes",
                                                                             "minEntries", "reserve", "failure");
         const qint64 mb = 1 << 20;
@@ -55,6 +56,11 @@ private slots:
         }
         row("zip holding a device", u"zip"_s, u"Dev.zip"_s, u"chr note"_s, 64 * mb, qint64(1000), qint64(0),
             u"the archive holds a device"_s);
+        for (const auto &[op, name, create] :
+             {std::tuple(u"tgz"_s, u"tar.gz"_s, u"-czf"_s), {u"tbz"_s, u"tar.bz2"_s, u"-cjf"_s}}) {
+            row(qPrintable(name + u" holding a device"), op, u"Dev."_s + name, u"bsdtar %1 %A @dev.mtree"_s.arg(create),
+                64 * mb, qint64(1000), qint64(0), u"the archive holds a device"_s);
+        }
         row("password asked", u"zip"_s, u"Secret.zip"_s,
             u"bsdtar --format zip --options zip:encryption=zipcrypt --passphrase pw -cf %A note"_s, 64 * mb,
             qint64(1000), qint64(0), u"bsdtar failed with status"_s);
@@ -70,6 +76,7 @@ private slots:
         BundleTree source(sandbox.filePath(u"src"_s));
         source.addFile(u"big"_s, QByteArray(20 << 20, '\0'));
         source.addFile(u"note"_s, "a secret");
+        source.addFile(u"dev.mtree"_s, "#mtree\n./dev type=char device=native,0,0 mode=0644\n");
         for (int i = 0; i < 300; ++i) {
             source.addFile(u"many/%1"_s.arg(i), "");
         }
