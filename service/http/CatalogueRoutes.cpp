@@ -16,27 +16,26 @@ namespace {
 // compressed once when the catalogue was read.
 QByteArray matchReply(const httplib::Request &req, const CatalogueIndex &index, const AutomatchRequest &request)
 {
-    const QString base = Reply::baseUrl(req);
+    // The opening quote and this service's address, escaped: a local link's own escaped text completes it.
+    const QByteArray baseJson = JsonText::quoted(Reply::baseUrl(req)).chopped(1);
     ZlibJoin reply;
-    reply.append(QByteArray("{"));
-    QByteArray head;
+    QByteArray &text = reply.text();
+    text.append('{');
+    bool first = true;
     for (const auto &[number, app] : request.apps) {
         const CatalogueEntry *entry = index.match(app.description);
         if (!entry)
             continue;
-        head.append('"').append(QByteArray::number(number)).append("\":{\"h\":");
-        JsonText::appendQuoted(head, app.digest);
-        head.append(",\"i\":");
-        JsonText::appendQuoted(head, app.installedVersion);
-        if (entry->link.startsWith(u'/')) {
-            head.append(",\"e1\":");
-            JsonText::appendQuoted(head, base + entry->link);
-        }
-        reply.append(head);
+        text.append(first ? "\"" : ",\"").append(QByteArray::number(number)).append("\":{\"h\":");
+        first = false;
+        JsonText::appendQuoted(text, app.digest);
+        text.append(",\"i\":");
+        JsonText::appendQuoted(text, app.installedVersion);
+        if (!entry->localLinkJson.isEmpty())
+            text.append(",\"e1\":").append(baseJson).append(entry->localLinkJson);
         reply.append(entry->replyTail);
-        head = ",";
     }
-    reply.append(QByteArray("}"));
+    text.append('}');
     return reply.finish();
 }
 

@@ -22,8 +22,8 @@ public:
     static Fragment fragment(const QByteArray &text);
 
     ZlibJoin();
-    // Text of this reply only; kept as it is.
-    void append(const QByteArray &text);
+    // Text of this reply only, written straight into the stream's pending text and kept as it is.
+    QByteArray &text() { return m_pending; }
     void append(const Fragment &fragment);
     // The whole stream: header, pieces, the final block and the checksum.
     QByteArray finish();
