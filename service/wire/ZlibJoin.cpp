@@ -33,8 +33,9 @@ ZlibJoin::Fragment ZlibJoin::fragment(const QByteArray &text)
     return rc == Z_OK && stream.avail_in == 0 ? fragment : Fragment{};
 }
 
-ZlibJoin::ZlibJoin() : m_adler(adler32(0, nullptr, 0))
+ZlibJoin::ZlibJoin(qsizetype size) : m_adler(adler32(0, nullptr, 0))
 {
+    m_out.reserve(size);
     // Deflate with a 32 KB window, level 1 (the header's check bits make it a multiple of 31).
     m_out.append(char(0x78)).append(char(0x01));
 }
