@@ -2,9 +2,9 @@
 # The arrangement of service/README.md ("Several processes") on loopback: a throwaway PostgreSQL cluster, three
 # velmora-service processes sharing it, and nginx in front with packaging/nginx/velmora-service.conf. Checks that
 # what one process writes every process reads, that velmora-cli checks and updates a sample app through nginx, then
-# three faults: a process killed (-9) during a load run (no
-# request may fail), the database server stopped and started again (503 meanwhile, then answers again by itself, no
-# process lost), and a database that cannot be reached at start (a clear message after the wait).
+# three faults: a process killed (-9) during a load run (no request may fail), the database server stopped and
+# started again (503 meanwhile, then answers again by itself, no process lost), and a database that cannot be
+# reached at start (a clear message after the wait).
 #
 #   loopback.sh BUILD_DIR
 set -euo pipefail
