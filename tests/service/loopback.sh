@@ -113,8 +113,8 @@ cli() {
 }
 mkdir -p "$work/home" "$work/tmp" "$work/volume/Applications"
 cp -a "$build/service/installed/Applications/." "$work/volume/Applications/"
-for key in serviceHost siteHost dealsHost analyticsHost shortenerHost; do
-    cli defaults write "$key" -string "$url" >/dev/null
+for host in serviceHost siteHost dealsHost analyticsHost shortenerHost; do
+    cli defaults write "$host" -string "$url" >/dev/null
 done
 cli defaults write volumeRoot -string "$work/volume" >/dev/null
 cli check >"$work/check.out" || fail "velmora-cli check through nginx: $(cat "$work/check.out")"
@@ -164,6 +164,8 @@ for port in "${ports[@]}"; do
     [[ $(status "http://127.0.0.1:$port/vld6blacklist") == 200 ]] || fail "port $port did not come back"
 done
 for pid in "${pids[@]}"; do kill -0 "$pid" || fail "a process ended"; done
+curl -sf "http://127.0.0.1:${ports[2]}/vld6member/jlogincheck2/u/$email/p/$password/vld/6.0.4/c/C/os/14/r/1/cpu/8/uuid/U" |
+    grep -q '"id"' || fail "sign-in at the restarted process"
 
 # Fault 3: a server that cannot be reached at start: retried, then named.
 closed=$(free_port)
