@@ -85,12 +85,14 @@ const CatalogueEntry *CatalogueIndex::lookup(const QHash<QString, Candidate> &ta
     // looks up some 1,500 keys.
     constexpr qsizetype onStack = 256;
     const bool ascii = std::all_of(trimmed.begin(), trimmed.end(), [](QChar c) { return c.unicode() < 0x80; });
-    std::array<QChar, onStack> buffer;
+    std::array<char16_t, onStack> buffer; // left unset: only the key's part is written and read
     QString foldedKey;
     if (ascii && trimmed.size() <= onStack) {
-        std::transform(trimmed.begin(), trimmed.end(), buffer.begin(),
-                       [](QChar c) { return c >= u'A' && c <= u'Z' ? QChar(c.unicode() + (u'a' - u'A')) : c; });
-        foldedKey = QString::fromRawData(buffer.data(), trimmed.size());
+        std::transform(trimmed.begin(), trimmed.end(), buffer.begin(), [](QChar c) {
+            const char16_t u = c.unicode();
+            return u >= u'A' && u <= u'Z' ? char16_t(u + (u'a' - u'A')) : u;
+        });
+        foldedKey = QString::fromRawData(reinterpret_cast<const QChar *>(buffer.data()), trimmed.size());
     } else {
         foldedKey = trimmed.toString().toCaseFolded();
     }
