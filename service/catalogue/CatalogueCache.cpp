@@ -74,6 +74,8 @@ CatalogueEntry CatalogueCache::entryFor(const StoredApp &app)
         JsonText::appendQuoted(tail, entry.link);
     }
     entry.replyTail = ZlibJoin::fragment(tail + ',' + entry.encodedMembers + '}');
+    if (entry.link.startsWith(u'/'))
+        entry.localLinkJson = JsonText::quoted(entry.link).sliced(1);
     return entry;
 }
 

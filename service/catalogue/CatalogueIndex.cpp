@@ -5,6 +5,9 @@
 
 #include <QJsonArray>
 
+#include <algorithm>
+#include <array>
+
 namespace {
 
 QString folded(const QString &key)
@@ -75,9 +78,24 @@ bool CatalogueIndex::better(const Candidate &a, const Candidate &b) const
 
 const CatalogueEntry *CatalogueIndex::lookup(const QHash<QString, Candidate> &table, const QString &key) const
 {
-    const QString foldedKey = folded(key);
-    if (foldedKey.isEmpty())
+    const QStringView trimmed = QStringView(key).trimmed();
+    if (trimmed.isEmpty())
         return nullptr;
+    // Nearly every key is ASCII, whose case folding is A-Z to a-z: folded on the stack, as a matching request
+    // looks up some 1,500 keys.
+    constexpr qsizetype onStack = 256;
+    const bool ascii = std::all_of(trimmed.begin(), trimmed.end(), [](QChar c) { return c.unicode() < 0x80; });
+    std::array<char16_t, onStack> buffer; // left unset: only the key's part is written and read
+    QString foldedKey;
+    if (ascii && trimmed.size() <= onStack) {
+        std::transform(trimmed.begin(), trimmed.end(), buffer.begin(), [](QChar c) {
+            const char16_t u = c.unicode();
+            return u >= u'A' && u <= u'Z' ? char16_t(u + (u'a' - u'A')) : u;
+        });
+        foldedKey = QString::fromRawData(reinterpret_cast<const QChar *>(buffer.data()), trimmed.size());
+    } else {
+        foldedKey = trimmed.toString().toCaseFolded();
+    }
     const auto it = table.constFind(foldedKey);
     return it == table.constEnd() ? nullptr : &m_entries[size_t(it->entry)];
 }

@@ -21,6 +21,9 @@ struct CatalogueEntry
     ZlibJoin::Fragment replyTail;
     QString link; // as stored: absolute, or a path on this service
     bool isBeta = false;
+    // A link on this service, JSON-escaped and without the opening quote, for a reply to put after its own base
+    // address; empty when the link is elsewhere.
+    QByteArray localLinkJson;
 };
 
 // What an app of a matching request says about itself.

@@ -16,34 +16,48 @@ namespace {
 // compressed once when the catalogue was read.
 QByteArray matchReply(const httplib::Request &req, const CatalogueIndex &index, const AutomatchRequest &request)
 {
-    const QString base = Reply::baseUrl(req);
-    ZlibJoin reply;
-    reply.append(QByteArray("{"));
-    QByteArray head;
+    // The opening quote and this service's address, escaped: a local link's own escaped text completes it.
+    const QByteArray baseJson = JsonText::quoted(Reply::baseUrl(req)).chopped(1);
+    // Matched first, so that the reply is allocated once: its records' parts are most of it.
+    struct Match
+    {
+        int number;
+        const AutomatchApp *app;
+        const CatalogueEntry *entry;
+    };
+    std::vector<Match> matched;
+    matched.reserve(request.apps.size());
+    qsizetype size = 256;
     for (const auto &[number, app] : request.apps) {
-        const CatalogueEntry *entry = index.match(app.description);
-        if (!entry)
-            continue;
-        head.append('"').append(QByteArray::number(number)).append("\":{\"h\":");
-        JsonText::appendQuoted(head, app.digest);
-        head.append(",\"i\":");
-        JsonText::appendQuoted(head, app.installedVersion);
-        if (entry->link.startsWith(u'/')) {
-            head.append(",\"e1\":");
-            JsonText::appendQuoted(head, base + entry->link);
+        if (const CatalogueEntry *entry = index.match(app.description)) {
+            matched.push_back({number, &app, entry});
+            size += entry->replyTail.deflated.size() + 128;
         }
-        reply.append(head);
-        reply.append(entry->replyTail);
-        head = ",";
     }
-    reply.append(QByteArray("}"));
+    ZlibJoin reply(size);
+    QByteArray &text = reply.text();
+    text.append('{');
+    bool first = true;
+    for (const auto &[number, app, entry] : matched) {
+        text.append(first ? "\"" : ",\"").append(QByteArray::number(number)).append("\":{\"h\":");
+        first = false;
+        JsonText::appendQuoted(text, app->digest);
+        text.append(",\"i\":");
+        JsonText::appendQuoted(text, app->installedVersion);
+        if (!entry->localLinkJson.isEmpty())
+            text.append(",\"e1\":").append(baseJson).append(entry->localLinkJson);
+        reply.append(entry->replyTail);
+    }
+    text.append('}');
     return reply.finish();
 }
 
 void automatch(const httplib::Request &req, httplib::Response &res, ServiceContext &context)
 {
     QString error;
-    const auto request = AutomatchRequest::parse(QByteArray::fromStdString(req.body), &error);
+    // Read where it lies: the request keeps none of the body's bytes.
+    const auto request =
+        AutomatchRequest::parse(QByteArray::fromRawData(req.body.data(), qsizetype(req.body.size())), &error);
     if (!request)
         return Reply::fail(res, 400, error);
     const auto index = context.catalogue.current();

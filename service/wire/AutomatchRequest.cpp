@@ -7,68 +7,92 @@ namespace {
 constexpr int maxApps = 1000000;
 
 // Sets one field of an app group; false when a URL-encoded value is malformed.
-bool setAppField(AutomatchApp &app, QChar field, QByteArrayView raw)
+bool setAppField(AutomatchApp &app, char field, QByteArrayView raw)
 {
-    if (field == u'p' || field == u'v') {
-        (field == u'p' ? app.digest : app.installedVersion) = QString::fromUtf8(raw);
+    switch (field) {
+    case 'p':
+        app.digest = QString::fromUtf8(raw);
         return true;
+    case 'v':
+        app.installedVersion = QString::fromUtf8(raw);
+        return true;
+    case 'm':
+        // When the app was last opened plays no part in matching; it only has to be well-formed.
+        return Percent::isValid(raw, true);
+    default:
+        break;
     }
-    const auto value = Percent::decode(raw, true);
+    auto value = Percent::decode(raw, true);
     if (!value)
         return false;
-    switch (field.unicode()) {
-    case 't':
-        app.description.bundleName = *value;
-        break;
-    case 'd':
-        app.description.displayName = *value;
-        break;
-    case 'b':
-        app.description.bundleId = *value;
-        break;
-    default:
-        app.lastOpened = *value;
-        break;
-    }
+    AppDescription &description = app.description;
+    (field == 't'   ? description.bundleName
+     : field == 'd' ? description.displayName
+                    : description.bundleId) = std::move(*value);
     return true;
 }
 
 // "app[12][t]" -> 12, 't'; false for any other name.
-bool parseAppFieldName(const QString &name, int *index, QChar *field)
+bool parseAppFieldName(QByteArrayView name, int *index, char *field)
 {
-    static const QLatin1StringView prefix("app[");
-    if (!name.startsWith(prefix) || name.size() < prefix.size() + 5 || !name.endsWith(u']'))
+    constexpr QByteArrayView prefix("app[");
+    constexpr qsizetype maxDigits = 7;
+    const qsizetype digits = name.size() - prefix.size() - 4; // what stands between the prefix and "][t]"
+    if (!name.startsWith(prefix) || digits < 1 || digits > maxDigits)
         return false;
-    const qsizetype close = name.indexOf(u']', prefix.size());
-    if (close != name.size() - 4 || name.at(close + 1) != u'[' || close - prefix.size() > 7)
+    const QByteArrayView tail = name.last(4);
+    if (tail[0] != ']' || tail[1] != '[' || tail[3] != ']' || QByteArrayView("tpdvbm").indexOf(tail[2]) < 0)
         return false;
-    bool numeric = false;
-    *index = QStringView(name).sliced(prefix.size(), close - prefix.size()).toInt(&numeric);
-    *field = name.at(close + 2);
-    return numeric && name.at(prefix.size()).isDigit() && QStringView(u"tpdvbm").contains(*field);
+    int value = 0;
+    for (const char c : name.sliced(prefix.size(), digits)) {
+        if (c < '0' || c > '9')
+            return false;
+        value = value * 10 + (c - '0');
+    }
+    *index = value;
+    *field = tail[2];
+    return true;
 }
 
 } // namespace
 
+// The body is read in place: a field's name is decoded only when it holds escapes, and only the values matching
+// needs become texts. A 500-app request is some 3,000 fields, read for every matching request.
 std::optional<AutomatchRequest> AutomatchRequest::parse(const QByteArray &body, QString *error)
 {
-    const auto form = FormBody::parse(body);
-    if (!form) {
-        *error = QStringLiteral("bad form encoding");
-        return std::nullopt;
-    }
     AutomatchRequest request;
-    const std::pair<QLatin1StringView, QString *> head[] = {{QLatin1StringView("vld"), &request.clientVersion},
-                                                            {QLatin1StringView("c"), &request.serial},
-                                                            {QLatin1StringView("uuid"), &request.installation},
-                                                            {QLatin1StringView("mid"), &request.memberId},
-                                                            {QLatin1StringView("type"), &request.type}};
+    const std::pair<QByteArrayView, QString *> head[] = {{"vld", &request.clientVersion},
+                                                         {"c", &request.serial},
+                                                         {"uuid", &request.installation},
+                                                         {"mid", &request.memberId},
+                                                         {"type", &request.type}};
     int lastIndex = -1;
     AutomatchApp *app = nullptr;
-    for (const FormBody::Field &field : form->fields()) {
+    const QByteArrayView all(body);
+    for (qsizetype start = 0; start <= all.size();) {
+        qsizetype end = all.indexOf('&', start);
+        if (end < 0)
+            end = all.size();
+        const QByteArrayView piece = all.sliced(start, end - start);
+        start = end + 1;
+        if (piece.isEmpty())
+            continue;
+        const qsizetype equals = piece.indexOf('=');
+        QByteArrayView name = equals < 0 ? piece : piece.first(equals);
+        const QByteArrayView raw = equals < 0 ? QByteArrayView() : piece.sliced(equals + 1);
+        QByteArray decodedName;
+        if (!Percent::isPlainAscii(name, true)) {
+            auto decoded = Percent::decodeBytes(name, true);
+            if (!decoded) {
+                *error = QStringLiteral("bad form encoding");
+                return std::nullopt;
+            }
+            decodedName = std::move(*decoded);
+            name = decodedName;
+        }
         int index = 0;
-        QChar name;
-        if (parseAppFieldName(field.name, &index, &name)) {
+        char field = 0;
+        if (parseAppFieldName(name, &index, &field)) {
             if (index >= maxApps) {
                 *error = QStringLiteral("app index out of range: %1").arg(index);
                 return std::nullopt;
@@ -78,22 +102,22 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(const QByteArray &body, 
                 app = &request.apps[index];
                 lastIndex = index;
             }
-            if (!setAppField(*app, name, field.raw)) {
-                *error = QStringLiteral("bad encoding in %1").arg(field.name);
+            if (!setAppField(*app, field, raw)) {
+                *error = QStringLiteral("bad encoding in %1").arg(QString::fromUtf8(name));
                 return std::nullopt;
             }
             continue;
         }
-        if (field.name.startsWith(QLatin1StringView("app["))) {
-            *error = QStringLiteral("unknown app field %1").arg(field.name);
+        if (name.startsWith("app[")) {
+            *error = QStringLiteral("unknown app field %1").arg(QString::fromUtf8(name));
             return std::nullopt;
         }
         for (const auto &[key, target] : head) {
-            if (field.name != key)
+            if (name != key)
                 continue;
-            const auto value = Percent::decode(field.raw, true);
+            const auto value = Percent::decode(raw, true);
             if (!value) {
-                *error = QStringLiteral("bad encoding in %1").arg(field.name);
+                *error = QStringLiteral("bad encoding in %1").arg(QString::fromUtf8(name));
                 return std::nullopt;
             }
             *target = *value;

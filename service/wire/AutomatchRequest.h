@@ -13,7 +13,6 @@ struct AutomatchApp
     AppDescription description;
     QString digest;           // "p", sent as is
     QString installedVersion; // "v", sent as is (not URL-encoded)
-    QString lastOpened;       // "m"
 };
 
 struct AutomatchRequest

@@ -3,24 +3,28 @@
 #include "wire/HexDigit.h"
 
 #include <QJsonDocument>
-#include <QStringDecoder>
+#include <QVarLengthArray>
 
 #include <cmath>
 
 namespace Percent {
 
-std::optional<QString> decode(QByteArrayView bytes, bool plusIsSpace)
+bool isPlainAscii(QByteArrayView bytes, bool plusIsSpace)
 {
-    // Most values are plain ASCII with nothing to decode; they skip the copying and the UTF-8 check.
-    bool ascii = true;
-    bool plain = true;
     for (const char c : bytes) {
-        ascii = ascii && uchar(c) < 0x80;
-        plain = plain && c != '%' && !(plusIsSpace && c == '+');
+        if (uchar(c) >= 0x80 || c == '%' || (plusIsSpace && c == '+'))
+            return false;
     }
-    if (plain && ascii)
-        return QString::fromLatin1(bytes);
-    QByteArray out(bytes.size(), Qt::Uninitialized);
+    return true;
+}
+
+namespace {
+
+// The bytes with their escapes undone, in out's storage; nullopt on a broken escape or bytes that are not UTF-8.
+template <qsizetype Prealloc>
+std::optional<QByteArrayView> unescaped(QByteArrayView bytes, bool plusIsSpace, QVarLengthArray<char, Prealloc> &out)
+{
+    out.resize(bytes.size());
     qsizetype length = 0;
     for (qsizetype i = 0; i < bytes.size(); ++i) {
         const char c = bytes[i];
@@ -35,12 +39,35 @@ std::optional<QString> decode(QByteArrayView bytes, bool plusIsSpace)
             out[length++] = plusIsSpace && c == '+' ? ' ' : c;
         }
     }
-    out.truncate(length);
-    QStringDecoder utf8(QStringDecoder::Utf8);
-    const QString text = utf8.decode(out);
-    if (utf8.hasError())
-        return std::nullopt;
-    return text;
+    const QByteArrayView text(out.constData(), length);
+    return text.isValidUtf8() ? std::optional(text) : std::nullopt;
+}
+
+} // namespace
+
+std::optional<QString> decode(QByteArrayView bytes, bool plusIsSpace)
+{
+    // Most values are plain ASCII with nothing to decode; they skip the copying and the UTF-8 check.
+    if (isPlainAscii(bytes, plusIsSpace))
+        return QString::fromLatin1(bytes);
+    QVarLengthArray<char, 256> buffer;
+    const auto text = unescaped(bytes, plusIsSpace, buffer);
+    return text ? std::optional(QString::fromUtf8(*text)) : std::nullopt;
+}
+
+std::optional<QByteArray> decodeBytes(QByteArrayView bytes, bool plusIsSpace)
+{
+    if (isPlainAscii(bytes, plusIsSpace))
+        return bytes.toByteArray();
+    QVarLengthArray<char, 256> buffer;
+    const auto text = unescaped(bytes, plusIsSpace, buffer);
+    return text ? std::optional(text->toByteArray()) : std::nullopt;
+}
+
+bool isValid(QByteArrayView bytes, bool plusIsSpace)
+{
+    QVarLengthArray<char, 256> buffer;
+    return isPlainAscii(bytes, plusIsSpace) || unescaped(bytes, plusIsSpace, buffer);
 }
 
 } // namespace Percent

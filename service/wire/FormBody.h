@@ -11,8 +11,14 @@
 #include <optional>
 
 namespace Percent {
+// ASCII without escapes (nor "+" where it stands for a space): the text is the bytes themselves.
+bool isPlainAscii(QByteArrayView bytes, bool plusIsSpace);
 // Strict percent-decoding to UTF-8; nullopt on a broken escape or bytes that are not UTF-8.
 std::optional<QString> decode(QByteArrayView bytes, bool plusIsSpace);
+// The same, as UTF-8 bytes.
+std::optional<QByteArray> decodeBytes(QByteArrayView bytes, bool plusIsSpace);
+// Whether decode() would succeed, without keeping the text.
+bool isValid(QByteArrayView bytes, bool plusIsSpace);
 } // namespace Percent
 
 class FormBody

@@ -1,10 +1,13 @@
 #include "wire/JsonText.h"
 
+#include <QVarLengthArray>
+
 namespace JsonText {
 
-void appendQuoted(QByteArray &out, const QString &text)
+namespace {
+
+void appendQuotedUtf8(QByteArray &out, QByteArrayView utf8)
 {
-    const QByteArray utf8 = text.toUtf8();
     out.append('"');
     // Most texts need no escapes and go in as one piece.
     qsizetype plainFrom = 0;
@@ -36,6 +39,21 @@ void appendQuoted(QByteArray &out, const QString &text)
     }
     out.append(utf8.constData() + plainFrom, utf8.size() - plainFrom);
     out.append('"');
+}
+
+} // namespace
+
+void appendQuoted(QByteArray &out, const QString &text)
+{
+    // Matching replies quote a thousand short ASCII texts each: those skip the UTF-8 copy.
+    QVarLengthArray<char, 256> ascii(text.size());
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const char16_t c = text.at(i).unicode();
+        if (c >= 0x80)
+            return appendQuotedUtf8(out, text.toUtf8());
+        ascii[i] = char(c);
+    }
+    appendQuotedUtf8(out, QByteArrayView(ascii.constData(), ascii.size()));
 }
 
 QByteArray quoted(const QString &text)

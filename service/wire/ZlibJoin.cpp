@@ -33,16 +33,11 @@ ZlibJoin::Fragment ZlibJoin::fragment(const QByteArray &text)
     return rc == Z_OK && stream.avail_in == 0 ? fragment : Fragment{};
 }
 
-ZlibJoin::ZlibJoin() : m_adler(adler32(0, nullptr, 0))
+ZlibJoin::ZlibJoin(qsizetype size) : m_adler(adler32(0, nullptr, 0))
 {
+    m_out.reserve(size);
     // Deflate with a 32 KB window, level 1 (the header's check bits make it a multiple of 31).
     m_out.append(char(0x78)).append(char(0x01));
-}
-
-void ZlibJoin::append(const QByteArray &text)
-{
-    m_pending.append(text);
-    m_adler = adler32(m_adler, reinterpret_cast<const Bytef *>(text.constData()), uInt(text.size()));
 }
 
 void ZlibJoin::append(const Fragment &fragment)
@@ -54,6 +49,7 @@ void ZlibJoin::append(const Fragment &fragment)
 
 void ZlibJoin::storePending()
 {
+    m_adler = adler32(m_adler, reinterpret_cast<const Bytef *>(m_pending.constData()), uInt(m_pending.size()));
     for (qsizetype at = 0; at < m_pending.size(); at += maxStoredBlock) {
         const auto length = unsigned(std::min(maxStoredBlock, m_pending.size() - at));
         // A stored block that is not the last: its header bits on a byte boundary, then the length and its
@@ -63,7 +59,8 @@ void ZlibJoin::storePending()
         appendLittleEndian16(m_out, ~length & 0xffff);
         m_out.append(m_pending.constData() + at, qsizetype(length));
     }
-    m_pending.clear();
+    // Kept allocated for the next piece of text.
+    m_pending.resize(0);
 }
 
 QByteArray ZlibJoin::finish()

@@ -21,9 +21,10 @@ public:
     // Compresses text once, for any number of replies.
     static Fragment fragment(const QByteArray &text);
 
-    ZlibJoin();
-    // Text of this reply only; kept as it is.
-    void append(const QByteArray &text);
+    // size: about how long the stream will be, so that it is allocated once.
+    explicit ZlibJoin(qsizetype size = 0);
+    // Text of this reply only, written straight into the stream's pending text and kept as it is.
+    QByteArray &text() { return m_pending; }
     void append(const Fragment &fragment);
     // The whole stream: header, pieces, the final block and the checksum.
     QByteArray finish();

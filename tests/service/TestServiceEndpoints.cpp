@@ -54,6 +54,10 @@ private slots:
                  QString::fromLatin1(QCryptographicHash::hash(file.body, QCryptographicHash::Sha256).toHex()));
         QCOMPARE(reply.value(QStringLiteral("5")).toObject().value(QStringLiteral("m")).toString(),
                  QStringLiteral("5005"));
+        // A field's name may come URL-encoded, as in any form.
+        const QJsonObject encoded = m_client->automatch("app%5B3%5D%5Bb%5D=com.velmora.sample.reader&app[3][m]=x");
+        QCOMPARE(encoded.value(QStringLiteral("3")).toObject().value(QStringLiteral("m")).toString(),
+                 QStringLiteral("5005"));
     }
 
     void emptyRequestGivesEmptyObject()
@@ -158,6 +162,8 @@ private slots:
         row("broken escape", "POST", automatch, "vld=6.0.4&app[1][t]=%ZZ", 400);
         row("huge index", "POST", automatch, "app[9999999][t]=x", 400);
         row("unknown app field", "POST", automatch, "app[1][q]=x", 400);
+        row("index not a number", "POST", automatch, "app[1x][t]=x", 400);
+        row("broken escape in a field matching ignores", "POST", automatch, "app[1][m]=%C3%28", 400);
         row("body over the limit", "POST", automatch, QByteArray(17 * 1024 * 1024, 'a'), 413);
         row("unknown bundle", "GET", "/bundle/77", {}, 404);
         row("download of unknown id", "GET", "/download604/424242/a/b/0/0/c/d", {}, 404);

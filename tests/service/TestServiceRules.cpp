@@ -229,7 +229,7 @@ private slots:
                 join.append(ZlibJoin::fragment(piece.mid(2)));
                 whole += piece.mid(2);
             } else {
-                join.append(piece);
+                join.text().append(piece);
                 whole += piece;
             }
         }

@@ -1,15 +1,19 @@
 #!/usr/bin/env bash
 # The arrangement of service/README.md ("Several processes") on loopback: a throwaway PostgreSQL cluster, three
 # velmora-service processes sharing it, and nginx in front with packaging/nginx/velmora-service.conf. Checks that
-# what one process writes every process reads, then three faults: a process killed (-9) during a load run (no
-# request may fail), the database server stopped and started again (503 meanwhile, then answers again by itself, no
-# process lost), and a database that cannot be reached at start (a clear message after the wait).
+# what one process writes every process reads, that velmora-cli checks and updates a sample app through nginx, then
+# three faults: a process killed (-9) during a load run (no request may fail), the database server stopped and
+# started again (503 meanwhile, then answers again by itself, no process lost), and a database that cannot be
+# reached at start (a clear message after the wait).
 #
 #   loopback.sh BUILD_DIR
 set -euo pipefail
 build=$(realpath "$1")
 source_dir=$(realpath "$(dirname "$0")/../..")
 service=$build/service/velmora-service
+for needed in "$service" "$build/src/velmora-cli" "$build/service/installed/Applications"; do
+    [[ -e $needed ]] || { echo "FAIL: $needed is not built" >&2; exit 1; }
+done
 work=$(mktemp -d /tmp/velmora-loopback.XXXXXX)
 chmod 755 "$work"
 pids=()
@@ -99,6 +103,27 @@ curl -sf --data "$body" "$url/vld603scan/automatch" | python3 -c \
     'import sys, zlib, json; assert "0" in json.loads(zlib.decompress(sys.stdin.buffer.read()))' ||
     fail "matching through nginx"
 
+# The desktop program's own client through nginx: a check of the sample apps' old versions on a scratch volume, then
+# the update of one, downloaded from nginx's /files/. It runs as a user of its own: nothing of the machine's user's
+# settings or stored scan is read or written.
+cli() {
+    HOME=$work/home XDG_CONFIG_HOME=$work/home/.config XDG_DATA_HOME=$work/home/.local/share \
+        XDG_CACHE_HOME=$work/home/.cache XDG_STATE_HOME=$work/home/.local/state TMPDIR=$work/tmp \
+        "$build/src/velmora-cli" "$@"
+}
+mkdir -p "$work/home" "$work/tmp" "$work/volume/Applications"
+cp -a "$build/service/installed/Applications/." "$work/volume/Applications/"
+for host in serviceHost siteHost dealsHost analyticsHost shortenerHost; do
+    cli defaults write "$host" -string "$url" >/dev/null
+done
+cli defaults write volumeRoot -string "$work/volume" >/dev/null
+cli check >"$work/check.out" || fail "velmora-cli check through nginx: $(cat "$work/check.out")"
+grep -qx $'Velmora Notes\t1.0\t2.0' "$work/check.out" || fail "the check did not list Velmora Notes: $(cat "$work/check.out")"
+cli update "Velmora Notes" --yes >"$work/update.out" || fail "velmora-cli update through nginx"
+grep -q $'^Velmora Notes\t2.0\t' "$work/update.out" || fail "Velmora Notes was not updated: $(cat "$work/update.out")"
+grep -q '<string>2.0</string>' "$work/volume/Applications/Velmora Notes.app/Contents/Info.plist" ||
+    fail "the installed copy is not the new version"
+
 # Fault 1: a process killed in the middle of a load run; nginx sends its requests to the others.
 printf '%s' "$body" >"$work/match.body"
 cat >"$work/count.lua" <<'LUA'
@@ -123,9 +148,15 @@ start_process 2 "${ports[2]}"
 
 # Fault 2: the database server goes away and comes back; the processes answer 503 meanwhile and then by themselves.
 "$source_dir/tests/service/pg-cluster.sh" halt "$work/pg"
+# Each answer waits a few seconds for the database first, so the three are asked at once.
+asking=()
 for port in "${ports[@]}"; do
-    code=$(status "http://127.0.0.1:$port/vld6blacklist")
-    [[ $code == 503 ]] || fail "port $port answered $code while the database was away"
+    status "http://127.0.0.1:$port/vld6blacklist" >"$work/away-$port" &
+    asking+=($!)
+done
+wait "${asking[@]}"
+for port in "${ports[@]}"; do
+    [[ $(cat "$work/away-$port") == 503 ]] || fail "port $port answered $(cat "$work/away-$port") while the database was away"
 done
 "$source_dir/tests/service/pg-cluster.sh" resume "$work/pg"
 for port in "${ports[@]}"; do
@@ -133,6 +164,8 @@ for port in "${ports[@]}"; do
     [[ $(status "http://127.0.0.1:$port/vld6blacklist") == 200 ]] || fail "port $port did not come back"
 done
 for pid in "${pids[@]}"; do kill -0 "$pid" || fail "a process ended"; done
+curl -sf "http://127.0.0.1:${ports[2]}/vld6member/jlogincheck2/u/$email/p/$password/vld/6.0.4/c/C/os/14/r/1/cpu/8/uuid/U" |
+    grep -q '"id"' || fail "sign-in at the restarted process"
 
 # Fault 3: a server that cannot be reached at start: retried, then named.
 closed=$(free_port)
