@@ -32,7 +32,11 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
     }
     std::vector<CatalogueEntry> entries;
     for (const ImportApp &app : import->apps) {
-        entries.push_back({app.id, app.record, encodeShortKeyMembers(app.id, app.record), QString(), false});
+        // Only what matching reads: the reply's parts are not made here.
+        CatalogueEntry entry;
+        entry.id = app.id;
+        entry.record = app.record;
+        entries.push_back(std::move(entry));
     }
     g_index = std::make_unique<CatalogueIndex>(std::move(entries));
     return 0;

@@ -57,6 +57,8 @@ public:
     // Copies item over target (links and modes kept), the gate asked before and told after; the old copy is kept
     // aside until the new one is in place and put back on failure.
     bool checkIfAppIsRunningAndInstall(const QString &item, const QString &target);
+    // Whether a copy of item placed at target leaves the volume its reserve; when not, the update fails saying so.
+    bool hasRoomToPlace(const QString &item, const QString &target);
 
 private:
     // An installer app of the vendor's own: run it, then find what it installed.

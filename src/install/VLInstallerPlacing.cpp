@@ -19,6 +19,8 @@
 #include <QDir>
 #include <QFileInfo>
 
+#include <algorithm>
+
 // Routing the chosen item by its kind, and putting it in place.
 
 namespace {
@@ -189,7 +191,10 @@ QString VLInstaller::installNewVersionFromPKG(const QString &package, const QStr
             }
         }
     }
-    const bool mayInstall = installed.isEmpty() || !m_gate || m_gate->prepareToReplace(installed);
+    const bool roomForAll = std::all_of(merges.cbegin(), merges.cend(), [this](const FolderMerge &merge) {
+        return hasRoomToPlace(merge.folder, merge.target);
+    });
+    const bool mayInstall = roomForAll && (installed.isEmpty() || !m_gate || m_gate->prepareToReplace(installed));
     const bool complete = mayInstall && Replacement(m_authhelper).merge(merges);
     if (m_gate && !installed.isEmpty() && mayInstall) {
         m_gate->finishedReplacing(installed, complete);
@@ -201,14 +206,23 @@ QString VLInstaller::installNewVersionFromPKG(const QString &package, const QStr
     return installed.isEmpty() ? QStringLiteral("-") : installed;
 }
 
+// Checked before anything is quit or copied: a volume filled by the new copy would leave no room to finish.
+bool VLInstaller::hasRoomToPlace(const QString &item, const QString &target)
+{
+    const QString noRoom = PlacingRoom::check(item, target, m_unpackLimits.reserveBytes);
+    if (noRoom.isEmpty()) {
+        return true;
+    }
+    vlLog(QStringLiteral("not enough free space to place %1: %2").arg(item, noRoom));
+    if (m_state) {
+        m_state->fail(QCoreApplication::translate("VLInstaller", "Not enough free space: %1").arg(noRoom));
+    }
+    return false;
+}
+
 bool VLInstaller::checkIfAppIsRunningAndInstall(const QString &item, const QString &target)
 {
-    // Checked before anything is quit or copied: a volume filled by the new copy would leave no room to finish.
-    if (const QString noRoom = PlacingRoom::check(item, target, m_unpackLimits.reserveBytes); !noRoom.isEmpty()) {
-        vlLog(QStringLiteral("not enough free space to place %1: %2").arg(item, noRoom));
-        if (m_state) {
-            m_state->fail(QCoreApplication::translate("VLInstaller", "Not enough free space: %1").arg(noRoom));
-        }
+    if (!hasRoomToPlace(item, target)) {
         return false;
     }
     m_shouldInstall = !m_gate || m_gate->prepareToReplace(target);
