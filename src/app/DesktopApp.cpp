@@ -110,7 +110,7 @@ DesktopApp::DesktopApp()
         }
     });
     for (const char *name : {"VLAppIgnored", "VLAppFilterPrefChanged", "VLAppInstallCompletedReload"}) {
-        center.subscribe(QLatin1String(name), this, [this](const QVariant &) { refreshPanelAndBadge(); });
+        center.subscribe(QLatin1String(name), this, [this](const QVariant &) { refreshAll(); });
     }
 
     m_expiryTimer.setInterval(PanelExpiry::kTimerSeconds * 1000);
@@ -221,11 +221,18 @@ void DesktopApp::showWindow()
 
 void DesktopApp::refreshPanelAndBadge()
 {
-    const AppList outdated = m_driver->outdatedApps();
-    if (m_driver->donescanning()) {
+    // While a check runs the panel says so, and its worker holds the store: it is not read until the check is done.
+    const bool done = m_driver->donescanning();
+    const AppList outdated = done ? m_driver->outdatedApps() : AppList();
+    if (done) {
         m_menubar->setOutdatedCount(int(outdated.size()));
     }
-    m_panel->showTableHideScanningInProgress(m_driver->donescanning(), outdated);
+    m_panel->showTableHideScanningInProgress(done, outdated);
+}
+
+void DesktopApp::refreshAll()
+{
+    refreshPanelAndBadge();
     if (m_window) {
         m_window->reloadLists();
     }
@@ -297,7 +304,7 @@ void DesktopApp::onSettingChanged(const QString &key)
     } else if (key == QLatin1String(SettingKey::startupItem)) {
         m_delegate->addAppAsLoginItem();
     } else {
-        refreshPanelAndBadge();
+        refreshAll();
     }
 }
 
@@ -360,7 +367,7 @@ void DesktopApp::installFromLink(const QString &link)
                     self->m_updates->updateApp(linked.app);
                 }
             }
-            self->refreshPanelAndBadge();
+            self->refreshAll();
         });
     });
 }

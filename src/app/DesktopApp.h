@@ -50,7 +50,11 @@ public:
     bool statusItemShown() const;
 
     void showWindow();
+    // The panel's list and the tray icon's count, from the outdated records; the window follows the driver's and the
+    // updates' signals itself.
     void refreshPanelAndBadge();
+    // Also the window's lists: for changes only the application hears of (display settings, choices, install links).
+    void refreshAll();
 
 private:
     void applyShowStatusItem();
