@@ -81,7 +81,6 @@ private:
     QPointer<PreferencesDialog> m_preferences;
     QPointer<AccountDialog> m_account;
     QTimer m_expiryTimer;
-    QStringList m_pendingLinks;
     bool m_sessionEnding = false;
     bool m_toldNoTray = false;
 };
