@@ -7,6 +7,7 @@
 //   process is spawned to the end of the list's first paint with rows in it;
 // - tray click to painted panel: what a click on the tray icon does (the outdated list refilled, the panel opened at
 //   the icon), up to the end of the panel's paint; the first click (rows made) and later ones;
+// - the window listing its view again (what every change of the records costs the UI thread), with its paint;
 // - a scroll through the whole Installed list (all N records) by wheel notches, and again a page at a time: each
 //   frame timed from the event to the end of its paint;
 // - the resident size of an idle `velmora` (the program itself) once it stopped using the processor.
@@ -314,6 +315,25 @@ void timePanelOpens(DesktopApp &desktop)
     printSamples("tray click to painted panel, later", later);
 }
 
+// What a change of the records costs the UI thread: the window lists its view again, with its paint.
+void timeRelisting(VLMainWindow &window)
+{
+    const std::pair<AppView, const char *> views[] = {{AppView::Updates, "window relisted, Updates"},
+                                                      {AppView::Installed, "window relisted, Installed"}};
+    for (const auto &[view, label] : views) {
+        window.showView(view);
+        QApplication::processEvents();
+        QList<Sample> samples;
+        for (int run = 0; run < kPanelOpens; ++run) {
+            const Stopwatch watch;
+            window.reloadLists();
+            window.repaint();
+            samples.append(watch.lap());
+        }
+        printSamples(label, samples);
+    }
+}
+
 // Scrolls the window's Installed list from top to bottom, each step an event and its paint.
 void timeScrolling(VLMainWindow &window)
 {
@@ -387,6 +407,7 @@ int main(int argc, char **argv)
     }
     QApplication::processEvents();
     timePanelOpens(desktop);
+    timeRelisting(desktop.window());
     timeScrolling(desktop.window());
     return 0;
 }
