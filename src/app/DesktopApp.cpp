@@ -11,7 +11,6 @@
 #include "scan/VLAppDelegate.h"
 #include "scan/VLAppScanner.h"
 #include "scan/VLMainWindowController.h"
-#include "scan/VLScanData.h"
 #include "services/VLCrashReporter.h"
 #include "services/VLGoogleTracking.h"
 #include "services/VLMemberAccount.h"
@@ -34,7 +33,6 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QSessionManager>
-#include <QThreadPool>
 
 DesktopApp::DesktopApp()
     : m_crashAsker(std::make_unique<CrashReportDialog>()), m_driver(std::make_unique<VLMainWindowController>()),
@@ -81,13 +79,19 @@ DesktopApp::DesktopApp()
 
     connect(m_driver.get(), &VLMainWindowController::listChanged, this, &DesktopApp::refreshPanelAndBadge);
     // The driver counts the check as done just after telling of it: the panel is refilled on the next turn.
-    connect(m_driver.get(), &VLMainWindowController::checkFinished, this, [this] {
-        QTimer::singleShot(0, this, [this] { refreshPanelAndBadge(); });
-        const QStringList links = std::exchange(m_pendingLinks, {});
-        for (const QString &link : links) {
-            installFromLink(link);
-        }
-    });
+    connect(m_driver.get(), &VLMainWindowController::checkFinished, this,
+            [this] { QTimer::singleShot(0, this, [this] { refreshPanelAndBadge(); }); });
+    // An install link's apps, read by the driver once no check runs: what it asks to update or install starts.
+    connect(m_driver.get(), &VLMainWindowController::linkOpened, this,
+            [this](const QList<InstallLinks::LinkedApp> &linkedApps) {
+                for (const InstallLinks::LinkedApp &linked : linkedApps) {
+                    if (linked.decision == InstallLinks::Decision::Update ||
+                        linked.decision == InstallLinks::Decision::Install) {
+                        m_updates->updateApp(linked.app);
+                    }
+                }
+                refreshAll();
+            });
     connect(m_driver.get(), &VLMainWindowController::statusChanged, this, [this] {
         if (!m_driver->donescanning()) {
             m_panel->hideTableShowScanningInProgress();
@@ -112,7 +116,7 @@ DesktopApp::DesktopApp()
         }
     });
     for (const char *name : {"VLAppIgnored", "VLAppFilterPrefChanged", "VLAppInstallCompletedReload"}) {
-        center.subscribe(QLatin1String(name), this, [this](const QVariant &) { refreshPanelAndBadge(); });
+        center.subscribe(QLatin1String(name), this, [this](const QVariant &) { refreshAll(); });
     }
 
     m_expiryTimer.setInterval(PanelExpiry::kTimerSeconds * 1000);
@@ -226,11 +230,18 @@ void DesktopApp::showWindow()
 
 void DesktopApp::refreshPanelAndBadge()
 {
-    const AppList outdated = m_driver->outdatedApps();
-    if (m_driver->donescanning()) {
+    // While a check runs the panel says so, and its worker holds the store: it is not read until the check is done.
+    const bool done = m_driver->donescanning();
+    const AppList outdated = done ? m_driver->outdatedApps() : AppList();
+    if (done) {
         m_menubar->setOutdatedCount(int(outdated.size()));
     }
-    m_panel->showTableHideScanningInProgress(m_driver->donescanning(), outdated);
+    m_panel->showTableHideScanningInProgress(done, outdated);
+}
+
+void DesktopApp::refreshAll()
+{
+    refreshPanelAndBadge();
     if (m_window) {
         m_window->reloadLists();
     }
@@ -302,7 +313,7 @@ void DesktopApp::onSettingChanged(const QString &key)
     } else if (key == QLatin1String(SettingKey::startupItem)) {
         m_delegate->addAppAsLoginItem();
     } else {
-        refreshPanelAndBadge();
+        refreshAll();
     }
 }
 
@@ -345,29 +356,7 @@ void DesktopApp::handleArguments(const QStringList &arguments)
 void DesktopApp::installFromLink(const QString &link)
 {
     vlLog(QStringLiteral("install link %1").arg(link));
-    VLScanData *store = &m_driver->scanData();
-    if (!m_driver->donescanning()) {
-        m_pendingLinks.append(link); // taken once the running check is done
-        return;
-    }
-    VLGoogleTracking::trackProgramEvent(QStringLiteral("INSTALL_FROM_LINK"));
-    // The link's apps are fetched from the service off the UI thread; their updates start back on it.
-    QPointer<DesktopApp> self(this);
-    QThreadPool::globalInstance()->start([self, link, store] {
-        const QList<InstallLinks::LinkedApp> linkedApps = InstallLinks::installFromLink(link, *store);
-        QMetaObject::invokeMethod(QCoreApplication::instance(), [self, linkedApps] {
-            if (!self) {
-                return;
-            }
-            for (const InstallLinks::LinkedApp &linked : linkedApps) {
-                if (linked.decision == InstallLinks::Decision::Update ||
-                    linked.decision == InstallLinks::Decision::Install) {
-                    self->m_updates->updateApp(linked.app);
-                }
-            }
-            self->refreshPanelAndBadge();
-        });
-    });
+    m_driver->installFromLink(link);
 }
 
 void DesktopApp::reportProblem(const AppRef &app)

@@ -50,7 +50,11 @@ public:
     bool statusItemShown() const;
 
     void showWindow();
+    // The panel's list and the tray icon's count, from the outdated records; the window follows the driver's and the
+    // updates' signals itself.
     void refreshPanelAndBadge();
+    // Also the window's lists: for changes only the application hears of (display settings, choices, install links).
+    void refreshAll();
 
 private:
     void applyShowStatusItem();
@@ -77,7 +81,6 @@ private:
     QPointer<PreferencesDialog> m_preferences;
     QPointer<AccountDialog> m_account;
     QTimer m_expiryTimer;
-    QStringList m_pendingLinks;
     bool m_sessionEnding = false;
     bool m_toldNoTray = false;
 };

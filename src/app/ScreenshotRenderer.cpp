@@ -1,6 +1,8 @@
 #include "app/ScreenshotRenderer.h"
 
 #include "app/DesktopApp.h"
+#include "install/QuitAndRelaunchGate.h"
+#include "platform/RunningProcesses.h"
 #include "scan/VLMainWindowController.h"
 #include "services/VLMemberAccount.h"
 #include "ui/AccountDialog.h"
@@ -12,8 +14,15 @@
 #include <QApplication>
 #include <QDir>
 #include <QEventLoop>
+#include <QFile>
+#include <QFileInfo>
+#include <QMessageBox>
 #include <QPainter>
 #include <QPixmap>
+#include <QProcess>
+#include <QPushButton>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QTextStream>
 #include <QTimer>
 
@@ -61,6 +70,56 @@ bool saveAccountForms(DesktopApp &desktop, const QString &folder)
         saved = save(cart, folder, QStringLiteral("deals-cart")) && saved;
     }
     return saved;
+}
+
+// The question an update asks when it meets its app running, asked by the real gate: a copy of sleep, started from
+// inside a bundle named after appName, stands for the running app. The question is drawn and answered "Skip".
+bool saveQuitQuestion(const QString &appName, const QString &folder)
+{
+    QTemporaryDir root;
+    const QString bundle = root.filePath(appName + QStringLiteral(".app"));
+    const QString executable = bundle + QStringLiteral("/Contents/MacOS/") + appName;
+    const QString sleep = QStandardPaths::findExecutable(QStringLiteral("sleep"));
+    qint64 pid = 0;
+    if (sleep.isEmpty() || !QDir().mkpath(QFileInfo(executable).path()) || !QFile::copy(sleep, executable) ||
+        !QProcess::startDetached(executable, {QStringLiteral("60")}, root.path(), &pid)) {
+        QTextStream(stderr) << "cannot start a stand-in for a running app from " << bundle << '\n';
+        return false;
+    }
+    QEventLoop started;
+    QTimer poll;
+    QObject::connect(&poll, &QTimer::timeout, &started, [&] {
+        if (!RunningProcesses::inside(bundle).isEmpty()) {
+            started.quit();
+        }
+    });
+    poll.start(20);
+    QTimer::singleShot(kLoadTimeoutMs, &started, &QEventLoop::quit);
+    started.exec();
+
+    bool saved = false;
+    QTimer answer;
+    QObject::connect(&answer, &QTimer::timeout, &answer, [&] {
+        auto *box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        if (!box) {
+            return;
+        }
+        answer.stop();
+        saved = save(*box, folder, QStringLiteral("quit-and-relaunch"));
+        for (QAbstractButton *button : box->buttons()) {
+            if (box->buttonRole(button) == QMessageBox::RejectRole) {
+                button->click();
+            }
+        }
+    });
+    answer.start(20);
+    QuitAndRelaunchGate gate;
+    const bool asked = !gate.prepareToReplace(bundle) && gate.declined();
+    RunningProcesses::terminate(pid, 5000);
+    if (!asked) {
+        QTextStream(stderr) << "no question was asked for the running " << executable << '\n';
+    }
+    return asked && saved;
 }
 
 } // namespace
@@ -118,6 +177,9 @@ bool renderAll(const QString &folder)
     saved = save(window, folder, QStringLiteral("window-search")) && saved;
     window.setSearchText(QString());
     saved = save(desktop.preferences(), folder, QStringLiteral("preferences")) && saved;
+    const AppList outdated = driver.outdatedApps();
+    const QString runningName = outdated.isEmpty() ? QStringLiteral("Example") : outdated.first()->displayName;
+    saved = saveQuitQuestion(QString(runningName).remove(u'/'), folder) && saved;
     return saveAccountForms(desktop, folder) && saved;
 }
 

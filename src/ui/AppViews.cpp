@@ -3,6 +3,8 @@
 #include "model/AppJson.h"
 #include "model/RecordText.h"
 
+#include <QCollator>
+
 #include <algorithm>
 
 namespace AppViews {
@@ -12,6 +14,22 @@ namespace {
 bool isMatched(const VLApp &app)
 {
     return !app.vlID.isEmpty() && app.vlID != RecordText::unknown;
+}
+
+// The fields the preferences offer are read as they are; any other key through the record's JSON form, which
+// converts the whole record.
+QString sortField(const VLApp &app, const QString &key)
+{
+    if (key == QLatin1String("sortDate")) {
+        return app.sortDate;
+    }
+    if (key == QLatin1String("displayName")) {
+        return app.displayName;
+    }
+    if (key == QLatin1String("developer")) {
+        return app.developer;
+    }
+    return appToJson(app).value(key).toVariant().toString();
 }
 
 } // namespace
@@ -50,13 +68,15 @@ bool matchesSearch(const VLApp &app, const QString &search)
 AppList sortedByListSort(const AppList &apps, const QString &key)
 {
     const bool descending = key == QLatin1String("sortDate");
-    QList<std::pair<QString, AppRef>> keyed;
+    // Each text is turned into its collation key once: thousands of records are sorted at every change of the list.
+    const QCollator collator;
+    QList<std::pair<QCollatorSortKey, AppRef>> keyed;
     keyed.reserve(apps.size());
     for (const AppRef &app : apps) {
-        keyed.append({appToJson(*app).value(key).toVariant().toString(), app});
+        keyed.append({collator.sortKey(sortField(*app, key)), app});
     }
     std::stable_sort(keyed.begin(), keyed.end(), [descending](const auto &a, const auto &b) {
-        const int order = QString::localeAwareCompare(a.first, b.first);
+        const int order = a.first.compare(b.first);
         return descending ? order > 0 : order < 0;
     });
     AppList sorted;

@@ -23,8 +23,17 @@
 #include <QShortcut>
 #include <QSplitter>
 #include <QStatusBar>
+#include <QTimer>
 #include <QTreeView>
 #include <QVBoxLayout>
+
+#include <algorithm>
+
+namespace {
+
+constexpr int kStoreRetryMs = 100;
+
+} // namespace
 
 VLMainWindow::VLMainWindow(VLMainWindowController &driver, UpdateController &updates, AppActions &actions,
                            QWidget *parent)
@@ -32,7 +41,7 @@ VLMainWindow::VLMainWindow(VLMainWindowController &driver, UpdateController &upd
       m_navigation(new QListWidget(this)), m_search(new QLineEdit(this)), m_list(new QTreeView(this)),
       m_model(new AppListModel(this)), m_details(new DetailsPane(this)), m_updateAll(new QPushButton(this)),
       m_check(new QPushButton(tr("Check for Updates"), this)), m_status(new QLabel(this)),
-      m_progress(new QProgressBar(this))
+      m_progress(new QProgressBar(this)), m_storeRetry(new QTimer(this))
 {
     setObjectName(QStringLiteral("VLMainWindow"));
     setWindowTitle(tr("Velmora Desktop"));
@@ -146,6 +155,9 @@ VLMainWindow::VLMainWindow(VLMainWindowController &driver, UpdateController &upd
     setTabOrder(m_search, m_list);
     setTabOrder(m_list, m_details);
 
+    m_storeRetry->setSingleShot(true);
+    m_storeRetry->setInterval(kStoreRetryMs);
+    connect(m_storeRetry, &QTimer::timeout, this, &VLMainWindow::reloadLists);
     m_navigation->setCurrentRow(0);
     reloadLists();
 }
@@ -198,7 +210,7 @@ void VLMainWindow::refreshUpdateAllButton()
     m_updateAll->setProperty("cancels", cancels);
     m_updateAll->setText(cancels ? tr("Cancel") : tr("Update All"));
     m_updateAll->setAccessibleName(m_updateAll->text());
-    m_updateAll->setEnabled(cancels || !m_driver.outdatedApps().isEmpty());
+    m_updateAll->setEnabled(cancels || m_anyOutdated);
 }
 
 AppViewOptions VLMainWindow::viewOptions() const
@@ -212,12 +224,21 @@ AppViewOptions VLMainWindow::viewOptions() const
     return options;
 }
 
-AppList VLMainWindow::sourceFor(AppView view) const
+std::optional<AppList> VLMainWindow::sourceFor(AppView view)
 {
     if (view == AppView::Deals) {
         return m_deals;
     }
-    return m_driver.scanData().apps().value_or(AppList());
+    // A worker holds the store for as long as it reads or merges it (seconds for a large store at launch): the window
+    // keeps what it shows rather than freezing, and reads again shortly.
+    QRecursiveMutex &mutex = m_driver.scanData().mutex();
+    if (!mutex.tryLock()) {
+        m_storeRetry->start();
+        return std::nullopt;
+    }
+    const AppList records = m_driver.scanData().apps().value_or(AppList());
+    mutex.unlock();
+    return records;
 }
 
 void VLMainWindow::showView(AppView view)
@@ -234,8 +255,18 @@ void VLMainWindow::reloadLists()
     const bool member = m_driver.memberAccount().isLoggedIn;
     m_navigation->item(static_cast<int>(AppView::WatchList))->setHidden(!member);
     m_navigation->item(static_cast<int>(AppView::Purchases))->setHidden(!member);
+    const std::optional<AppList> source = sourceFor(m_view);
+    if (!source) {
+        return;
+    }
     const AppRef selected = m_details->app();
-    m_model->setApps(AppViews::appsInView(m_view, sourceFor(m_view), viewOptions()));
+    const AppViewOptions options = viewOptions();
+    m_model->setApps(AppViews::appsInView(m_view, *source, options));
+    if (m_view != AppView::Deals) {
+        m_anyOutdated = std::any_of(source->cbegin(), source->cend(), [&options](const AppRef &app) {
+            return isListedAsOutdated(*app, options.outdated);
+        });
+    }
     const int row = selected ? m_model->rowOf(selected.get()) : -1;
     m_list->setCurrentIndex(m_model->index(std::max(row, 0), 0));
     showSelectedDetails();

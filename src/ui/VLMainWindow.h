@@ -9,6 +9,8 @@
 
 #include <QMainWindow>
 
+#include <optional>
+
 class AppActions;
 class AppListModel;
 class DetailsPane;
@@ -17,6 +19,7 @@ class QLineEdit;
 class QListWidget;
 class QProgressBar;
 class QPushButton;
+class QTimer;
 class QTreeView;
 class UpdateController;
 class VLMainWindowController;
@@ -55,7 +58,8 @@ private:
     void buildToolBar();
     void showSelectedDetails();
     void refreshUpdateAllButton();
-    AppList sourceFor(AppView view) const;
+    // The records of the view; none when a worker holds the store: the list is read again shortly.
+    std::optional<AppList> sourceFor(AppView view);
     AppViewOptions viewOptions() const;
 
     VLMainWindowController &m_driver;
@@ -72,4 +76,6 @@ private:
     QPushButton *m_check;
     QLabel *m_status;
     QProgressBar *m_progress;
+    QTimer *m_storeRetry;
+    bool m_anyOutdated = false;
 };

@@ -201,6 +201,15 @@ void VLPanelController::removeOlderLaunchAppsFromPanel(const QDateTime &now)
 
 void VLPanelController::rebuildRows()
 {
+    // The same rows in the same order (every click on the tray icon, most list changes): only their state is shown
+    // again, which spares relaying out hundreds of rows.
+    if (m_rows.size() == m_outdatedApps.size() && rowsInOrder()) {
+        for (const AppRef &app : std::as_const(m_outdatedApps)) {
+            m_rows.value(app.get())->refresh(jobFor(app.get()));
+        }
+        showTableOrNoUpdates();
+        return;
+    }
     QHash<const VLApp *, PanelAppRow *> previous;
     previous.swap(m_rows);
     for (const AppRef &app : std::as_const(m_outdatedApps)) {
@@ -217,6 +226,22 @@ void VLPanelController::rebuildRows()
         m_rows.insert(app.get(), row);
     }
     qDeleteAll(previous);
+    showTableOrNoUpdates();
+}
+
+bool VLPanelController::rowsInOrder() const
+{
+    for (int index = 0; index < m_outdatedApps.size(); ++index) {
+        const QLayoutItem *item = m_rowsLayout->itemAt(index);
+        if (!item || item->widget() != m_rows.value(m_outdatedApps.at(index).get())) {
+            return false;
+        }
+    }
+    return true;
+}
+
+void VLPanelController::showTableOrNoUpdates()
+{
     if (m_outdatedApps.isEmpty()) {
         hideTableShowNoUpdates();
     } else {

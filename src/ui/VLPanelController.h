@@ -71,6 +71,9 @@ protected:
 private:
     void showStatus(const QString &text);
     void rebuildRows();
+    // The layout holds the rows of m_outdatedApps in its order.
+    bool rowsInOrder() const;
+    void showTableOrNoUpdates();
     void showRowMenu(const AppRef &app, const QPoint &globalPos);
     void showGearMenu();
     const UpdateJob *jobFor(const VLApp *app) const { return m_jobFor ? m_jobFor(app) : nullptr; }
