@@ -15,6 +15,21 @@
 
 namespace {
 
+// The private temporary folder's name, worked out again only when TMPDIR changes: Qt resolves the folder through
+// the file system on every call, which cost a check of thousands of records more than its matching. A folder that
+// was missing ("") is looked for again.
+QString privateTempFolderName()
+{
+    thread_local QByteArray knownTmpDir;
+    thread_local QString folder;
+    const QByteArray tmpDir = qgetenv("TMPDIR");
+    if (folder.isEmpty() || tmpDir != knownTmpDir) {
+        folder = AppPaths::privateTempFolderName();
+        knownTmpDir = tmpDir;
+    }
+    return folder;
+}
+
 // The leading decimal number of a text, as the size texts of the catalogue are read: "12abc" is 12, "x" is 0.
 // Neither the user's locale nor a hexadecimal "0x" changes what it means.
 double leadingNumber(const QString &text, bool wholeOnly)
@@ -97,7 +112,7 @@ QString VLApp::description() const
 QString VLApp::createDownloadPath() const
 {
     // Records are made by the thousand and most never download: the folder is made and checked when one does.
-    return AppPaths::privateTempFolderName() + QLatin1Char('/') + digestString;
+    return privateTempFolderName() + QLatin1Char('/') + digestString;
 }
 
 void VLApp::updateModDate()
