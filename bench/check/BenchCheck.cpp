@@ -90,16 +90,16 @@ Stages timeOneCheck()
         VLAppScanner::collectApps(VLAppScanner::searchScopes(), VLBlacklist(scanner.blackListApps()));
     lap(stages.scan);
 
-    VLScanData store;
+    // As the driver: the store read under the merge's Change, with the scan's readings of the bundles, and saved once.
+    VLScanData store(VLScanData::pathForDataFile(), VLScanData::Unread{});
     {
-        VLScanData::Change change(store);
+        VLScanData::Change change(store, -1, scanned);
         if (store.apps() && !store.apps()->isEmpty()) {
             store.doQuickSanityCheck();
             store.updateAppsUsingNewScan(scanned);
         } else {
             store.setApps(scanned);
         }
-        store.saveDataToDisk();
     }
     lap(stages.merge);
 
@@ -116,16 +116,20 @@ Stages timeOneCheck()
     exchange.getMatches(post);
     lap(stages.exchange);
 
-    VLScanData::Change change(store);
+    VLScanData::Change change(store, -1, scanned);
     AppList apps = store.apps().value_or(AppList());
     QHash<QString, AppRef> byDigest;
     for (const AppRef &app : apps) {
         byDigest.insert(app->digestString, app);
     }
+    QHash<QString, const VLApp *> scannedByPath;
+    for (const AppRef &app : scanned) {
+        scannedByPath.insert(app->localPath, app.get());
+    }
     for (const QVariant &entry : exchange.serverApps) {
         const QVariantMap item = entry.toMap();
         if (const AppRef app = byDigest.value(item.value(QStringLiteral("h")).toString())) {
-            app->updateWithServerItemJSON(item);
+            app->updateWithServerItemJSON(item, scannedByPath.value(app->localPath));
         } else {
             apps.append(std::make_shared<VLApp>(VLApp::initWithServerItemJSON(item)));
         }
@@ -145,7 +149,7 @@ void printStages(const char *label, const Stages &stages)
     const double total = double(stages.total());
     std::printf("  %-10s %6lld apps, %5lld matched: %8.1f ms |", label, qint64(stages.apps), qint64(stages.matched),
                 total / 1000.0);
-    const std::pair<const char *, qint64> parts[] = {{"scan", stages.scan},       {"merge+save", stages.merge},
+    const std::pair<const char *, qint64> parts[] = {{"scan", stages.scan},       {"read+merge", stages.merge},
                                                      {"request", stages.request}, {"exchange", stages.exchange},
                                                      {"apply", stages.apply},     {"save", stages.save}};
     for (const auto &[name, micros] : parts) {

@@ -88,8 +88,15 @@ void VLApp::markAppStoreName()
     }
 }
 
-void VLApp::refreshLocalVersion()
+void VLApp::refreshLocalVersion(const VLApp *scanned)
 {
+    // A scan reads the version by the plain rule only; any other rule, or a bundle that gave none, reads the bundle.
+    const bool plainRule = version_override.isEmpty() || version_override == QLatin1String("0");
+    if (scanned && scanned->localPath == localPath && !isSetLocalVersionToCurrent && plainRule &&
+        scanned->localVersion != RecordText::unknown) {
+        localVersion = scanned->localVersion;
+        return;
+    }
     BundleReader bundle(localPath);
     refreshLocalVersion(bundle);
 }
@@ -115,14 +122,21 @@ QString VLApp::createDownloadPath() const
     return privateTempFolderName() + QLatin1Char('/') + digestString;
 }
 
-void VLApp::updateModDate()
+void VLApp::updateModDate(const VLApp *scanned)
 {
-    const std::optional<QDateTime> modified = VLMdItem::modificationDate(localPath);
+    if (scanned && scanned->localPath != localPath) {
+        scanned = nullptr;
+    }
+    // A scan's record has the bundle's modification date, or none when it could not be had.
+    const std::optional<QDateTime> modified =
+        !scanned                          ? VLMdItem::modificationDate(localPath)
+        : scanned->lastModified.isValid() ? std::optional<QDateTime>(scanned->lastModified)
+                                          : std::nullopt;
     if (!modified || (lastModified.isValid() && *modified <= lastModified)) {
         return;
     }
     localVersion.clear();
-    refreshLocalVersion();
+    refreshLocalVersion(scanned);
     lastModified = *modified;
 }
 

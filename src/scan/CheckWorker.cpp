@@ -49,7 +49,7 @@ void CheckWorker::match(const Request &request)
     {
         // Saved with the match's outcome, success or failure, in one write: the file keeps the previous check's
         // records until then, so a kill meanwhile loses only this scan, which the next check makes again.
-        VLScanData::Change change(m_store);
+        VLScanData::Change change(m_store, -1, request.scanned);
         mergeScan(request.scanned);
     }
     const QString post = buildPost();
@@ -84,7 +84,7 @@ void CheckWorker::takeReply(const WebResult &result)
     exchange.takeResult(result);
     if (!exchange.entriesDictionary) {
         // The merged records are kept, and nothing of the failed match.
-        VLScanData::Change change(m_store);
+        VLScanData::Change change(m_store, -1, m_request.scanned);
         if (change.reloaded()) {
             mergeScan(m_request.scanned);
         }
@@ -131,7 +131,7 @@ QString CheckWorker::buildPost()
 void CheckWorker::applyMatches(const VLSendAllatOnceHelper &exchange)
 {
     const bool foreground = !m_request.background;
-    VLScanData::Change change(m_store);
+    VLScanData::Change change(m_store, -1, m_request.scanned);
     // Another process saved the store during the exchange: its records, with this scan merged again.
     if (change.reloaded()) {
         mergeScan(m_request.scanned);
@@ -141,6 +141,11 @@ void CheckWorker::applyMatches(const VLSendAllatOnceHelper &exchange)
     QHash<QString, AppRef> byDigest;
     for (const AppRef &app : apps) {
         byDigest.insert(app->digestString, app);
+    }
+    // The bundles this check's scan has just read are not read again for the reply.
+    QHash<QString, const VLApp *> scannedByPath;
+    for (const AppRef &app : std::as_const(m_request.scanned)) {
+        scannedByPath.insert(app->localPath, app.get());
     }
     qsizetype done = 0;
     for (const QVariant &entry : exchange.serverApps) {
@@ -154,7 +159,7 @@ void CheckWorker::applyMatches(const VLSendAllatOnceHelper &exchange)
             item.insert(QStringLiteral("h"), md5HexHash(field("m")));
         }
         if (const AppRef app = byDigest.value(field("h"))) {
-            app->updateWithServerItemJSON(item);
+            app->updateWithServerItemJSON(item, scannedByPath.value(app->localPath));
         } else if (foreground) {
             vlLog(QStringLiteral("no local app found - creating new app %1 %2").arg(field("m"), field("g")));
             apps.append(std::make_shared<VLApp>(VLApp::initWithServerItemJSON(item)));
