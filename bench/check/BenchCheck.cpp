@@ -242,8 +242,8 @@ int main(int argc, char **argv)
                 std::fprintf(stderr, "velmora-cli check failed\n");
                 return 1;
             }
-            std::printf("  velmora-cli check: %.2f s (%.2f s processor), peak resident %.1f MB\n", seconds,
-                        cpuSeconds, double(peakKb) / 1024.0);
+            std::printf("  velmora-cli check: %.2f s (%.2f s processor), peak resident %.1f MB\n", seconds, cpuSeconds,
+                        double(peakKb) / 1024.0);
         }
     }
     return 0;

@@ -128,10 +128,12 @@ void VLApp::updateModDate(const VLApp *scanned)
         scanned = nullptr;
     }
     // A scan's record has the bundle's modification date, or none when it could not be had.
-    const std::optional<QDateTime> modified =
-        !scanned                          ? VLMdItem::modificationDate(localPath)
-        : scanned->lastModified.isValid() ? std::optional<QDateTime>(scanned->lastModified)
-                                          : std::nullopt;
+    std::optional<QDateTime> modified;
+    if (!scanned) {
+        modified = VLMdItem::modificationDate(localPath);
+    } else if (scanned->lastModified.isValid()) {
+        modified = scanned->lastModified;
+    }
     if (!modified || (lastModified.isValid() && *modified <= lastModified)) {
         return;
     }

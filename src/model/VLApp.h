@@ -47,8 +47,9 @@ public:
     static std::optional<VLApp> initWithLink(const QString &link);
 
     // Catalogue updates in place (the calls to the service that feed them are VLAppOnServer's).
+    void updateWithServerItemJSON(const QVariantMap &item);
     // scanned as for updateModDate.
-    void updateWithServerItemJSON(const QVariantMap &item, const VLApp *scanned = nullptr);
+    void updateWithServerItemJSON(const QVariantMap &item, const VLApp *scanned);
     void updateWithServerItem(const QVariantMap &item);
     void updateWithWatchListsItem(const QVariantMap &item);
     void updateWithPromoPurchaseItem(const QVariantMap &item);

@@ -254,8 +254,7 @@ void takeDownloadFields(VLApp &app, const QVariantMap &item, const ItemKeys &key
     take(app.masVersion, text(keys.masVersion), missing);
 }
 
-void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys &keys,
-                             const VLApp *scanned = nullptr)
+void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys &keys, const VLApp *scanned = nullptr)
 {
     const auto text = [&item](const QString &key) { return VLApp::getJSONItemWithName(key, item); };
     const QString version = text(keys.currentVersion);
@@ -398,6 +397,11 @@ VLApp VLApp::initWithServerItemJSON(const QVariantMap &item)
 VLApp VLApp::initWithServerItem(const QVariantMap &item)
 {
     return newFromCatalogueItem(item, longKeys());
+}
+
+void VLApp::updateWithServerItemJSON(const QVariantMap &item)
+{
+    updateFromCatalogueItem(*this, item, shortKeys());
 }
 
 void VLApp::updateWithServerItemJSON(const QVariantMap &item, const VLApp *scanned)

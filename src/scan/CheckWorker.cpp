@@ -79,21 +79,24 @@ void CheckWorker::takeReply(const WebResult &result)
 {
     m_waitTurn->stop();
     m_exchange.release()->deleteLater(); // we are in one of its signals
-    VLSendAllatOnceHelper exchange;
-    exchange.runningAsBackground = m_request.background;
-    exchange.takeResult(result);
-    if (!exchange.entriesDictionary) {
-        // The merged records are kept, and nothing of the failed match.
-        VLScanData::Change change(m_store, -1, m_request.scanned);
-        if (change.reloaded()) {
-            mergeScan(m_request.scanned);
-        }
-        saveAppDatabase();
-        emit checkEnded(false);
-        return;
+    auto exchange = std::make_unique<VLSendAllatOnceHelper>();
+    exchange->runningAsBackground = m_request.background;
+    exchange->takeResult(result);
+    const bool matched = exchange->entriesDictionary.has_value();
+    // Saved with the match's outcome; a failed match keeps the merged records, and nothing of the match.
+    VLScanData::Change change(m_store, -1, m_request.scanned);
+    // Another process saved the store during the exchange: its records, with this scan merged again.
+    if (change.reloaded()) {
+        mergeScan(m_request.scanned);
     }
-    applyMatches(exchange);
-    emit checkEnded(true);
+    if (matched) {
+        applyMatches(*exchange);
+    }
+    // The reply and the scan are done with: the save, which holds the whole file's text, is the check's peak.
+    exchange.reset();
+    m_request.scanned = AppList();
+    saveAppDatabase();
+    emit checkEnded(matched);
 }
 
 void CheckWorker::mergeScan(const AppList &scanned)
@@ -131,11 +134,6 @@ QString CheckWorker::buildPost()
 void CheckWorker::applyMatches(const VLSendAllatOnceHelper &exchange)
 {
     const bool foreground = !m_request.background;
-    VLScanData::Change change(m_store, -1, m_request.scanned);
-    // Another process saved the store during the exchange: its records, with this scan merged again.
-    if (change.reloaded()) {
-        mergeScan(m_request.scanned);
-    }
     const QMutexLocker lock(&m_store.mutex());
     AppList apps = m_store.apps().value_or(AppList());
     QHash<QString, AppRef> byDigest;
@@ -171,7 +169,6 @@ void CheckWorker::applyMatches(const VLSendAllatOnceHelper &exchange)
     m_store.setApps(apps);
     emit status(tr("Syncing Done"));
     setProgress(1.0);
-    saveAppDatabase();
 }
 
 void CheckWorker::recheckAppStoreCopies()

@@ -86,8 +86,7 @@ std::optional<FileStamp> ScanStoreFile::write(qsizetype count,
     if (locked) {
         removeLeftoverSaves();
     }
-    const AtomicFile::Result result =
-        AtomicFile::write(m_path, document);
+    const AtomicFile::Result result = AtomicFile::write(m_path, document);
     // Taken before the lock goes, so that it is the stamp of this write and not of a later one.
     const FileStamp written = stamp();
     if (locked) {
