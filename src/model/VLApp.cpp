@@ -15,6 +15,21 @@
 
 namespace {
 
+// The private temporary folder's name, worked out again only when TMPDIR changes: Qt resolves the folder through
+// the file system on every call, which cost a check of thousands of records more than its matching. A folder that
+// was missing ("") is looked for again.
+QString privateTempFolderName()
+{
+    thread_local QByteArray knownTmpDir;
+    thread_local QString folder;
+    const QByteArray tmpDir = qgetenv("TMPDIR");
+    if (folder.isEmpty() || tmpDir != knownTmpDir) {
+        folder = AppPaths::privateTempFolderName();
+        knownTmpDir = tmpDir;
+    }
+    return folder;
+}
+
 // The leading decimal number of a text, as the size texts of the catalogue are read: "12abc" is 12, "x" is 0.
 // Neither the user's locale nor a hexadecimal "0x" changes what it means.
 double leadingNumber(const QString &text, bool wholeOnly)
@@ -73,8 +88,15 @@ void VLApp::markAppStoreName()
     }
 }
 
-void VLApp::refreshLocalVersion()
+void VLApp::refreshLocalVersion(const VLApp *scanned)
 {
+    // A scan reads the version by the plain rule only; any other rule, or a bundle that gave none, reads the bundle.
+    const bool plainRule = version_override.isEmpty() || version_override == QLatin1String("0");
+    if (scanned && scanned->localPath == localPath && !isSetLocalVersionToCurrent && plainRule &&
+        scanned->localVersion != RecordText::unknown) {
+        localVersion = scanned->localVersion;
+        return;
+    }
     BundleReader bundle(localPath);
     refreshLocalVersion(bundle);
 }
@@ -97,17 +119,26 @@ QString VLApp::description() const
 QString VLApp::createDownloadPath() const
 {
     // Records are made by the thousand and most never download: the folder is made and checked when one does.
-    return AppPaths::privateTempFolderName() + QLatin1Char('/') + digestString;
+    return privateTempFolderName() + QLatin1Char('/') + digestString;
 }
 
-void VLApp::updateModDate()
+void VLApp::updateModDate(const VLApp *scanned)
 {
-    const std::optional<QDateTime> modified = VLMdItem::modificationDate(localPath);
+    if (scanned && scanned->localPath != localPath) {
+        scanned = nullptr;
+    }
+    // A scan's record has the bundle's modification date, or none when it could not be had.
+    std::optional<QDateTime> modified;
+    if (!scanned) {
+        modified = VLMdItem::modificationDate(localPath);
+    } else if (scanned->lastModified.isValid()) {
+        modified = scanned->lastModified;
+    }
     if (!modified || (lastModified.isValid() && *modified <= lastModified)) {
         return;
     }
     localVersion.clear();
-    refreshLocalVersion();
+    refreshLocalVersion(scanned);
     lastModified = *modified;
 }
 

@@ -31,9 +31,12 @@ public:
     static VLApp initWithMdItem(const VLMdItem &item, BundleReader &bundle);
     // The installed record for the bundle at path, each of its files read once.
     static VLApp initWithBundleAt(const QString &path);
-    // A record restored from its archive form (the scan store); runs every load-time repair.
-    static VLApp initWithCoder(const QJsonObject &archive);
+    // A record restored from its archive form (the scan store); runs every load-time repair. scanned, when given and
+    // of the same path, is a record a scan has just made of the bundle: its readings stand for reading it again.
+    static VLApp initWithCoder(const QJsonObject &archive, const VLApp *scanned = nullptr);
     QJsonObject encodeWithCoder() const;
+    // The archive form as compact JSON text, appended to out: the object encodeWithCoder() gives.
+    void appendArchiveJson(QByteArray &out) const;
 
     // Catalogue ingestion: the short-key JSON of the matching reply and the other catalogue item shapes.
     static VLApp initWithServerItemJSON(const QVariantMap &item);
@@ -45,6 +48,8 @@ public:
 
     // Catalogue updates in place (the calls to the service that feed them are VLAppOnServer's).
     void updateWithServerItemJSON(const QVariantMap &item);
+    // scanned as for updateModDate.
+    void updateWithServerItemJSON(const QVariantMap &item, const VLApp *scanned);
     void updateWithServerItem(const QVariantMap &item);
     void updateWithWatchListsItem(const QVariantMap &item);
     void updateWithPromoPurchaseItem(const QVariantMap &item);
@@ -57,13 +62,16 @@ public:
 
     QString description() const;
     QString createDownloadPath() const;
-    void updateModDate();
+    // Reads the bundle's modification date, and its version again when it is newer than lastModified. scanned, here
+    // and in refreshLocalVersion: a record a scan has just made of the same bundle, whose readings stand for reading
+    // it again where they are the ones needed (ignored when of another path).
+    void updateModDate(const VLApp *scanned = nullptr);
 
     // Installed version discovery from the bundle at localPath.
     bool getIsAppStore() const;
     void getLocalVersionTakingIntoAccountVersionOverride();
     // The installed version again: the catalogue version when the user set it current, else read from the bundle.
-    void refreshLocalVersion();
+    void refreshLocalVersion(const VLApp *scanned = nullptr);
     void setVersiontoMASVersion();
     // Path of the bundle's icon file (.icns or .png), or "" when it has none.
     QString iconFilePath() const;

@@ -7,6 +7,10 @@
 #include "model/VLApp.h"
 #include "platform/Log.h"
 
+#include <QLocale>
+
+#include <cmath>
+#include <cstdio>
 #include <variant>
 
 namespace {
@@ -102,6 +106,84 @@ QJsonValue encodeField(const VLApp &app, const Member &member)
                       member);
 }
 
+// The same value written straight as compact JSON text, as QJsonDocument would: a store of thousands of records
+// is saved without building each record's object first.
+void appendJsonText(QByteArray &out, const QString &text)
+{
+    out += '"';
+    const QByteArray utf8 = text.toUtf8();
+    const char *run = utf8.constData();
+    const char *const end = run + utf8.size();
+    for (const char *at = run; at != end; ++at) {
+        const auto c = static_cast<unsigned char>(*at);
+        if (c >= 0x20 && c != '"' && c != '\\') {
+            continue;
+        }
+        out.append(run, at - run);
+        run = at + 1;
+        switch (c) {
+        case '"':
+            out += "\\\"";
+            break;
+        case '\\':
+            out += "\\\\";
+            break;
+        case '\b':
+            out += "\\b";
+            break;
+        case '\f':
+            out += "\\f";
+            break;
+        case '\n':
+            out += "\\n";
+            break;
+        case '\r':
+            out += "\\r";
+            break;
+        case '\t':
+            out += "\\t";
+            break;
+        default: {
+            char escaped[8];
+            std::snprintf(escaped, sizeof escaped, "\\u%04x", unsigned(c));
+            out += escaped;
+        }
+        }
+    }
+    out.append(run, end - run);
+    out += '"';
+}
+
+void appendFieldJson(QByteArray &out, const VLApp &app, const Member &member)
+{
+    std::visit(Overloaded{
+                   [&](QString VLApp::*text) {
+                       if ((app.*text).isNull()) {
+                           out += "null";
+                       } else {
+                           appendJsonText(out, app.*text);
+                       }
+                   },
+                   [&](QDateTime VLApp::*date) {
+                       if ((app.*date).isValid()) {
+                           appendJsonText(out, (app.*date).toUTC().toString(Qt::ISODateWithMs));
+                       } else {
+                           out += "null";
+                       }
+                   },
+                   [&](bool VLApp::*flag) { out += app.*flag ? "true" : "false"; },
+                   [&](std::optional<double> VLApp::*number) {
+                       const std::optional<double> value = app.*number;
+                       if (value && std::isfinite(*value)) {
+                           out += QByteArray::number(*value, 'g', QLocale::FloatingPointShortest);
+                       } else {
+                           out += "null";
+                       }
+                   },
+               },
+               member);
+}
+
 // A missing or damaged value is absent (false for a flag); a number written where text belongs is read as its text.
 void decodeField(VLApp &app, const Member &member, const QJsonValue &value, Read read)
 {
@@ -144,7 +226,21 @@ QJsonObject VLApp::encodeWithCoder() const
     return archive;
 }
 
-VLApp VLApp::initWithCoder(const QJsonObject &archive)
+void VLApp::appendArchiveJson(QByteArray &out) const
+{
+    out += '{';
+    bool first = true;
+    for (const ArchiveField &field : archiveFields) {
+        out += first ? "\"" : ",\"";
+        first = false;
+        out += field.key;
+        out += "\":";
+        appendFieldJson(out, *this, field.member);
+    }
+    out += '}';
+}
+
+VLApp VLApp::initWithCoder(const QJsonObject &archive, const VLApp *scanned)
 {
     VLApp app;
     for (const ArchiveField &field : archiveFields) {
@@ -157,6 +253,10 @@ VLApp VLApp::initWithCoder(const QJsonObject &archive)
         vlLog(QStringLiteral("localpath for app was blank, setting to - for %1").arg(app.name));
         app.localPath = RecordText::unknown;
     }
+    if (scanned && scanned->localPath != app.localPath) {
+        scanned = nullptr;
+    }
+    // What a scan of this very bundle has just read is not read again.
     BundleReader bundle(app.localPath);
     if (app.license.isNull()) {
         vlLog(QStringLiteral("fixing null license in cache"));
@@ -168,18 +268,24 @@ VLApp VLApp::initWithCoder(const QJsonObject &archive)
     }
     if (app.bundleID.isNull()) {
         vlLog(QStringLiteral("fixing null bundle id in cache"));
-        app.bundleID = app.getBundleID(bundle);
+        app.bundleID = scanned ? scanned->bundleID : app.getBundleID(bundle);
     }
     app.applyInstallFromLinkRule();
     if (app.displayName.isEmpty()) {
         app.displayName = stringByDeletingPathExtension(app.name);
     }
 
-    app.refreshLocalVersion(bundle);
-    app.updateModDate();
-
-    app.isAppStore = app.getIsAppStore();
-    app.appIcon = app.isInstalled() ? app.iconFilePath(bundle) : RecordText::empty;
+    if (scanned) {
+        app.refreshLocalVersion(scanned);
+        app.updateModDate(scanned);
+        app.isAppStore = scanned->isAppStore;
+        app.appIcon = scanned->appIcon;
+    } else {
+        app.refreshLocalVersion(bundle);
+        app.updateModDate();
+        app.isAppStore = app.getIsAppStore();
+        app.appIcon = app.isInstalled() ? app.iconFilePath(bundle) : RecordText::empty;
+    }
     app.markAppStoreName();
     repairDoubledAppStoreMark(app);
     app.requiresNewerOSVersion = app.getRequiresNewerOSVersion();

@@ -254,7 +254,7 @@ void takeDownloadFields(VLApp &app, const QVariantMap &item, const ItemKeys &key
     take(app.masVersion, text(keys.masVersion), missing);
 }
 
-void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys &keys)
+void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys &keys, const VLApp *scanned = nullptr)
 {
     const auto text = [&item](const QString &key) { return VLApp::getJSONItemWithName(key, item); };
     const QString version = text(keys.currentVersion);
@@ -262,7 +262,7 @@ void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys
     // Dates the catalogue no longer gives must not linger.
     app.vlDate = RecordText::unknown;
     app.masDate = RecordText::unknown;
-    app.updateModDate();
+    app.updateModDate(scanned);
     // The reply's version stands, an absent one too: a version the catalogue withdrew is not offered any more.
     // The user's skipped version stays as it is: it only hides the one version it names.
     app.vlVersion = version;
@@ -282,7 +282,7 @@ void updateFromCatalogueItem(VLApp &app, const QVariantMap &item, const ItemKeys
     app.applyInstallFromLinkRule();
     app.lastmatched = currentDateDescription();
 
-    app.refreshLocalVersion();
+    app.refreshLocalVersion(scanned);
     app.setVersiontoMASVersion();
 
     setIfPresent(app.masDate, text(keys.masDate));
@@ -402,6 +402,11 @@ VLApp VLApp::initWithServerItem(const QVariantMap &item)
 void VLApp::updateWithServerItemJSON(const QVariantMap &item)
 {
     updateFromCatalogueItem(*this, item, shortKeys());
+}
+
+void VLApp::updateWithServerItemJSON(const QVariantMap &item, const VLApp *scanned)
+{
+    updateFromCatalogueItem(*this, item, shortKeys(), scanned);
 }
 
 void VLApp::updateWithServerItem(const QVariantMap &item)

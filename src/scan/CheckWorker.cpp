@@ -49,7 +49,7 @@ void CheckWorker::match(const Request &request)
     {
         // Saved with the match's outcome, success or failure, in one write: the file keeps the previous check's
         // records until then, so a kill meanwhile loses only this scan, which the next check makes again.
-        VLScanData::Change change(m_store);
+        VLScanData::Change change(m_store, -1, request.scanned);
         mergeScan(request.scanned);
     }
     const QString post = buildPost();
@@ -79,21 +79,24 @@ void CheckWorker::takeReply(const WebResult &result)
 {
     m_waitTurn->stop();
     m_exchange.release()->deleteLater(); // we are in one of its signals
-    VLSendAllatOnceHelper exchange;
-    exchange.runningAsBackground = m_request.background;
-    exchange.takeResult(result);
-    if (!exchange.entriesDictionary) {
-        // The merged records are kept, and nothing of the failed match.
-        VLScanData::Change change(m_store);
-        if (change.reloaded()) {
-            mergeScan(m_request.scanned);
-        }
-        saveAppDatabase();
-        emit checkEnded(false);
-        return;
+    auto exchange = std::make_unique<VLSendAllatOnceHelper>();
+    exchange->runningAsBackground = m_request.background;
+    exchange->takeResult(result);
+    const bool matched = exchange->entriesDictionary.has_value();
+    // Saved with the match's outcome; a failed match keeps the merged records, and nothing of the match.
+    VLScanData::Change change(m_store, -1, m_request.scanned);
+    // Another process saved the store during the exchange: its records, with this scan merged again.
+    if (change.reloaded()) {
+        mergeScan(m_request.scanned);
     }
-    applyMatches(exchange);
-    emit checkEnded(true);
+    if (matched) {
+        applyMatches(*exchange);
+    }
+    // The reply and the scan are done with: the save, which holds the whole file's text, is the check's peak.
+    exchange.reset();
+    m_request.scanned = AppList();
+    saveAppDatabase();
+    emit checkEnded(matched);
 }
 
 void CheckWorker::mergeScan(const AppList &scanned)
@@ -131,16 +134,16 @@ QString CheckWorker::buildPost()
 void CheckWorker::applyMatches(const VLSendAllatOnceHelper &exchange)
 {
     const bool foreground = !m_request.background;
-    VLScanData::Change change(m_store);
-    // Another process saved the store during the exchange: its records, with this scan merged again.
-    if (change.reloaded()) {
-        mergeScan(m_request.scanned);
-    }
     const QMutexLocker lock(&m_store.mutex());
     AppList apps = m_store.apps().value_or(AppList());
     QHash<QString, AppRef> byDigest;
     for (const AppRef &app : apps) {
         byDigest.insert(app->digestString, app);
+    }
+    // The bundles this check's scan has just read are not read again for the reply.
+    QHash<QString, const VLApp *> scannedByPath;
+    for (const AppRef &app : std::as_const(m_request.scanned)) {
+        scannedByPath.insert(app->localPath, app.get());
     }
     qsizetype done = 0;
     for (const QVariant &entry : exchange.serverApps) {
@@ -154,7 +157,7 @@ void CheckWorker::applyMatches(const VLSendAllatOnceHelper &exchange)
             item.insert(QStringLiteral("h"), md5HexHash(field("m")));
         }
         if (const AppRef app = byDigest.value(field("h"))) {
-            app->updateWithServerItemJSON(item);
+            app->updateWithServerItemJSON(item, scannedByPath.value(app->localPath));
         } else if (foreground) {
             vlLog(QStringLiteral("no local app found - creating new app %1 %2").arg(field("m"), field("g")));
             apps.append(std::make_shared<VLApp>(VLApp::initWithServerItemJSON(item)));
@@ -166,7 +169,6 @@ void CheckWorker::applyMatches(const VLSendAllatOnceHelper &exchange)
     m_store.setApps(apps);
     emit status(tr("Syncing Done"));
     setProgress(1.0);
-    saveAppDatabase();
 }
 
 void CheckWorker::recheckAppStoreCopies()

@@ -61,10 +61,10 @@ signals:
 private:
     // The caller holds a Change of the store.
     void mergeScan(const AppList &scanned);
+    void applyMatches(const VLSendAllatOnceHelper &exchange);
     QString buildPost();
     void takeReply(const WebResult &result);
     void tickWait();
-    void applyMatches(const VLSendAllatOnceHelper &exchange);
     void saveAppDatabase();
     void setProgress(double fraction);
 

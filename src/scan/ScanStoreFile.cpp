@@ -68,16 +68,25 @@ ScanStoreFile::Contents ScanStoreFile::read()
     return contents;
 }
 
-std::optional<FileStamp> ScanStoreFile::write(const QJsonArray &apps)
+std::optional<FileStamp> ScanStoreFile::write(qsizetype count,
+                                              const std::function<void(qsizetype, QByteArray &)> &appendRecord)
 {
+    // Written as text straight away: a document built first held the records twice more, for longer.
+    QByteArray document = "{\"apps\":[";
+    for (qsizetype i = 0; i < count; ++i) {
+        if (i > 0) {
+            document += ',';
+        }
+        appendRecord(i, document);
+    }
+    document += "]}";
     // The whole data folder may have been deleted since (a forced reset); the records in memory still count.
     QDir().mkpath(QFileInfo(m_path).path());
     const bool locked = lock(-1);
     if (locked) {
         removeLeftoverSaves();
     }
-    const AtomicFile::Result result =
-        AtomicFile::write(m_path, QJsonDocument(QJsonObject{{kAppsKey, apps}}).toJson(QJsonDocument::Compact));
+    const AtomicFile::Result result = AtomicFile::write(m_path, document);
     // Taken before the lock goes, so that it is the stamp of this write and not of a later one.
     const FileStamp written = stamp();
     if (locked) {

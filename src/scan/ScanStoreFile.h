@@ -11,6 +11,7 @@
 #include <QJsonArray>
 #include <QString>
 
+#include <functional>
 #include <optional>
 
 class ScanStoreFile
@@ -52,9 +53,10 @@ public:
     // when the lock could be had, its bytes copied otherwise); an entry that is not an object is left out, and the
     // file is copied aside so that it is not lost with the next save.
     Contents read();
-    // Replaces the file with {"apps": apps} and gives the new file's stamp; nullopt when it could not be written
-    // completely: the old file then stays as it was, and the reason is logged.
-    std::optional<FileStamp> write(const QJsonArray &apps);
+    // Replaces the file with {"apps": [...]} and gives the new file's stamp; nullopt when it could not be written
+    // completely: the old file then stays as it was, and the reason is logged. appendRecord(i, out) appends the
+    // compact JSON object of record i, for i below count.
+    std::optional<FileStamp> write(qsizetype count, const std::function<void(qsizetype, QByteArray &)> &appendRecord);
 
     // The lock beside the file; re-entrant within one ScanStoreFile, exclusive against every other ScanStoreFile, in
     // this process or another. timeoutMs < 0 waits as long as it takes.

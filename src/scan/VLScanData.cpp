@@ -3,6 +3,7 @@
 #include "platform/ParallelMap.h"
 #include "scan/ScanMerge.h"
 
+#include <QHash>
 #include <QJsonArray>
 #include <QJsonObject>
 
@@ -54,18 +55,27 @@ std::optional<ScanStoreFile::Damage> VLScanData::damage() const
     return m_damage;
 }
 
-void VLScanData::takeRecords(const ScanStoreFile::Contents &contents)
+void VLScanData::takeRecords(const ScanStoreFile::Contents &contents, const AppList &freshScan)
 {
-    // Restoring a record re-reads its bundle's version, so a large store is restored on all cores; the archives
-    // are taken out of the JSON array first, which is then not shared between threads.
+    // Restoring a record re-reads its bundle's version, unless a fresh scan has just read it, so a large store is
+    // restored on all cores; the archives are taken out of the JSON array first, which is then not shared between
+    // threads.
     std::vector<QJsonObject> archives;
     archives.reserve(size_t(contents.apps.size()));
     for (const QJsonValue &entry : contents.apps) {
         archives.push_back(entry.toObject());
     }
-    const std::vector<AppRef> records = parallelMap<AppRef>(qsizetype(archives.size()), [&archives](qsizetype i) {
-        return std::make_shared<VLApp>(VLApp::initWithCoder(archives[size_t(i)]));
-    });
+    QHash<QString, const VLApp *> scannedByPath;
+    scannedByPath.reserve(freshScan.size());
+    for (const AppRef &app : freshScan) {
+        scannedByPath.insert(app->localPath, app.get());
+    }
+    const std::vector<AppRef> records =
+        parallelMap<AppRef>(qsizetype(archives.size()), [&archives, &scannedByPath](qsizetype i) {
+            const QJsonObject &archive = archives[size_t(i)];
+            const VLApp *scanned = scannedByPath.value(archive.value(QLatin1String("localPath")).toString());
+            return std::make_shared<VLApp>(VLApp::initWithCoder(archive, scanned));
+        });
     m_apps = AppList(records.begin(), records.end());
 }
 
@@ -76,11 +86,9 @@ bool VLScanData::saveDataToDisk()
     if (!m_apps) {
         return true;
     }
-    QJsonArray archive;
-    for (const AppRef &app : std::as_const(*m_apps)) {
-        archive.append(app->encodeWithCoder());
-    }
-    const std::optional<FileStamp> written = m_file.write(archive);
+    const AppList &apps = *m_apps;
+    const std::optional<FileStamp> written =
+        m_file.write(apps.size(), [&apps](qsizetype i, QByteArray &out) { apps.at(i)->appendArchiveJson(out); });
     if (written) {
         m_knownStamp = *written;
     }
@@ -178,7 +186,7 @@ QDateTime VLScanData::fileModDate() const
     return m_fileModDate;
 }
 
-bool VLScanData::reloadIfChangedOnDisk()
+bool VLScanData::reloadIfChangedOnDisk(const AppList &freshScan)
 {
     QMutexLocker locker(&m_mutex);
     if (m_file.stamp() == m_knownStamp) {
@@ -194,17 +202,17 @@ bool VLScanData::reloadIfChangedOnDisk()
         return false;
     }
     m_fileModDate = contents.modified;
-    takeRecords(contents);
+    takeRecords(contents, freshScan);
     doQuickSanityCheck();
     return true;
 }
 
-VLScanData::Change::Change(VLScanData &store, int timeoutMs) : m_store(store)
+VLScanData::Change::Change(VLScanData &store, int timeoutMs, const AppList &freshScan) : m_store(store)
 {
     store.m_mutex.lock();
     m_locked = store.m_file.lock(timeoutMs);
     if (m_locked) {
-        m_reloaded = store.reloadIfChangedOnDisk();
+        m_reloaded = store.reloadIfChangedOnDisk(freshScan);
     }
 }
 

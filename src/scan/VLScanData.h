@@ -64,14 +64,15 @@ public:
 
     // Reloads the records when another process has written the file since this store last read or wrote it (a file
     // since gone or damaged leaves the records as they are). Returns true when it reloaded. Callers that change the
-    // store use a Change, which does this under the lock.
-    bool reloadIfChangedOnDisk();
+    // store use a Change, which does this under the lock. freshScan, a scan just made and about to be merged, stands
+    // for reading its bundles again.
+    bool reloadIfChangedOnDisk(const AppList &freshScan = {});
 
     class Change
     {
     public:
-        // timeoutMs < 0 waits for the lock as long as another process holds it.
-        explicit Change(VLScanData &store, int timeoutMs = -1);
+        // timeoutMs < 0 waits for the lock as long as another process holds it. freshScan as for reloadIfChangedOnDisk.
+        explicit Change(VLScanData &store, int timeoutMs = -1, const AppList &freshScan = {});
         ~Change();
         Change(const Change &) = delete;
         Change &operator=(const Change &) = delete;
@@ -86,7 +87,7 @@ public:
     };
 
 private:
-    void takeRecords(const ScanStoreFile::Contents &contents);
+    void takeRecords(const ScanStoreFile::Contents &contents, const AppList &freshScan = {});
 
     mutable QRecursiveMutex m_mutex;
     ScanStoreFile m_file;

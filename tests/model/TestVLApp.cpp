@@ -63,10 +63,52 @@ private slots:
         archive[QStringLiteral("lastupdated")] = QStringLiteral("2026-11-21T01:02:03.000Z");
         archive[QStringLiteral("isOutdated")] = true; // "vlVersion value" is newer than 1.2.3
 
+        // Text that must be escaped, written straight as the store's text.
+        archive[QStringLiteral("releaseNotes")] =
+            QStringLiteral("\"quoted\" \\ line\n\ttab \u0001 \u00fcn\u00efc\u00f6de");
+
         const VLApp restored = VLApp::initWithCoder(archive);
         QCOMPARE(restored.encodeWithCoder(), archive);
         QCOMPARE(restored.kind, QStringLiteral("app"));
         QCOMPARE(restored.downloadPath, app.downloadPath);
+        QByteArray text;
+        restored.appendArchiveJson(text);
+        QCOMPARE(QJsonDocument::fromJson(text).object(), archive);
+    }
+
+    // A record restored or matched with a scan's readings is the record that reading the bundle again gives.
+    void scannedReadingsStandForTheBundle_data()
+    {
+        columns<QString, bool, bool>("versionOverride", "setCurrent", "bundleChanged");
+        QTest::newRow("plain rule") << QString() << false << false;
+        QTest::newRow("plain rule, bundle changed since") << QStringLiteral("0") << false << true;
+        QTest::newRow("bundle version rule") << QStringLiteral("1") << false << true;
+        QTest::newRow("set current") << QString() << true << true;
+    }
+
+    void scannedReadingsStandForTheBundle()
+    {
+        QFETCH(QString, versionOverride);
+        QFETCH(bool, setCurrent);
+        QFETCH(bool, bundleChanged);
+        const VLApp scanned =
+            installedApp(QString::fromLatin1(QTest::currentDataTag()) + QStringLiteral(".app"), QStringLiteral("2.0"));
+        QJsonObject archive = scanned.encodeWithCoder();
+        archive[QStringLiteral("version_override")] = versionOverride;
+        archive[QStringLiteral("isSetLocalVersionToCurrent")] = setCurrent;
+        archive[QStringLiteral("localVersion")] = QStringLiteral("1.0");
+        archive[QStringLiteral("vlVersion")] = QStringLiteral("3.0");
+        if (bundleChanged) {
+            archive[QStringLiteral("lastModified")] = QStringLiteral("2000-01-01T00:00:00.000Z");
+        }
+        VLApp withScan = VLApp::initWithCoder(archive, &scanned);
+        VLApp reread = VLApp::initWithCoder(archive);
+        QCOMPARE(withScan.encodeWithCoder(), reread.encodeWithCoder());
+        const QVariantMap reply{{QStringLiteral("j"), QStringLiteral("3.1")}}; // the newest version
+        withScan.updateWithServerItemJSON(reply, &scanned);
+        reread.updateWithServerItemJSON(reply);
+        withScan.lastmatched = reread.lastmatched;
+        QCOMPARE(withScan.encodeWithCoder(), reread.encodeWithCoder());
     }
 
     void restoreRepairs_data()
