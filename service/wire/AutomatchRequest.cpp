@@ -68,24 +68,13 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(const QByteArray &body, 
                                                          {"type", &request.type}};
     int lastIndex = -1;
     AutomatchApp *app = nullptr;
-    const QByteArrayView all(body);
-    for (qsizetype start = 0; start <= all.size();) {
-        qsizetype end = all.indexOf('&', start);
-        if (end < 0)
-            end = all.size();
-        const QByteArrayView piece = all.sliced(start, end - start);
-        start = end + 1;
-        if (piece.isEmpty())
-            continue;
-        const qsizetype equals = piece.indexOf('=');
-        QByteArrayView name = equals < 0 ? piece : piece.first(equals);
-        const QByteArrayView raw = equals < 0 ? QByteArrayView() : piece.sliced(equals + 1);
+    const bool read = Percent::forEachPair(body, [&](QByteArrayView name, QByteArrayView raw) {
         QByteArray decodedName;
         if (!Percent::isPlainAscii(name, true)) {
             auto decoded = Percent::decodeBytes(name, true);
             if (!decoded) {
                 *error = QStringLiteral("bad form encoding");
-                return std::nullopt;
+                return false;
             }
             decodedName = std::move(*decoded);
             name = decodedName;
@@ -95,7 +84,7 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(const QByteArray &body, 
         if (parseAppFieldName(name, &index, &field)) {
             if (index >= maxApps) {
                 *error = QStringLiteral("app index out of range: %1").arg(index);
-                return std::nullopt;
+                return false;
             }
             // The fields of one app come together; look the app up only when the index changes.
             if (index != lastIndex) {
@@ -104,13 +93,13 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(const QByteArray &body, 
             }
             if (!setAppField(*app, field, raw)) {
                 *error = QStringLiteral("bad encoding in %1").arg(QString::fromUtf8(name));
-                return std::nullopt;
+                return false;
             }
-            continue;
+            return true;
         }
         if (name.startsWith("app[")) {
             *error = QStringLiteral("unknown app field %1").arg(QString::fromUtf8(name));
-            return std::nullopt;
+            return false;
         }
         for (const auto &[key, target] : head) {
             if (name != key)
@@ -118,10 +107,13 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(const QByteArray &body, 
             const auto value = Percent::decode(raw, true);
             if (!value) {
                 *error = QStringLiteral("bad encoding in %1").arg(QString::fromUtf8(name));
-                return std::nullopt;
+                return false;
             }
             *target = *value;
         }
-    }
+        return true;
+    });
+    if (!read)
+        return std::nullopt;
     return request;
 }

@@ -76,21 +76,14 @@ std::optional<FormBody> FormBody::parse(const QByteArray &body)
 {
     FormBody form;
     form.m_body = body;
-    const QByteArrayView all(form.m_body);
-    for (qsizetype start = 0; start <= all.size();) {
-        qsizetype end = all.indexOf('&', start);
-        if (end < 0)
-            end = all.size();
-        const QByteArrayView piece = all.sliced(start, end - start);
-        start = end + 1;
-        if (piece.isEmpty())
-            continue;
-        const qsizetype equals = piece.indexOf('=');
-        const auto name = Percent::decode(equals < 0 ? piece : piece.first(equals), true);
-        if (!name)
-            return std::nullopt;
-        form.m_fields.append({*name, equals < 0 ? QByteArrayView() : piece.sliced(equals + 1)});
-    }
+    const bool read = Percent::forEachPair(form.m_body, [&form](QByteArrayView name, QByteArrayView raw) {
+        const auto decoded = Percent::decode(name, true);
+        if (decoded)
+            form.m_fields.append({*decoded, raw});
+        return decoded.has_value();
+    });
+    if (!read)
+        return std::nullopt;
     return form;
 }
 

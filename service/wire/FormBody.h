@@ -19,6 +19,25 @@ std::optional<QString> decode(QByteArrayView bytes, bool plusIsSpace);
 std::optional<QByteArray> decodeBytes(QByteArrayView bytes, bool plusIsSpace);
 // Whether decode() would succeed, without keeping the text.
 bool isValid(QByteArrayView bytes, bool plusIsSpace);
+
+// Calls visit(name, value) with the bytes of each "name=value" piece of body, in order, empty pieces skipped (a
+// piece without "=" has an empty value). Stops when visit answers false; answers whether every piece was visited.
+template <typename Visit> bool forEachPair(QByteArrayView body, Visit visit)
+{
+    for (qsizetype start = 0; start <= body.size();) {
+        qsizetype end = body.indexOf('&', start);
+        if (end < 0)
+            end = body.size();
+        const QByteArrayView piece = body.sliced(start, end - start);
+        start = end + 1;
+        if (piece.isEmpty())
+            continue;
+        const qsizetype equals = piece.indexOf('=');
+        if (!visit(equals < 0 ? piece : piece.first(equals), equals < 0 ? QByteArrayView() : piece.sliced(equals + 1)))
+            return false;
+    }
+    return true;
+}
 } // namespace Percent
 
 class FormBody
