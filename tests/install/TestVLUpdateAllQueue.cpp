@@ -74,7 +74,8 @@ private slots:
         QVERIFY(QTest::qWaitFor([&] { return queue.numberOfUpdatesInProgress() == VLUpdateAllQueue::kMaxInProgress; }));
         if (ending == QLatin1String("cancel all")) {
             ends.release(1);
-            QVERIFY(QTest::qWaitFor([&] { return queue.numberOfUpdatesInProgress() == 3 && startedSoFar().size() == 5; }));
+            QVERIFY(
+                QTest::qWaitFor([&] { return queue.numberOfUpdatesInProgress() == 3 && startedSoFar().size() == 5; }));
             queue.cancelUpdateAll();
             QVERIFY(queue.updateAllApps().isEmpty() && !queue.isRecheckScheduled());
         } else {
