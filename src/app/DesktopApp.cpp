@@ -11,6 +11,7 @@
 #include "scan/VLAppDelegate.h"
 #include "scan/VLAppScanner.h"
 #include "scan/VLMainWindowController.h"
+#include "scan/VLScanData.h"
 #include "services/VLCrashReporter.h"
 #include "services/VLGoogleTracking.h"
 #include "services/VLMemberAccount.h"
@@ -33,6 +34,7 @@
 #include <QMenu>
 #include <QMessageBox>
 #include <QSessionManager>
+#include <QThreadPool>
 
 DesktopApp::DesktopApp()
     : m_crashAsker(std::make_unique<CrashReportDialog>()), m_driver(std::make_unique<VLMainWindowController>()),
