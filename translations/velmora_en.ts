@@ -1187,6 +1187,13 @@ a scan.
     </message>
 </context>
 <context>
+    <name>PlacingRoom</name>
+    <message>
+        <source>%1 needs %2 MB and %3 MB must stay free, but %4 has %5 MB free</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
     <name>PreferencesDialog</name>
     <message>
         <source>Show the icon in the tray</source>
@@ -1521,6 +1528,14 @@ a scan.
     <name>VLInstaller</name>
     <message>
         <source>Installer did not complete</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>the archive holds a device, pipe or socket</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Not enough free space: %1</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
