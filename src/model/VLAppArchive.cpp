@@ -7,6 +7,8 @@
 #include "model/VLApp.h"
 #include "platform/Log.h"
 
+#include <QJsonArray>
+#include <QJsonDocument>
 #include <QLocale>
 
 #include <cmath>
@@ -110,6 +112,12 @@ QJsonValue encodeField(const VLApp &app, const Member &member)
 // is saved without building each record's object first.
 void appendJsonText(QByteArray &out, const QString &text)
 {
+    if (!text.isValidUtf16()) {
+        // A lone surrogate has no UTF-8 form; QJsonDocument writes it as a \u escape, which loads back unchanged.
+        const QByteArray wrapped = QJsonDocument(QJsonArray{text}).toJson(QJsonDocument::Compact);
+        out.append(wrapped.constData() + 1, wrapped.size() - 2);
+        return;
+    }
     out += '"';
     const QByteArray utf8 = text.toUtf8();
     const char *run = utf8.constData();
