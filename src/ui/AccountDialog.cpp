@@ -2,6 +2,7 @@
 
 #include "scan/VLMainWindowController.h"
 #include "services/VLMemberAccount.h"
+#include "ui/AddressFields.h"
 
 #include <QFormLayout>
 #include <QHBoxLayout>
@@ -12,24 +13,18 @@
 
 namespace {
 
-struct ProfileField
+// The profile form's fields, in the form's order: the member's names and e-mail, then the postal address.
+const QList<AccountField> &profileFields()
 {
-    const char *name; // the account's field, and the widget's object name
-    QString VLMemberAccount::*value;
-    const char *label;
-};
-
-// The profile form's fields, in the form's order.
-const ProfileField kProfileFields[] = {
-    {"firstname", &VLMemberAccount::firstname, QT_TRANSLATE_NOOP("AccountDialog", "First name")},
-    {"lastname", &VLMemberAccount::lastname, QT_TRANSLATE_NOOP("AccountDialog", "Last name")},
-    {"email_string", &VLMemberAccount::email_string, QT_TRANSLATE_NOOP("AccountDialog", "E-mail")},
-    {"address", &VLMemberAccount::address, QT_TRANSLATE_NOOP("AccountDialog", "Address")},
-    {"city", &VLMemberAccount::city, QT_TRANSLATE_NOOP("AccountDialog", "City")},
-    {"state", &VLMemberAccount::state, QT_TRANSLATE_NOOP("AccountDialog", "State")},
-    {"zip", &VLMemberAccount::zip, QT_TRANSLATE_NOOP("AccountDialog", "Postal code")},
-    {"country", &VLMemberAccount::country, QT_TRANSLATE_NOOP("AccountDialog", "Country")},
-};
+    static const QList<AccountField> fields =
+        QList<AccountField>{
+            {"firstname", &VLMemberAccount::firstname, QT_TRANSLATE_NOOP("AccountField", "First name")},
+            {"lastname", &VLMemberAccount::lastname, QT_TRANSLATE_NOOP("AccountField", "Last name")},
+            {"email_string", &VLMemberAccount::email_string, QT_TRANSLATE_NOOP("AccountField", "E-mail")},
+        } +
+        AddressFields::all();
+    return fields;
+}
 
 } // namespace
 
@@ -113,8 +108,8 @@ QWidget *AccountDialog::buildProfilePage()
     m_memberSince = new QLabel(page);
     m_memberSince->setObjectName(QStringLiteral("created_on"));
     form->addRow(m_memberSince);
-    for (const ProfileField &profileField : kProfileFields) {
-        const QString label = tr(profileField.label);
+    for (const AccountField &profileField : profileFields()) {
+        const QString label = profileField.title();
         addField(page, profileField.name, label, tr("Your %1 as the service keeps it").arg(label.toLower()));
     }
     m_profileStatus = addStatusLine(page, "profileStatus");
@@ -217,7 +212,7 @@ void AccountDialog::submitProfile()
 {
     m_profileStatus->clear();
     VLMemberAccount form = m_driver.memberAccount();
-    for (const ProfileField &profileField : kProfileFields) {
+    for (const AccountField &profileField : profileFields()) {
         form.*profileField.value = field(profileField.name)->text();
     }
     setBusy(true);
@@ -251,7 +246,7 @@ void AccountDialog::takeSignupEnded(const VLMemberAccount &account)
 
 void AccountDialog::fillProfile(const VLMemberAccount &account)
 {
-    for (const ProfileField &profileField : kProfileFields) {
+    for (const AccountField &profileField : profileFields()) {
         field(profileField.name)->setText(account.*profileField.value);
     }
     m_memberSince->setText(account.created_on.isEmpty()

@@ -3,31 +3,13 @@
 #include "model/VLApp.h"
 #include "scan/VLMainWindowController.h"
 #include "services/VLMemberAccount.h"
+#include "ui/AddressFields.h"
 
 #include <QFormLayout>
 #include <QHBoxLayout>
 #include <QLabel>
 #include <QLineEdit>
 #include <QPushButton>
-
-namespace {
-
-struct AddressField
-{
-    const char *name;
-    QString VLMemberAccount::*value;
-    const char *label;
-};
-
-const AddressField kAddressFields[] = {
-    {"address", &VLMemberAccount::address, QT_TRANSLATE_NOOP("CartDialog", "Address")},
-    {"city", &VLMemberAccount::city, QT_TRANSLATE_NOOP("CartDialog", "City")},
-    {"state", &VLMemberAccount::state, QT_TRANSLATE_NOOP("CartDialog", "State")},
-    {"zip", &VLMemberAccount::zip, QT_TRANSLATE_NOOP("CartDialog", "Postal code")},
-    {"country", &VLMemberAccount::country, QT_TRANSLATE_NOOP("CartDialog", "Country")},
-};
-
-} // namespace
 
 CartDialog::CartDialog(VLMainWindowController &driver, const AppRef &deal, QWidget *parent)
     : QDialog(parent), m_driver(driver), m_deal(deal), m_buy(new QPushButton(tr("Buy Now"), this)),
@@ -46,12 +28,12 @@ CartDialog::CartDialog(VLMainWindowController &driver, const AppRef &deal, QWidg
     setMinimumWidth(360);
     form->addRow(title);
     const VLMemberAccount &member = driver.memberAccount();
-    for (const AddressField &field : kAddressFields) {
+    for (const AccountField &field : AddressFields::all()) {
         auto *edit = new QLineEdit(member.*field.value, this);
         edit->setObjectName(QLatin1String(field.name));
-        edit->setAccessibleName(tr(field.label));
+        edit->setAccessibleName(field.title());
         edit->setAccessibleDescription(tr("Where the order is sent"));
-        form->addRow(tr(field.label), edit);
+        form->addRow(field.title(), edit);
         m_address.append(edit);
     }
     m_status->setObjectName(QStringLiteral("cartStatus"));
@@ -75,7 +57,7 @@ void CartDialog::buyNow()
 {
     VLMemberAccount form;
     for (qsizetype i = 0; i < m_address.size(); ++i) {
-        form.*kAddressFields[i].value = m_address.at(i)->text();
+        form.*AddressFields::all().at(i).value = m_address.at(i)->text();
     }
     m_buy->setEnabled(false);
     m_status->setText(tr("Sending the order…"));
