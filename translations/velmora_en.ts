@@ -1600,6 +1600,14 @@ a scan.
         <source>Update All</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Opens the preferences</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Opens the sign-in form, or your profile when you are signed in</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>VLMainWindowController</name>

@@ -172,8 +172,11 @@ void VLMainWindow::buildToolBar()
     m_check->setAccessibleDescription(tr("Scans this computer and asks the service for updates"));
     m_updateAll->setObjectName(QStringLiteral("updateAllButton"));
     auto *preferences = new QPushButton(tr("Preferences"), this);
+    preferences->setObjectName(QStringLiteral("preferencesButton"));
+    preferences->setAccessibleDescription(tr("Opens the preferences"));
     auto *account = new QPushButton(tr("Account"), this);
     account->setObjectName(QStringLiteral("accountButton"));
+    account->setAccessibleDescription(tr("Opens the sign-in form, or your profile when you are signed in"));
 
     auto *bar = new QWidget(this);
     auto *layout = new QHBoxLayout(bar);
