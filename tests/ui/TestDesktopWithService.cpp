@@ -1,7 +1,7 @@
 // The desktop program's views against the real service: the sample apps' old versions on a volume of the test's
 // own, a real check, an update run from a panel row to its done mark, an install link handed over during a check,
-// the window's views and search over the scanned store, the preferences writing their settings, and the account's
-// forms with their failure texts.
+// the window's views and search over the scanned store, the preferences writing their settings, the account's forms
+// with their failure texts and the forgotten-password page, and the deals cart for a member and for someone signed out.
 
 #include "GuiTestMain.h"
 #include "support/HostSettings.h"
@@ -22,11 +22,13 @@
 #include <QAbstractItemModelTester>
 #include <QCheckBox>
 #include <QDir>
+#include <QFile>
 #include <QLabel>
 #include <QLineEdit>
 #include <QListWidget>
 #include <QProcess>
 #include <QPushButton>
+#include <QScopeGuard>
 #include <QSignalSpy>
 
 class TestDesktopWithService : public QObject
@@ -248,6 +250,62 @@ private slots:
             cart.findChild<QLabel *>(QStringLiteral("cartStatus"))->text(),
             QStringLiteral("Ordered. The purchase shows under Purchases once the service has it."), 30000);
         QVERIFY(m_service.waitForLog("POST /cart/vld6 200"));
+    }
+
+    // Signed out, the Account button and a deal's Buy Now both bring the log-in form; Buy Now opens no cart, which
+    // would order for nobody.
+    void signedOutReachesTheLogInForm()
+    {
+        m_desktop->account().findChild<QPushButton *>(QStringLiteral("logoutButton"))->click();
+        QTRY_VERIFY(!m_desktop->driver().memberAccount().isLoggedIn);
+        VLMainWindow &window = m_desktop->window();
+        window.showView(AppView::Deals);
+        for (const char *name : {"accountButton", "buyDealButton"}) {
+            m_desktop->account().hide();
+            auto *button = window.findChild<QPushButton *>(QLatin1String(name));
+            QVERIFY(button->isVisibleTo(&window));
+            button->click();
+            QVERIFY(m_desktop->account().isVisible());
+            QCOMPARE(m_desktop->account().currentPage(), AccountDialog::Page::Login);
+        }
+        QVERIFY(window.findChildren<CartDialog *>().isEmpty());
+    }
+
+    // "Forgot Password?" opens the site's page for a new password in the browser, and clears the status line.
+    void forgotPasswordOpensTheSitePage()
+    {
+        const QString bin = QDir::homePath() + QStringLiteral("/bin");
+        const QString opened = QDir::homePath() + QStringLiteral("/opened");
+        QVERIFY(QDir().mkpath(bin));
+        QFile opener(bin + QStringLiteral("/xdg-open"));
+        QVERIFY(opener.open(QIODevice::WriteOnly));
+        opener.write("#!/bin/sh\necho \"$1\" >\"" + QFile::encodeName(opened) + "\"\n");
+        opener.close();
+        opener.setPermissions(QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        const QByteArray path = qgetenv("PATH");
+        const QByteArray display = qgetenv("DISPLAY");
+        const auto restore = qScopeGuard([&] {
+            qputenv("PATH", path);
+            qputenv("DISPLAY", display);
+            pointHostsAt(m_service.baseUrl(), {SettingKey::siteHost});
+        });
+        qputenv("PATH", QFile::encodeName(bin) + ':' + path);
+        qputenv("DISPLAY", ":0");
+        // The site host apart from the service's, so a page asked of the wrong host shows.
+        const QString site =
+            QString(m_service.baseUrl()).replace(QStringLiteral("127.0.0.1"), QStringLiteral("localhost"));
+        QVERIFY(pointHostsAt(site, {SettingKey::siteHost}));
+        const auto openedPage = [&opened] {
+            QFile file(opened);
+            return file.open(QIODevice::ReadOnly) ? file.readAll().trimmed() : QByteArray();
+        };
+
+        AccountDialog &dialog = m_desktop->account();
+        auto *status = dialog.findChild<QLabel *>(QStringLiteral("errorfield"));
+        status->setText(QStringLiteral("Incorrect email or password"));
+        dialog.findChild<QPushButton *>(QStringLiteral("forgotPasswordButton"))->click();
+        QVERIFY(status->text().isEmpty());
+        QTRY_COMPARE(openedPage(), (site + QStringLiteral("/member/forgot-password")).toUtf8());
     }
 };
 
