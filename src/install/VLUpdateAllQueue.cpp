@@ -1,12 +1,10 @@
 #include "install/VLUpdateAllQueue.h"
 
-#include "model/AppJson.h"
+#include "model/ListSort.h"
 #include "platform/Log.h"
 #include "platform/VLNotificationCenter.h"
 #include "platform/VLSettings.h"
 #include "services/VLGoogleTracking.h"
-
-#include <QJsonObject>
 
 #include <algorithm>
 
@@ -15,25 +13,6 @@ namespace {
 bool isQueued(UpdateStatus status)
 {
     return status == UpdateStatus::Queued;
-}
-
-// The records in the order the list shows them: by the field the list is sorted by, newest first for dates.
-void sortByListOrder(VLUpdateAllQueue::Apps &apps)
-{
-    const QString key = VLSettings().stringValue(SettingKey::listSort);
-    const bool descending = key == QLatin1String("sortDate");
-    QList<std::pair<QString, std::shared_ptr<VLApp>>> keyed;
-    for (const auto &app : std::as_const(apps)) {
-        keyed.append({appToJson(*app).value(key).toVariant().toString(), app});
-    }
-    std::stable_sort(keyed.begin(), keyed.end(), [descending](const auto &a, const auto &b) {
-        const int order = QString::localeAwareCompare(a.first, b.first);
-        return descending ? order > 0 : order < 0;
-    });
-    apps.clear();
-    for (const auto &entry : std::as_const(keyed)) {
-        apps.append(entry.second);
-    }
 }
 
 } // namespace
@@ -55,12 +34,11 @@ VLUpdateAllQueue::VLUpdateAllQueue(UpdateJobs &jobs, QObject *parent) : QObject(
         [this](const QVariant &object) { removeAppFromUpdateAllQueueNotifiationHandler(object); });
 }
 
-void VLUpdateAllQueue::updateAll(Apps outdatedApps)
+void VLUpdateAllQueue::updateAll(const Apps &outdatedApps)
 {
     VLGoogleTracking::trackProgramEvent(QStringLiteral("UPDATE_ALL"), QStringLiteral("UPDATE_ALL"),
                                         QStringLiteral("AUTO"));
-    sortByListOrder(outdatedApps);
-    addToQueue(outdatedApps);
+    addToQueue(sortedByListSort(outdatedApps, VLSettings().stringValue(SettingKey::listSort)));
 }
 
 void VLUpdateAllQueue::addToQueue(const Apps &apps)

@@ -39,7 +39,7 @@ public:
     static bool leavesOut(const VLApp &app) { return app.vlID == QLatin1String(kNeverQueued); }
 
     // Queues the outdated records in the list's sort order (setting "listSort") and starts.
-    void updateAll(Apps outdatedApps);
+    void updateAll(const Apps &outdatedApps);
     // Queues records in the order given and starts, as one app's own update does. A record whose update is queued or
     // running already is left as it is. Call under the list's lock: the jobs read the records' catalogue facts.
     void addToQueue(const Apps &apps);

@@ -1,11 +1,7 @@
 #include "ui/AppViews.h"
 
-#include "model/AppJson.h"
+#include "model/ListSort.h"
 #include "model/RecordText.h"
-
-#include <QCollator>
-
-#include <algorithm>
 
 namespace AppViews {
 
@@ -14,22 +10,6 @@ namespace {
 bool isMatched(const VLApp &app)
 {
     return !app.vlID.isEmpty() && app.vlID != RecordText::unknown;
-}
-
-// The fields the preferences offer are read as they are; any other key through the record's JSON form, which
-// converts the whole record.
-QString sortField(const VLApp &app, const QString &key)
-{
-    if (key == QLatin1String("sortDate")) {
-        return app.sortDate;
-    }
-    if (key == QLatin1String("displayName")) {
-        return app.displayName;
-    }
-    if (key == QLatin1String("developer")) {
-        return app.developer;
-    }
-    return appToJson(app).value(key).toVariant().toString();
 }
 
 } // namespace
@@ -63,28 +43,6 @@ bool matchesSearch(const VLApp &app, const QString &search)
         }
     }
     return false;
-}
-
-AppList sortedByListSort(const AppList &apps, const QString &key)
-{
-    const bool descending = key == QLatin1String("sortDate");
-    // Each text is turned into its collation key once: thousands of records are sorted at every change of the list.
-    const QCollator collator;
-    QList<std::pair<QCollatorSortKey, AppRef>> keyed;
-    keyed.reserve(apps.size());
-    for (const AppRef &app : apps) {
-        keyed.append({collator.sortKey(sortField(*app, key)), app});
-    }
-    std::stable_sort(keyed.begin(), keyed.end(), [descending](const auto &a, const auto &b) {
-        const int order = a.first.compare(b.first);
-        return descending ? order > 0 : order < 0;
-    });
-    AppList sorted;
-    sorted.reserve(keyed.size());
-    for (const auto &entry : std::as_const(keyed)) {
-        sorted.append(entry.second);
-    }
-    return sorted;
 }
 
 AppList appsInView(AppView view, const AppList &apps, const AppViewOptions &options)

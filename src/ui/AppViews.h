@@ -24,7 +24,5 @@ bool isInView(AppView view, const VLApp &app, const AppViewOptions &options);
 bool matchesSearch(const VLApp &app, const QString &search);
 // The records of view among apps (the store's records; the deals for Deals), searched and sorted.
 AppList appsInView(AppView view, const AppList &apps, const AppViewOptions &options);
-// Sorted by the record field named key as text: dates ("sortDate") newest first, every other key A to Z.
-AppList sortedByListSort(const AppList &apps, const QString &key);
 
 } // namespace AppViews
