@@ -176,14 +176,15 @@ QUrl ServiceProcess::startFront(const QStringList &ports)
     if (!site.waitForFinished(commandTimeoutMs) || site.exitStatus() != QProcess::NormalExit || site.exitCode() != 0)
         return {};
     const QUrl url(QString::fromUtf8(site.readAllStandardOutput().trimmed()));
+    // nginx writes its pid file once it listens (one left by a killed nginx is removed first).
+    const QString pidFile = m_dir.filePath(QStringLiteral("nginx.pid"));
+    QFile::remove(pidFile);
     m_front.start(m_nginx, {QStringLiteral("-p"), m_dir.path(), QStringLiteral("-c"),
                             m_dir.filePath(QStringLiteral("nginx.conf")), QStringLiteral("-e"),
                             m_dir.filePath(QStringLiteral("nginx-error.log")), QStringLiteral("-g"),
                             QStringLiteral("daemon off;")});
     if (!m_front.waitForStarted())
         return {};
-    // nginx writes its pid file once it listens.
-    const QString pidFile = m_dir.filePath(QStringLiteral("nginx.pid"));
     const QDeadlineTimer deadline(startTimeoutMs);
     while (!QFile::exists(pidFile)) {
         if (deadline.hasExpired() || m_front.waitForFinished(10))
