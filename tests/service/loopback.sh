@@ -56,30 +56,10 @@ for i in 0 1 2; do
     start_process "$i" "${ports[i]}"
 done
 
-# The packaged site, with this run's ports and folders.
-front=$(free_port)
-sed -e "s/127.0.0.1:8651/127.0.0.1:${ports[0]}/; s/127.0.0.1:8652/127.0.0.1:${ports[1]}/" \
-    -e "s/127.0.0.1:8653/127.0.0.1:${ports[2]}/; s/listen 80;/listen 127.0.0.1:$front;/; /listen \[::\]:80;/d" \
-    -e "s|/usr/share/velmora-service/files/|$work/files/|" \
-    "$source_dir/packaging/nginx/velmora-service.conf" >"$work/site.conf"
-cat >"$work/nginx.conf" <<CONF
-worker_processes 1;
-error_log $work/nginx-error.log;
-pid $work/nginx.pid;
-events { worker_connections 1024; }
-http {
-    access_log off;
-    client_body_temp_path $work/nginx-body;
-    proxy_temp_path $work/nginx-proxy;
-    fastcgi_temp_path $work/nginx-fastcgi;
-    uwsgi_temp_path $work/nginx-uwsgi;
-    scgi_temp_path $work/nginx-scgi;
-    include $work/site.conf;
-}
-CONF
-"${NGINX:-nginx}" -c "$work/nginx.conf" -p "$work" -g 'daemon off;' &
+# The packaged site in front, with this run's ports and folders.
+url=$("$source_dir/tests/service/nginx-site.sh" "$work" "$work/files" "${ports[@]}")
+"${NGINX:-nginx}" -p "$work" -c "$work/nginx.conf" -g 'daemon off;' &
 nginx_pid=$!
-url=http://127.0.0.1:$front
 for _ in $(seq 50); do [[ $(status "$url/vld6blacklist") == 200 ]] && break; sleep 0.1; done
 
 # What one process writes, the others read: a member signed up through one signs in at each; a link shortened at

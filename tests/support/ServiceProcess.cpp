@@ -1,10 +1,10 @@
 #include "support/ServiceProcess.h"
 
 #include <QDeadlineTimer>
+#include <QDir>
 #include <QFile>
 #include <QRandomGenerator>
 #include <QThread>
-#include <QUrl>
 
 namespace {
 
@@ -20,12 +20,29 @@ bool psql(const QString &serverUrl, const QString &command)
            process.exitCode() == 0;
 }
 
+// Ends a process with SIGTERM, as an operator would; true when it ended cleanly (or never ran).
+bool end(QProcess &process)
+{
+    if (process.state() != QProcess::NotRunning) {
+        process.terminate();
+        if (!process.waitForFinished(10000)) {
+            process.kill();
+            process.waitForFinished();
+            return false;
+        }
+    }
+    return process.exitStatus() == QProcess::NormalExit && process.exitCode() == 0;
+}
+
 } // namespace
 
-ServiceProcess::ServiceProcess()
+ServiceProcess::ServiceProcess() : m_nginx(qEnvironmentVariable("VELMORA_TEST_NGINX"))
 {
     QFile urlFile(qEnvironmentVariable("VELMORA_TEST_POSTGRES_URL_FILE"));
     if (urlFile.fileName().isEmpty()) {
+        // Several processes on one SQLite file are not what an operator runs: start() fails.
+        if (!m_nginx.isEmpty())
+            return;
         m_database = m_dir.filePath(QStringLiteral("service.sqlite"));
         return;
     }
@@ -107,11 +124,33 @@ int ServiceProcess::runCommand(const QStringList &args, QByteArray *output)
 
 bool ServiceProcess::start(const QStringList &importFiles)
 {
-    if (!m_dir.isValid() || m_database.isEmpty() || m_process.state() != QProcess::NotRunning)
+    if (!m_dir.isValid() || m_database.isEmpty() || !m_processes.empty())
         return false;
     if (!importFiles.isEmpty() && runCommand(QStringList{QStringLiteral("import")} + importFiles) != 0)
         return false;
-    m_process.setStandardErrorFile(m_dir.filePath(QStringLiteral("service.log")));
+    QUrl address;
+    QStringList ports;
+    for (int i = m_nginx.isEmpty() ? 1 : 3; i > 0; --i) {
+        address = startProcess();
+        if (!address.isValid())
+            break;
+        ports.append(QString::number(address.port()));
+    }
+    if (address.isValid() && !m_nginx.isEmpty())
+        address = startFront(ports);
+    if (!address.isValid()) {
+        stop();
+        return false;
+    }
+    m_baseUrl = address.toString();
+    m_port = quint16(address.port());
+    return true;
+}
+
+QUrl ServiceProcess::startProcess()
+{
+    QProcess &process = *m_processes.emplace_back(std::make_unique<QProcess>());
+    process.setStandardErrorFile(m_dir.filePath(QStringLiteral("service-%1.log").arg(m_processes.size())));
     QStringList arguments{QStringLiteral("serve"),
                           QStringLiteral("--listen"),
                           QStringLiteral("127.0.0.1:0"),
@@ -121,31 +160,46 @@ bool ServiceProcess::start(const QStringList &importFiles)
                           keyFilePath()};
     if (!m_filesDir.isEmpty())
         arguments << QStringLiteral("--files") << m_filesDir;
-    m_process.start(binaryPath(), arguments);
+    process.start(binaryPath(), arguments);
     const QDeadlineTimer deadline(startTimeoutMs);
-    while (!m_process.canReadLine() && m_process.state() != QProcess::NotRunning && !deadline.hasExpired())
-        m_process.waitForReadyRead(int(std::max<qint64>(1, deadline.remainingTime())));
-    const QUrl url(QString::fromUtf8(m_process.readLine().trimmed()));
-    if (!url.isValid() || url.port() <= 0) {
-        stop();
-        return false;
+    while (!process.canReadLine() && process.state() != QProcess::NotRunning && !deadline.hasExpired())
+        process.waitForReadyRead(int(std::max<qint64>(1, deadline.remainingTime())));
+    const QUrl url(QString::fromUtf8(process.readLine().trimmed()));
+    return url.isValid() && url.port() > 0 ? url : QUrl();
+}
+
+QUrl ServiceProcess::startFront(const QStringList &ports)
+{
+    QProcess site;
+    site.start(QStringLiteral(VELMORA_SOURCE_DIR "/tests/service/nginx-site.sh"),
+               QStringList{m_dir.path(), m_filesDir.isEmpty() ? filesDir() : m_filesDir} + ports);
+    if (!site.waitForFinished(commandTimeoutMs) || site.exitStatus() != QProcess::NormalExit || site.exitCode() != 0)
+        return {};
+    const QUrl url(QString::fromUtf8(site.readAllStandardOutput().trimmed()));
+    // nginx writes its pid file once it listens (one left by a killed nginx is removed first).
+    const QString pidFile = m_dir.filePath(QStringLiteral("nginx.pid"));
+    QFile::remove(pidFile);
+    m_front.start(m_nginx, {QStringLiteral("-p"), m_dir.path(), QStringLiteral("-c"),
+                            m_dir.filePath(QStringLiteral("nginx.conf")), QStringLiteral("-e"),
+                            m_dir.filePath(QStringLiteral("nginx-error.log")), QStringLiteral("-g"),
+                            QStringLiteral("daemon off;")});
+    if (!m_front.waitForStarted())
+        return {};
+    const QDeadlineTimer deadline(startTimeoutMs);
+    while (!QFile::exists(pidFile)) {
+        if (deadline.hasExpired() || m_front.waitForFinished(10))
+            return {};
     }
-    m_baseUrl = url.toString();
-    m_port = quint16(url.port());
-    return true;
+    return url;
 }
 
 bool ServiceProcess::stop()
 {
-    if (m_process.state() == QProcess::NotRunning)
-        return m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
-    m_process.terminate();
-    if (!m_process.waitForFinished(10000)) {
-        m_process.kill();
-        m_process.waitForFinished();
-        return false;
-    }
-    return m_process.exitStatus() == QProcess::NormalExit && m_process.exitCode() == 0;
+    bool clean = end(m_front);
+    for (const std::unique_ptr<QProcess> &process : m_processes)
+        clean = end(*process) && clean;
+    m_processes.clear();
+    return clean;
 }
 
 bool ServiceProcess::waitForLog(const QByteArray &fragment, int timeoutMs) const
@@ -161,11 +215,17 @@ bool ServiceProcess::waitForLog(const QByteArray &fragment, int timeoutMs) const
 
 qint64 ServiceProcess::processId() const
 {
-    return m_process.processId();
+    return m_processes.empty() ? 0 : m_processes.front()->processId();
 }
 
 QByteArray ServiceProcess::log() const
 {
-    QFile file(m_dir.filePath(QStringLiteral("service.log")));
-    return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    QByteArray lines;
+    const QDir dir(m_dir.path());
+    for (const QString &name : dir.entryList({QStringLiteral("service-*.log")}, QDir::Files, QDir::Name)) {
+        QFile file(dir.filePath(name));
+        if (file.open(QIODevice::ReadOnly))
+            lines += file.readAll();
+    }
+    return lines;
 }
