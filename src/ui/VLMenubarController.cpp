@@ -5,7 +5,6 @@
 
 #include <QCursor>
 #include <QDBusConnection>
-#include <QDBusConnectionInterface>
 #include <QDBusInterface>
 #include <QDBusServiceWatcher>
 #include <QSystemTrayIcon>
@@ -14,6 +13,7 @@ namespace {
 
 const QString kWatcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
 const QString kWatcherPath = QStringLiteral("/StatusNotifierWatcher");
+const QString kHostRegistered = QStringLiteral("StatusNotifierHostRegistered");
 // Long enough for a desktop's panel to come up at login; a desktop with no tray host shows the window after it.
 constexpr int kTrayHostWaitMs = 20000;
 
@@ -52,8 +52,7 @@ bool VLMenubarController::waitForTrayHost()
     m_hostWatcher =
         std::make_unique<QDBusServiceWatcher>(kWatcherService, bus, QDBusServiceWatcher::WatchForRegistration);
     connect(m_hostWatcher.get(), &QDBusServiceWatcher::serviceRegistered, this, &VLMenubarController::checkTrayHost);
-    bus.connect(kWatcherService, kWatcherPath, kWatcherService, QStringLiteral("StatusNotifierHostRegistered"), this,
-                SLOT(checkTrayHost()));
+    bus.connect(kWatcherService, kWatcherPath, kWatcherService, kHostRegistered, this, SLOT(checkTrayHost()));
     m_hostWait.start(kTrayHostWaitMs);
     return true;
 }
@@ -72,8 +71,7 @@ void VLMenubarController::settleTrayHost()
     }
     m_hostWatcher.reset();
     m_hostWait.stop();
-    QDBusConnection::sessionBus().disconnect(kWatcherService, kWatcherPath, kWatcherService,
-                                             QStringLiteral("StatusNotifierHostRegistered"), this,
+    QDBusConnection::sessionBus().disconnect(kWatcherService, kWatcherPath, kWatcherService, kHostRegistered, this,
                                              SLOT(checkTrayHost()));
     emit trayHostSettled();
 }
