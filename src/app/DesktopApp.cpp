@@ -190,7 +190,12 @@ void DesktopApp::start(bool launchedByLoginItem)
     // A crash from now on leaves a report; one from an earlier run is sent, or the user is asked first.
     m_crashReporter = std::make_unique<VLCrashReporter>(QStringLiteral("velmora"), m_crashAsker.get());
     m_crashReporter->startCrashReporting();
-    applyShowStatusItem();
+    if (launchedByLoginItem && VLSettings().boolValue(SettingKey::showStatusItem) && m_menubar->waitForTrayHost()) {
+        connect(m_menubar.get(), &VLMenubarController::trayHostSettled, this, &DesktopApp::applyShowStatusItem,
+                Qt::SingleShotConnection);
+    } else {
+        applyShowStatusItem();
+    }
     // What a killed update left beside the apps goes, away from the windows' thread: a staged copy can be large.
     QThreadPool::globalInstance()->start(
         [] { StagingLeftovers::sweep(VLScanData().apps().value_or(AppList()), VLAppScanner::searchScopes()); });
@@ -201,6 +206,9 @@ void DesktopApp::start(bool launchedByLoginItem)
 
 void DesktopApp::applyShowStatusItem()
 {
+    if (m_menubar->waitingForTrayHost()) {
+        return; // applied once the tray host is settled, with the setting as it is then
+    }
     const bool wanted = VLSettings().boolValue(SettingKey::showStatusItem);
     if (wanted && VLMenubarController::trayAvailable()) {
         m_menubar->show();
@@ -262,6 +270,9 @@ void DesktopApp::togglePanel(const QRect &anchor)
     m_menubar->setIconBlack();
     refreshPanelAndBadge();
     m_panel->openPanel(anchor, QGuiApplication::queryKeyboardModifiers().testFlag(Qt::ShiftModifier));
+    if (m_panel->isVisible()) {
+        vlLog(QStringLiteral("panel opened at %1").arg(QDebug::toString(m_panel->geometry())));
+    }
 }
 
 void DesktopApp::onGearAction(PanelAction action)

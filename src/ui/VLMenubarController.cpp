@@ -4,15 +4,76 @@
 #include "ui/PanelPlacement.h"
 
 #include <QCursor>
+#include <QDBusConnection>
+#include <QDBusInterface>
+#include <QDBusServiceWatcher>
 #include <QSystemTrayIcon>
 
-VLMenubarController::VLMenubarController(QObject *parent) : QObject(parent) {}
+namespace {
+
+const QString kWatcherService = QStringLiteral("org.kde.StatusNotifierWatcher");
+const QString kWatcherPath = QStringLiteral("/StatusNotifierWatcher");
+const QString kHostRegistered = QStringLiteral("StatusNotifierHostRegistered");
+// Long enough for a desktop's panel to come up at login; a desktop with no tray host shows the window after it.
+constexpr int kTrayHostWaitMs = 20000;
+
+// Asked the way Qt asks when it makes the first tray icon, so that both come to the same answer.
+bool trayHostRegistered()
+{
+    QDBusInterface watcher(kWatcherService, kWatcherPath, kWatcherService);
+    return watcher.isValid() && watcher.property("IsStatusNotifierHostRegistered").toBool();
+}
+
+} // namespace
+
+VLMenubarController::VLMenubarController(QObject *parent) : QObject(parent)
+{
+    m_hostWait.setSingleShot(true);
+    connect(&m_hostWait, &QTimer::timeout, this, [this] {
+        vlLog(QStringLiteral("no tray host registered within %1 s").arg(kTrayHostWaitMs / 1000));
+        settleTrayHost();
+    });
+}
 
 VLMenubarController::~VLMenubarController() = default;
 
 bool VLMenubarController::trayAvailable()
 {
     return QSystemTrayIcon::isSystemTrayAvailable();
+}
+
+bool VLMenubarController::waitForTrayHost()
+{
+    QDBusConnection bus = QDBusConnection::sessionBus();
+    if (m_hostWatcher || !bus.isConnected() || trayHostRegistered()) {
+        return m_hostWatcher != nullptr;
+    }
+    vlLog(QStringLiteral("waiting for a tray host on the session bus"));
+    m_hostWatcher =
+        std::make_unique<QDBusServiceWatcher>(kWatcherService, bus, QDBusServiceWatcher::WatchForRegistration);
+    connect(m_hostWatcher.get(), &QDBusServiceWatcher::serviceRegistered, this, &VLMenubarController::checkTrayHost);
+    bus.connect(kWatcherService, kWatcherPath, kWatcherService, kHostRegistered, this, SLOT(checkTrayHost()));
+    m_hostWait.start(kTrayHostWaitMs);
+    return true;
+}
+
+void VLMenubarController::checkTrayHost()
+{
+    if (trayHostRegistered()) {
+        settleTrayHost();
+    }
+}
+
+void VLMenubarController::settleTrayHost()
+{
+    if (!m_hostWatcher) {
+        return;
+    }
+    m_hostWatcher.reset();
+    m_hostWait.stop();
+    QDBusConnection::sessionBus().disconnect(kWatcherService, kWatcherPath, kWatcherService, kHostRegistered, this,
+                                             SLOT(checkTrayHost()));
+    emit trayHostSettled();
 }
 
 void VLMenubarController::show()

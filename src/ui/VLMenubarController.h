@@ -7,9 +7,11 @@
 
 #include <QObject>
 #include <QRect>
+#include <QTimer>
 
 #include <memory>
 
+class QDBusServiceWatcher;
 class QMenu;
 class QSystemTrayIcon;
 
@@ -22,6 +24,11 @@ public:
     ~VLMenubarController() override;
 
     static bool trayAvailable();
+    // At login the desktop's tray host may come up after us, and Qt settles whether there is one only once, when the
+    // first tray icon is made. True when there is no host yet: trayHostSettled() follows once one has registered with
+    // a StatusNotifierWatcher on the session bus, or after a while without one. Ask trayAvailable() only after that.
+    bool waitForTrayHost();
+    bool waitingForTrayHost() const { return m_hostWatcher != nullptr; }
 
     void show();
     void hide();
@@ -39,11 +46,18 @@ public:
 signals:
     // The icon was clicked: anchor is where the panel goes against.
     void togglePanel(const QRect &anchor);
+    void trayHostSettled();
+
+private slots:
+    void checkTrayHost();
 
 private:
+    void settleTrayHost();
     void refreshIcon();
 
     std::unique_ptr<QSystemTrayIcon> m_statusItem;
+    std::unique_ptr<QDBusServiceWatcher> m_hostWatcher;
+    QTimer m_hostWait;
     VLStatusItemView m_view;
     QMenu *m_contextMenu = nullptr;
     bool m_hasActiveIcon = false;
