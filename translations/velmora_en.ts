@@ -1698,9 +1698,9 @@ a scan.
     </message>
     <message numerus="yes">
         <source>Velmora Desktop: %n update(s) available</source>
-        <translation type="unfinished">
-            <numerusform></numerusform>
-            <numerusform></numerusform>
+        <translation>
+            <numerusform>Velmora Desktop: %n update available</numerusform>
+            <numerusform>Velmora Desktop: %n updates available</numerusform>
         </translation>
     </message>
 </context>

@@ -43,9 +43,11 @@ int main(int argc, char **argv)
     QApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("velmora"));
 
+    // English is the fallback: its catalogue holds the plural forms the source texts leave open ("update(s)").
     QTranslator translator;
-    if (translator.load(QLocale(), QStringLiteral("velmora"), QStringLiteral("_"),
-                        QStringLiteral(VELMORA_TRANSLATIONS_DIR))) {
+    const QString translations = QStringLiteral(VELMORA_TRANSLATIONS_DIR);
+    if (translator.load(QLocale(), QStringLiteral("velmora"), QStringLiteral("_"), translations) ||
+        translator.load(QStringLiteral("velmora_en"), translations)) {
         QApplication::installTranslator(&translator);
     }
 
