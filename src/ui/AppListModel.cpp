@@ -2,12 +2,18 @@
 
 #include "install/UpdateJob.h"
 
-#include "ui/PanelAppRow.h"
+#include "ui/AppIcon.h"
 
 AppListModel::AppListModel(QObject *parent) : QAbstractTableModel(parent) {}
 
 void AppListModel::setApps(const AppList &apps)
 {
+    if (apps == m_apps) {
+        if (!m_apps.isEmpty()) {
+            emit dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1));
+        }
+        return;
+    }
     beginResetModel();
     m_apps = apps;
     m_rows.clear();
@@ -61,14 +67,14 @@ QIcon AppListModel::iconOf(const VLApp &app) const
     const QString key = app.digestString.isEmpty() ? app.localPath : app.digestString;
     auto found = m_icons.constFind(key);
     if (found == m_icons.cend()) {
-        found = m_icons.insert(key, PanelAppRow::iconFor(app));
+        found = m_icons.insert(key, AppIcon::iconFor(app));
     }
     return *found;
 }
 
 QString AppListModel::stateText(const VLApp &app) const
 {
-    const UpdateJob *job = m_jobFor ? m_jobFor(&app) : nullptr;
+    const UpdateJob *job = jobFor(app);
     switch (job ? job->status() : UpdateStatus::Done) {
     case UpdateStatus::Installing:
         return tr("Installing");
@@ -114,10 +120,32 @@ QVariant AppListModel::data(const QModelIndex &index, int role) const
         return m_progress.value(&app, -1.0);
     case StateTextRole:
         return stateText(app);
+    case RowStateRole:
+        return QVariant::fromValue(rowStateOf(app, jobFor(app)));
     default:
         break;
     }
     return {};
+}
+
+AppListModel::RowState AppListModel::rowStateOf(const VLApp &app, const UpdateJob *job)
+{
+    switch (job ? job->status() : UpdateStatus::Done) {
+    case UpdateStatus::Installing:
+        return RowState::Installing;
+    case UpdateStatus::Queued:
+    case UpdateStatus::Downloading:
+        return RowState::Updating;
+    case UpdateStatus::Failed:
+        return RowState::Failed;
+    case UpdateStatus::Done:
+    case UpdateStatus::Cancelled:
+        break;
+    }
+    if (!app.isOutdated && app.lastupdated.isValid()) {
+        return RowState::Done;
+    }
+    return RowState::Idle;
 }
 
 QVariant AppListModel::headerData(int section, Qt::Orientation orientation, int role) const

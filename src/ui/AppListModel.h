@@ -1,7 +1,8 @@
 #pragma once
 
-// The window's list: a table model over shared records (never a widget per row). Columns: the app, its installed
-// version, the new version and its date; a running update's progress is a role the delegate draws.
+// A list of apps as a table model over shared records (never a widget per row): the window's list and the panel's.
+// Columns: the app, its installed version, the new version and its date; a running update's progress and what the
+// row's update is doing are roles the delegates draw.
 
 #include "scan/AppList.h"
 
@@ -19,10 +20,14 @@ class AppListModel : public QAbstractTableModel
 
 public:
     enum Column { Name, Installed, Available, Date, ColumnCount };
-    enum Role { AppRole = Qt::UserRole + 1, ProgressRole, StateTextRole };
+    enum Role { AppRole = Qt::UserRole + 1, ProgressRole, StateTextRole, RowStateRole };
+    // What a row shows of its update: none to run (Idle), queued or downloading, installing, done, failed.
+    enum class RowState { Idle, Updating, Installing, Done, Failed };
+    Q_ENUM(RowState)
 
     explicit AppListModel(QObject *parent = nullptr);
 
+    // The same records in the same order only tell the views to draw their rows again: a view keeps its place.
     void setApps(const AppList &apps);
     const AppList &apps() const { return m_apps; }
     AppRef appAt(int row) const;
@@ -38,9 +43,13 @@ public:
     QVariant data(const QModelIndex &index, int role = Qt::DisplayRole) const override;
     QVariant headerData(int section, Qt::Orientation orientation, int role = Qt::DisplayRole) const override;
 
+    // job: the record's running or last update, or null.
+    static RowState rowStateOf(const VLApp &app, const UpdateJob *job);
+
 private:
     QIcon iconOf(const VLApp &app) const;
     QString stateText(const VLApp &app) const;
+    const UpdateJob *jobFor(const VLApp &app) const { return m_jobFor ? m_jobFor(&app) : nullptr; }
 
     AppList m_apps;
     QHash<const VLApp *, int> m_rows;

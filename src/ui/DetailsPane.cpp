@@ -1,7 +1,7 @@
 #include "ui/DetailsPane.h"
 
 #include "model/VLApp.h"
-#include "ui/PanelAppRow.h"
+#include "ui/AppIcon.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -123,7 +123,7 @@ void DetailsPane::showApp(const AppRef &app, bool memberSignedIn, bool updating)
         m_versions->clear();
         return;
     }
-    m_icon->setPixmap(PanelAppRow::iconFor(*app).pixmap(64, 64));
+    m_icon->setPixmap(AppIcon::iconFor(*app).pixmap(64, 64));
     m_name->setText(app->displayName.isEmpty() ? app->name : app->displayName);
     QStringList versions;
     if (app->isInstalled()) {

@@ -3,19 +3,21 @@
 #include "install/UpdateJob.h"
 
 #include "platform/Log.h"
-#include "ui/PanelAppRow.h"
 #include "ui/PanelExpiry.h"
+#include "ui/PanelListModel.h"
 #include "ui/PanelPlacement.h"
+#include "ui/PanelRowDelegate.h"
 
+#include <QContextMenuEvent>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QListView>
 #include <QMenu>
 #include <QPropertyAnimation>
 #include <QPushButton>
 #include <QScreen>
-#include <QScrollArea>
 #include <QStackedWidget>
 #include <QToolButton>
 #include <QVBoxLayout>
@@ -38,7 +40,7 @@ AppList sortedBySortDate(AppList apps)
 VLPanelController::VLPanelController(QWidget *parent)
     : QWidget(parent, Qt::Popup | Qt::FramelessWindowHint), m_numberUpdatesAvailable(new QLabel(this)),
       m_gearButton(new QToolButton(this)), m_stack(new QStackedWidget(this)), m_scanningInProgress(new QLabel(this)),
-      m_scrollView(new QScrollArea(this)), m_rowsHost(new QWidget), m_rowsLayout(new QVBoxLayout(m_rowsHost)),
+      m_model(new PanelListModel(this)), m_delegate(new PanelRowDelegate(this)), m_updatesTable(new QListView(this)),
       m_showWebsiteButton(new QPushButton(this)), m_fade(new QPropertyAnimation(this, "windowOpacity", this))
 {
     setObjectName(QStringLiteral("VLPanel"));
@@ -67,15 +69,25 @@ VLPanelController::VLPanelController(QWidget *parent)
 
     m_scanningInProgress->setObjectName(QStringLiteral("scanningInProgress"));
     m_scanningInProgress->setAlignment(Qt::AlignCenter);
-    m_rowsLayout->setContentsMargins(0, 0, 0, 0);
-    m_rowsLayout->setSpacing(0);
-    m_rowsLayout->addStretch(1);
-    m_scrollView->setWidget(m_rowsHost);
-    m_scrollView->setWidgetResizable(true);
-    m_scrollView->setFrameShape(QFrame::NoFrame);
-    m_scrollView->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_model->setJobLookup([this](const VLApp *app) { return jobFor(app); });
+    m_updatesTable->setObjectName(QStringLiteral("updatesTable"));
+    m_updatesTable->setAccessibleName(tr("Apps with updates"));
+    m_updatesTable->setAccessibleDescription(tr("Newest first; Space updates the current app, the menu key opens its "
+                                                "actions"));
+    m_updatesTable->setModel(m_model);
+    m_updatesTable->setItemDelegate(m_delegate);
+    // Every row is as high as the first: the list lays out thousands of rows without asking each.
+    m_updatesTable->setUniformItemSizes(true);
+    m_updatesTable->setSelectionMode(QAbstractItemView::NoSelection);
+    m_updatesTable->setEditTriggers(QAbstractItemView::NoEditTriggers);
+    m_updatesTable->setVerticalScrollMode(QAbstractItemView::ScrollPerPixel);
+    m_updatesTable->setFrameShape(QFrame::NoFrame);
+    m_updatesTable->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_updatesTable->viewport()->setBackgroundRole(QPalette::Window);
+    m_updatesTable->installEventFilter(this);
+    m_updatesTable->viewport()->installEventFilter(this);
     m_stack->addWidget(m_scanningInProgress);
-    m_stack->addWidget(m_scrollView);
+    m_stack->addWidget(m_updatesTable);
 
     m_showWebsiteButton->setObjectName(QStringLiteral("showWebsiteButton"));
     m_showWebsiteButton->setText(QStringLiteral("   ") + tr("Discover new apps on ") + PanelMenus::siteName());
@@ -91,6 +103,9 @@ VLPanelController::VLPanelController(QWidget *parent)
 
     connect(m_gearButton, &QToolButton::clicked, this, &VLPanelController::showGearMenu);
     connect(m_showWebsiteButton, &QPushButton::clicked, this, &VLPanelController::showWebsite);
+    connect(m_delegate, &PanelRowDelegate::updateRequested, this, &VLPanelController::updateRequested);
+    connect(m_delegate, &PanelRowDelegate::cancelRequested, this, &VLPanelController::cancelRequested);
+    connect(m_delegate, &PanelRowDelegate::menuRequested, this, &VLPanelController::showRowMenu);
     m_fade->setStartValue(0.0);
     m_fade->setEndValue(1.0);
     hideTableShowScanningInProgress();
@@ -116,9 +131,8 @@ void VLPanelController::openPanel(const QRect &anchor, bool slow)
     raise();
     activateWindow();
     m_fade->start();
-    for (PanelAppRow *row : std::as_const(m_rows)) {
-        row->refresh(jobFor(row->app().get()));
-    }
+    // The rows read their update's state as they are painted.
+    m_updatesTable->viewport()->update();
 }
 
 void VLPanelController::closePanel()
@@ -139,6 +153,32 @@ void VLPanelController::keyPressEvent(QKeyEvent *event)
         return;
     }
     QWidget::keyPressEvent(event);
+}
+
+bool VLPanelController::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::ContextMenu) {
+        const auto *menuEvent = static_cast<QContextMenuEvent *>(event);
+        const bool byKey = menuEvent->reason() == QContextMenuEvent::Keyboard;
+        const QModelIndex index =
+            byKey ? m_updatesTable->currentIndex()
+                  : m_updatesTable->indexAt(m_updatesTable->viewport()->mapFromGlobal(menuEvent->globalPos()));
+        if (index.isValid()) {
+            const QPoint at = byKey
+                                  ? m_updatesTable->viewport()->mapToGlobal(m_updatesTable->visualRect(index).center())
+                                  : menuEvent->globalPos();
+            showRowMenu(m_model->appAt(index.row()), at);
+            return true;
+        }
+    }
+    if (event->type() == QEvent::KeyPress && watched == m_updatesTable) {
+        const int key = static_cast<QKeyEvent *>(event)->key();
+        if ((key == Qt::Key_Return || key == Qt::Key_Enter) && m_updatesTable->currentIndex().isValid()) {
+            m_delegate->pressButton(m_updatesTable->currentIndex());
+            return true;
+        }
+    }
+    return QWidget::eventFilter(watched, event);
 }
 
 void VLPanelController::showStatus(const QString &text)
@@ -164,7 +204,7 @@ QString VLPanelController::statusText() const
 
 bool VLPanelController::tableShown() const
 {
-    return m_stack->currentWidget() == m_scrollView;
+    return m_stack->currentWidget() == m_updatesTable;
 }
 
 void VLPanelController::showTableHideScanningInProgress(bool doneScanning, const AppList &outdatedApps)
@@ -184,7 +224,7 @@ void VLPanelController::showTableHideScanningInProgress(bool doneScanning, const
     }
     m_outdatedApps = sortedBySortDate(apps);
     m_numberUpdatesAvailable->setText(QString::number(outdatedApps.size()));
-    rebuildRows();
+    showRows();
 }
 
 void VLPanelController::removeOlderLaunchAppsFromPanel(const QDateTime &now)
@@ -196,71 +236,31 @@ void VLPanelController::removeOlderLaunchAppsFromPanel(const QDateTime &now)
         }
     }
     m_outdatedApps = kept;
-    rebuildRows();
+    showRows();
 }
 
-void VLPanelController::rebuildRows()
+void VLPanelController::showRows()
 {
-    // The same rows in the same order (every click on the tray icon, most list changes): only their state is shown
-    // again, which spares relaying out hundreds of rows.
-    if (m_rows.size() == m_outdatedApps.size() && rowsInOrder()) {
-        for (const AppRef &app : std::as_const(m_outdatedApps)) {
-            m_rows.value(app.get())->refresh(jobFor(app.get()));
-        }
-        showTableOrNoUpdates();
-        return;
-    }
-    QHash<const VLApp *, PanelAppRow *> previous;
-    previous.swap(m_rows);
-    for (const AppRef &app : std::as_const(m_outdatedApps)) {
-        PanelAppRow *row = previous.take(app.get());
-        if (!row) {
-            row = new PanelAppRow(app, m_rowsHost);
-            connect(row, &PanelAppRow::updateRequested, this, &VLPanelController::updateRequested);
-            connect(row, &PanelAppRow::cancelRequested, this, &VLPanelController::cancelRequested);
-            connect(row, &PanelAppRow::menuRequested, this, &VLPanelController::showRowMenu);
-        }
-        m_rowsLayout->removeWidget(row);
-        m_rowsLayout->insertWidget(m_rowsLayout->count() - 1, row);
-        row->refresh(jobFor(app.get()));
-        m_rows.insert(app.get(), row);
-    }
-    qDeleteAll(previous);
-    showTableOrNoUpdates();
-}
-
-bool VLPanelController::rowsInOrder() const
-{
-    for (int index = 0; index < m_outdatedApps.size(); ++index) {
-        const QLayoutItem *item = m_rowsLayout->itemAt(index);
-        if (!item || item->widget() != m_rows.value(m_outdatedApps.at(index).get())) {
-            return false;
-        }
-    }
-    return true;
-}
-
-void VLPanelController::showTableOrNoUpdates()
-{
+    m_model->setApps(m_outdatedApps);
     if (m_outdatedApps.isEmpty()) {
         hideTableShowNoUpdates();
     } else {
-        m_stack->setCurrentWidget(m_scrollView);
+        m_stack->setCurrentWidget(m_updatesTable);
     }
 }
 
 void VLPanelController::refreshRow(const AppRef &app)
 {
-    if (PanelAppRow *row = m_rows.value(app.get())) {
-        row->refresh(jobFor(app.get()));
+    // A finished update's bar starts empty when the app is updated again.
+    if (!isUpdating(app.get())) {
+        m_model->setProgress(app.get(), -1);
     }
+    m_model->refreshApp(app.get());
 }
 
 void VLPanelController::setRowProgress(const AppRef &app, double fraction)
 {
-    if (PanelAppRow *row = m_rows.value(app.get())) {
-        row->setProgress(fraction);
-    }
+    m_model->setProgress(app.get(), fraction);
 }
 
 QMenu *VLPanelController::buildGearMenu(QWidget *parent)

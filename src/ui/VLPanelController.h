@@ -8,19 +8,18 @@
 #include "ui/PanelMenus.h"
 
 #include <QDateTime>
-#include <QHash>
 #include <QWidget>
 
 #include <functional>
 
-class PanelAppRow;
+class PanelListModel;
+class PanelRowDelegate;
 class QLabel;
+class QListView;
 class QPropertyAnimation;
 class QPushButton;
-class QScrollArea;
 class QStackedWidget;
 class QToolButton;
-class QVBoxLayout;
 
 class UpdateJob;
 
@@ -67,13 +66,12 @@ signals:
 protected:
     void hideEvent(QHideEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
+    // The table's row menu (a right click, the menu key) and Enter on its current row.
+    bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
     void showStatus(const QString &text);
-    void rebuildRows();
-    // The layout holds the rows of m_outdatedApps in its order.
-    bool rowsInOrder() const;
-    void showTableOrNoUpdates();
+    void showRows();
     void showRowMenu(const AppRef &app, const QPoint &globalPos);
     void showGearMenu();
     const UpdateJob *jobFor(const VLApp *app) const { return m_jobFor ? m_jobFor(app) : nullptr; }
@@ -83,14 +81,13 @@ private:
     std::function<RowMenuContext()> m_rowMenuContext;
     std::function<const UpdateJob *(const VLApp *)> m_jobFor;
     AppList m_outdatedApps;
-    QHash<const VLApp *, PanelAppRow *> m_rows;
     QLabel *m_numberUpdatesAvailable;
     QToolButton *m_gearButton;
     QStackedWidget *m_stack;
     QLabel *m_scanningInProgress;
-    QScrollArea *m_scrollView;
-    QWidget *m_rowsHost;
-    QVBoxLayout *m_rowsLayout;
+    PanelListModel *m_model;
+    PanelRowDelegate *m_delegate;
+    QListView *m_updatesTable;
     QPushButton *m_showWebsiteButton;
     QPropertyAnimation *m_fade;
 };

@@ -14,7 +14,7 @@
 #include "ui/AccountDialog.h"
 #include "ui/AppListModel.h"
 #include "ui/CartDialog.h"
-#include "ui/PanelAppRow.h"
+#include "ui/PanelRowDelegate.h"
 #include "ui/PreferencesDialog.h"
 #include "ui/VLMainWindow.h"
 #include "ui/VLPanelController.h"
@@ -25,6 +25,7 @@
 #include <QFile>
 #include <QLabel>
 #include <QLineEdit>
+#include <QListView>
 #include <QListWidget>
 #include <QProcess>
 #include <QPushButton>
@@ -38,14 +39,18 @@ class TestDesktopWithService : public QObject
     ServiceProcess m_service;
     std::unique_ptr<DesktopApp> m_desktop;
 
-    PanelAppRow *panelRow(const QString &name) const
+    QListView *panelTable() const { return m_desktop->panel().findChild<QListView *>(QStringLiteral("updatesTable")); }
+
+    QModelIndex panelRow(const QString &name) const
     {
-        for (PanelAppRow *row : m_desktop->panel().findChildren<PanelAppRow *>()) {
-            if (row->app()->displayName == name) {
-                return row;
-            }
-        }
-        return nullptr;
+        const QAbstractItemModel *rows = panelTable()->model();
+        const QModelIndexList found = rows->match(rows->index(0, 0), Qt::DisplayRole, name, 1, Qt::MatchExactly);
+        return found.value(0);
+    }
+
+    static AppListModel::RowState rowState(const QModelIndex &row)
+    {
+        return row.data(AppListModel::RowStateRole).value<AppListModel::RowState>();
     }
 
 private slots:
@@ -88,28 +93,39 @@ private slots:
         }
     }
 
+    // The row's Update button is painted: a click at it must reach the update of that row's app.
     void rowUpdateEndsWithItsDoneMark()
     {
-        PanelAppRow *row = panelRow(QStringLiteral("Velmora Notes"));
-        QVERIFY(row);
-        row->findChild<QPushButton *>(QStringLiteral("rowUpdate"))->click();
-        QVERIFY(row->state() == PanelAppRow::State::Updating || row->state() == PanelAppRow::State::Installing);
-        QTRY_COMPARE_WITH_TIMEOUT(row->state(), PanelAppRow::State::Done, 60000);
-        QCOMPARE(row->app()->localVersion, QStringLiteral("2.0"));
+        m_desktop->panel().openPanel(QRect(800, 0, 30, 24), false);
+        QListView *table = panelTable();
+        const QModelIndex row = panelRow(QStringLiteral("Velmora Notes"));
+        QVERIFY(row.isValid());
+        table->scrollTo(row);
+        const QRect button = PanelRowDelegate::partRect(table->visualRect(row), PanelRowDelegate::Part::Update);
+        QTest::mouseClick(table->viewport(), Qt::LeftButton, {}, button.center());
+        QVERIFY(rowState(row) == AppListModel::RowState::Updating ||
+                rowState(row) == AppListModel::RowState::Installing);
+        // The list is refilled as the update ends: the row is looked up again.
+        QTRY_COMPARE_WITH_TIMEOUT(rowState(panelRow(QStringLiteral("Velmora Notes"))), AppListModel::RowState::Done,
+                                  60000);
+        QCOMPARE(panelRow(QStringLiteral("Velmora Notes")).data(AppListModel::AppRole).value<AppRef>()->localVersion,
+                 QStringLiteral("2.0"));
         QCOMPARE(m_desktop->panel().findChild<QLabel *>(QStringLiteral("numberUpdatesAvailable"))->text(),
                  QStringLiteral("5"));
         // The done row stays until the finished rows expire; then only the outdated remain.
-        QVERIFY(panelRow(QStringLiteral("Velmora Notes")));
+        QVERIFY(panelRow(QStringLiteral("Velmora Notes")).isValid());
         m_desktop->panel().removeOlderLaunchAppsFromPanel(QDateTime::currentDateTimeUtc().addSecs(1801));
-        QVERIFY(!panelRow(QStringLiteral("Velmora Notes")));
+        QVERIFY(!panelRow(QStringLiteral("Velmora Notes")).isValid());
         QCOMPARE(m_desktop->panel().outdatedApps().size(), 5);
+        m_desktop->panel().closePanel();
     }
 
     // A link that arrives while a check runs is read once that check has ended, not a check later.
     void linkDuringACheckUpdatesAfterIt()
     {
         VLMainWindowController &driver = m_desktop->driver();
-        const AppRef paint = driver.scanData().appWithVLID(panelRow(QStringLiteral("Velmora Paint"))->app()->vlID);
+        const AppRef paint = driver.scanData().appWithVLID(
+            panelRow(QStringLiteral("Velmora Paint")).data(AppListModel::AppRole).value<AppRef>()->vlID);
         QSignalSpy finished(&driver, &VLMainWindowController::checkFinished);
         driver.checkForUpdates();
         m_desktop->handleArguments({QStringLiteral("velmora://app/%1/Velmora-Paint/2.0").arg(paint->vlID)});
