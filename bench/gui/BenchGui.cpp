@@ -6,7 +6,7 @@
 //   QApplication, the desktop program, the stored scan read on the check thread), timed from just before the
 //   process is spawned to the end of the list's first paint with rows in it;
 // - tray click to painted panel: what a click on the tray icon does (the outdated list refilled, the panel opened at
-//   the icon), up to the end of the panel's paint; the first click (rows made) and later ones;
+//   the icon), up to the end of the panel's paint; the first click and later ones;
 // - the window listing its view again (what every change of the records costs the UI thread), with its paint;
 // - a scroll through the whole Installed list (all N records) by wheel notches, and again a page at a time: each
 //   frame timed from the event to the end of its paint;
@@ -304,7 +304,7 @@ void timePanelOpens(DesktopApp &desktop)
         panel.repaint();
         const Sample sample = watch.lap();
         if (click == 0) {
-            std::printf("  tray click to painted panel, first (%lld rows made): %.2f ms (%.2f ms cpu)\n",
+            std::printf("  tray click to painted panel, first (%lld rows listed): %.2f ms (%.2f ms cpu)\n",
                         qint64(panel.outdatedApps().size()), sample.wall, sample.cpu);
         } else {
             later.append(sample);

@@ -10,7 +10,7 @@ void AppListModel::setApps(const AppList &apps)
 {
     if (apps == m_apps) {
         if (!m_apps.isEmpty()) {
-            emit dataChanged(index(0, 0), index(rowCount() - 1, ColumnCount - 1));
+            emit dataChanged(index(0, 0), index(rowCount() - 1, columnCount() - 1));
         }
         return;
     }
@@ -47,7 +47,7 @@ void AppListModel::refreshApp(const VLApp *app)
 {
     const int row = rowOf(app);
     if (row >= 0) {
-        emit dataChanged(index(row, 0), index(row, ColumnCount - 1));
+        emit dataChanged(index(row, 0), index(row, columnCount() - 1));
     }
 }
 

@@ -1,5 +1,10 @@
 #include "ui/PanelListModel.h"
 
+int PanelListModel::columnCount(const QModelIndex &parent) const
+{
+    return parent.isValid() ? 0 : 1;
+}
+
 QVariant PanelListModel::data(const QModelIndex &index, int role) const
 {
     if (role == Qt::AccessibleDescriptionRole && index.isValid()) {

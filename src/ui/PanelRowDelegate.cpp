@@ -18,7 +18,7 @@ constexpr int kIconSize = 32;
 constexpr int kSpacing = 6;
 constexpr int kActionWidth = 96;
 constexpr int kBarWidth = 64;
-constexpr int kToolWidth = 24;
+constexpr int kToolWidth = 28;
 const QColor kFailureColor(0xd9, 0x2d, 0x20);
 
 QRect innerRect(const QRect &rect)
@@ -40,6 +40,18 @@ RowState rowState(const QModelIndex &index)
 AppRef appOf(const QModelIndex &index)
 {
     return index.data(AppListModel::AppRole).value<AppRef>();
+}
+
+// text wrapped into rect, cut short with an ellipsis where it would not fit; the tooltip has all of it.
+QString wrappedToFit(const QFontMetrics &metrics, const QRect &rect, const QString &text)
+{
+    for (qsizetype length = text.size(); length > 0; --length) {
+        const QString shown = length == text.size() ? text : text.left(length).trimmed() + QChar(0x2026);
+        if (metrics.boundingRect(rect, Qt::TextWordWrap, shown).height() <= rect.height()) {
+            return shown;
+        }
+    }
+    return QString();
 }
 
 const QStyle *styleOf(const QStyleOptionViewItem &option)
@@ -185,10 +197,10 @@ void PanelRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opti
     const QFontMetrics boldMetrics(bold);
     const int textLeft = iconRect(option.rect).right() + 1 + kSpacing;
     const int textWidth = partRect(option.rect, Part::Update).left() - kSpacing - textLeft;
-    const int nameHeight = boldMetrics.height();
-    const int top = option.rect.top() + (option.rect.height() - nameHeight - option.fontMetrics.height()) / 2;
-    const QRect nameRect(textLeft, top, textWidth, nameHeight);
-    const QRect versionsRect(textLeft, nameRect.bottom() + 1, textWidth, option.fontMetrics.height());
+    // The name above, the versions below, each in half the row.
+    const QRect inner = innerRect(option.rect);
+    const QRect nameRect(textLeft, inner.top(), textWidth, inner.height() / 2);
+    const QRect versionsRect(textLeft, nameRect.bottom() + 1, textWidth, inner.height() - nameRect.height());
     painter->save();
     painter->setFont(bold);
     painter->setPen(option.palette.color(QPalette::WindowText));
@@ -246,9 +258,8 @@ void PanelRowDelegate::paintAction(QPainter *painter, const QStyleOptionViewItem
     case RowState::Failed:
         painter->save();
         painter->setPen(kFailureColor);
-        painter->setClipRect(action);
         painter->drawText(action, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextWordWrap,
-                          index.data(AppListModel::StateTextRole).toString());
+                          wrappedToFit(option.fontMetrics, action, index.data(AppListModel::StateTextRole).toString()));
         painter->restore();
         break;
     }
@@ -264,6 +275,8 @@ void PanelRowDelegate::paintToolButton(QPainter *painter, const QStyleOptionView
     button.toolButtonStyle = Qt::ToolButtonTextOnly;
     button.subControls = QStyle::SC_ToolButton;
     button.state = QStyle::State_AutoRaise | (enabled ? QStyle::State_Enabled : QStyle::State_None);
+    // The style draws the text in the palette's current group: a disabled button is greyed by choosing it.
+    button.palette.setCurrentColorGroup(enabled ? QPalette::Active : QPalette::Disabled);
     if (isPressed(index, part)) {
         button.state |= QStyle::State_Sunken | QStyle::State_Raised;
         button.activeSubControls = QStyle::SC_ToolButton;
