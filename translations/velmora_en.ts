@@ -1064,45 +1064,29 @@ a scan.
     </message>
 </context>
 <context>
-    <name>PanelAppRow</name>
+    <name>PanelListModel</name>
     <message>
-        <source>Update</source>
+        <source>Space updates the app or cancels its update; the menu key opens its actions</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>%1 → %2</source>
+        <source>%1, version %2, new version %3</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Update %1</source>
+        <source>%1, updating to %2</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Downloads and installs the new version</source>
+        <source>%1, installing %2</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Progress of %1</source>
+        <source>%1, updated to %2</source>
         <translation type="unfinished"></translation>
     </message>
     <message>
-        <source>Cancel</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Cancel the update of %1</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Updated</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Actions</source>
-        <translation type="unfinished"></translation>
-    </message>
-    <message>
-        <source>Actions for %1</source>
+        <source>%1, update failed: %2</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -1178,6 +1162,29 @@ a scan.
     </message>
     <message>
         <source>Set version to current</source>
+        <translation type="unfinished"></translation>
+    </message>
+</context>
+<context>
+    <name>PanelRowDelegate</name>
+    <message>
+        <source>%1 → %2</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Update</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Updated</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Actions</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Cancel</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -1740,6 +1747,14 @@ a scan.
     </message>
     <message>
         <source>Checking for updates</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Apps with updates</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Newest first; Space updates the current app, the menu key opens its actions</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
