@@ -4,6 +4,7 @@
 
 #include <QAbstractItemView>
 #include <QApplication>
+#include <QCursor>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
@@ -52,6 +53,14 @@ QString wrappedToFit(const QFontMetrics &metrics, const QRect &rect, const QStri
         }
     }
     return QString();
+}
+
+// The pointer is over part of the row drawn in option: its button is drawn lit, as a button widget would be.
+bool isHovered(const QStyleOptionViewItem &option, PanelRowDelegate::Part part)
+{
+    const auto *view = qobject_cast<const QAbstractItemView *>(option.widget);
+    return view && view->viewport()->underMouse() &&
+           PanelRowDelegate::partRect(option.rect, part).contains(view->viewport()->mapFromGlobal(QCursor::pos()));
 }
 
 const QStyle *styleOf(const QStyleOptionViewItem &option)
@@ -230,6 +239,9 @@ void PanelRowDelegate::paintAction(QPainter *painter, const QStyleOptionViewItem
         button.text = tr("Update");
         button.state =
             QStyle::State_Enabled | (isPressed(index, Part::Update) ? QStyle::State_Sunken : QStyle::State_Raised);
+        if (isHovered(option, Part::Update)) {
+            button.state |= QStyle::State_MouseOver;
+        }
         style->drawControl(QStyle::CE_PushButton, &button, painter, option.widget);
         break;
     }
@@ -279,6 +291,9 @@ void PanelRowDelegate::paintToolButton(QPainter *painter, const QStyleOptionView
     button.palette.setCurrentColorGroup(enabled ? QPalette::Active : QPalette::Disabled);
     if (isPressed(index, part)) {
         button.state |= QStyle::State_Sunken | QStyle::State_Raised;
+        button.activeSubControls = QStyle::SC_ToolButton;
+    } else if (enabled && isHovered(option, part)) {
+        button.state |= QStyle::State_MouseOver | QStyle::State_Raised;
         button.activeSubControls = QStyle::SC_ToolButton;
     }
     styleOf(option)->drawComplexControl(QStyle::CC_ToolButton, &button, painter, option.widget);

@@ -84,6 +84,7 @@ VLPanelController::VLPanelController(QWidget *parent)
     m_updatesTable->setFrameShape(QFrame::NoFrame);
     m_updatesTable->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_updatesTable->viewport()->setBackgroundRole(QPalette::Window);
+    m_updatesTable->setMouseTracking(true);
     m_updatesTable->installEventFilter(this);
     m_updatesTable->viewport()->installEventFilter(this);
     m_stack->addWidget(m_scanningInProgress);
@@ -170,6 +171,11 @@ bool VLPanelController::eventFilter(QObject *watched, QEvent *event)
             showRowMenu(m_model->appAt(index.row()), at);
             return true;
         }
+    }
+    // The painted buttons light up under the pointer: the few rows in view are drawn again as it moves.
+    if (watched == m_updatesTable->viewport() &&
+        (event->type() == QEvent::MouseMove || event->type() == QEvent::Leave)) {
+        m_updatesTable->viewport()->update();
     }
     if (event->type() == QEvent::KeyPress && watched == m_updatesTable) {
         const int key = static_cast<QKeyEvent *>(event)->key();

@@ -66,7 +66,7 @@ signals:
 protected:
     void hideEvent(QHideEvent *event) override;
     void keyPressEvent(QKeyEvent *event) override;
-    // The table's row menu (a right click, the menu key) and Enter on its current row.
+    // The table's row menu (a right click, the menu key), Enter on its current row, and the pointer over its rows.
     bool eventFilter(QObject *watched, QEvent *event) override;
 
 private:
