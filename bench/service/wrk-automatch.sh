@@ -26,6 +26,7 @@ done
 build=$(realpath "${1:-build}")
 seconds=${2:-10}
 connections=${3:-4}
+# shellcheck source=bench/service/wrk-lib.sh
 . "$(dirname "$0")/wrk-lib.sh"
 
 load_catalogue "$work/service.sqlite"

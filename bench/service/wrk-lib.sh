@@ -73,7 +73,7 @@ measure() {
     load=$(cut -d' ' -f1 /proc/loadavg)
     service_before=$(cpu_ticks $services)
     nginx_before=$(cpu_ticks $fronts)
-    AUTOMATCH_BODY=$work/request.body wrk -t2 -c"$connections" -d"${seconds}s" --latency "$@" >"$work/last.wrk"
+    AUTOMATCH_BODY=$work/request.body wrk -t2 -c"$connections" -d"${seconds}s" --timeout 10s --latency "$@" >"$work/last.wrk"
     awk -v label="$label" -v load="$load" -v hz="$(getconf CLK_TCK)" \
         -v service="$(($(cpu_ticks $services) - service_before))" -v has_service="$services" \
         -v nginx="$(($(cpu_ticks $fronts) - nginx_before))" -v has_nginx="$fronts" '
