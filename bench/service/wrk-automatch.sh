@@ -56,7 +56,7 @@ http {
 }
 CONF
 start_nginx "$work/file-nginx" "http://127.0.0.1:$file_port/reply"
-file_nginx=$(nginx_pids "$nginx_pid")
+file_nginx=$(server_pids "$nginx_pid")
 
 # The processes on PostgreSQL, as many as the largest N, and a front of the packaged site for each N.
 pg_pids=()
@@ -93,17 +93,18 @@ if [[ -n $processes ]]; then
             /^ *server_name / && directives != "" { print "    " directives }' "$front/site.conf" >"$front/site.new"
         mv "$front/site.new" "$front/site.conf"
         start_nginx "$front" "${front_url[$n]}/vld6blacklist"
-        front_pids[$n]=$(nginx_pids "$nginx_pid")
+        front_pids[$n]=$(server_pids "$nginx_pid")
     done
 fi
 
 echo "$(nproc) processors; reply: $(stat -c %s "$work/request.reply") bytes (zlib); request: $(stat -c %s "$work/request.body") bytes; $connections connections, ${seconds}s a run"
 table_head
 for round in $(seq "$rounds"); do
-    measure "SQLite, 1 process (round $round)" "$sqlite_pid" "" -s "$here/automatch.lua" "$sqlite_url/vld603scan/automatch"
-    measure "nginx, the reply from a file (round $round)" "" "$file_nginx" "http://127.0.0.1:$file_port/reply"
+    measure "SQLite, 1 process (round $round)" "$sqlite_pid" "" "" -s "$here/automatch.lua" "$sqlite_url/vld603scan/automatch"
+    measure "nginx, the reply from a file (round $round)" "" "$file_nginx" "" "http://127.0.0.1:$file_port/reply"
     for n in $processes; do
         measure "PostgreSQL, $n behind nginx (round $round)" "${pg_pids[*]:0:n}" "${front_pids[$n]}" \
+            "$(server_pids "$(head -n1 "$(cat "$work/pg/data")/cluster/postmaster.pid")")" \
             -s "$here/automatch.lua" "${front_url[$n]}/vld603scan/automatch"
     done
 done

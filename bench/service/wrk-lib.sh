@@ -21,12 +21,13 @@ free_port() { python3 -c 'import socket; s = socket.socket(); s.bind(("127.0.0.1
 # user + system time of processes, in clock ticks
 cpu_ticks() {
     local pid ticks=0
-    for pid; do ticks=$((ticks + $(awk '{ print $14 + $15 }' "/proc/$pid/stat"))); done
+    # a database server's connection that ended during the run is left out
+    for pid; do ticks=$((ticks + $(awk '{ print $14 + $15 }' "/proc/$pid/stat" 2>/dev/null || echo 0))); done
     echo "$ticks"
 }
 resident() { awk '/VmRSS/ { printf "%d MB", $2 / 1024 }' "/proc/$1/status"; }
-# an nginx master and its workers, whose time is the one that counts
-nginx_pids() { echo "$1" $(pgrep -P "$1"); }
+# a server's main process and its children (nginx's workers, PostgreSQL's connections), whose time is what counts
+server_pids() { echo "$1" $(pgrep -P "$1"); }
 
 # Imports the real-world catalogue into DB (a path or postgresql://...).
 load_catalogue() {
@@ -59,24 +60,26 @@ start_nginx() {
 }
 
 table_head() {
-    echo "| configuration | load average | req/s | p50 | p99 | service cpu per request | nginx cpu per request | failed |"
-    echo "|---|---|---|---|---|---|---|---|"
+    echo "| configuration | load average | req/s | p50 | p99 | cpu per request: service | nginx | PostgreSQL | failed |"
+    echo "|---|---|---|---|---|---|---|---|---|"
 }
 
-# measure LABEL "SERVICE_PIDS" "NGINX_PIDS" WRK_ARGUMENTS...: one wrk run of $seconds with $connections
-# connections, printed as a table row with the machine's load average when it started and the processor time the
-# service processes and nginx spent per request.
+# measure LABEL "SERVICE_PIDS" "NGINX_PIDS" "DATABASE_PIDS" WRK_ARGUMENTS...: one wrk run of $seconds with
+# $connections connections, printed as a table row with the machine's load average when it started and the processor
+# time the service processes, nginx and the database server spent per request.
 measure() {
-    local label=$1 services=$2 fronts=$3
-    shift 3
-    local load service_before nginx_before
+    local label=$1 services=$2 fronts=$3 database=$4
+    shift 4
+    local load service_before nginx_before database_before
     load=$(cut -d' ' -f1 /proc/loadavg)
     service_before=$(cpu_ticks $services)
     nginx_before=$(cpu_ticks $fronts)
+    database_before=$(cpu_ticks $database)
     AUTOMATCH_BODY=$work/request.body wrk -t2 -c"$connections" -d"${seconds}s" --timeout 10s --latency "$@" >"$work/last.wrk"
     awk -v label="$label" -v load="$load" -v hz="$(getconf CLK_TCK)" \
         -v service="$(($(cpu_ticks $services) - service_before))" -v has_service="$services" \
-        -v nginx="$(($(cpu_ticks $fronts) - nginx_before))" -v has_nginx="$fronts" '
+        -v nginx="$(($(cpu_ticks $fronts) - nginx_before))" -v has_nginx="$fronts" \
+        -v database="$(($(cpu_ticks $database) - database_before))" -v has_database="$database" '
         function per_request(ticks) { return sprintf("%.2f ms", ticks * 1000 / hz / requests) }
         $1 == "50%" { p50 = $2 }
         $1 == "99%" { p99 = $2 }
@@ -85,7 +88,8 @@ measure() {
         /Non-2xx/ { failed += $NF }
         /Socket errors/ { gsub(",", ""); failed += $4 + $6 + $8 + $10 }
         END {
-            printf "| %s | %s | %.0f | %s | %s | %s | %s | %d |\n", label, load, rate, p50, p99,
-                has_service == "" ? "-" : per_request(service), has_nginx == "" ? "-" : per_request(nginx), failed
+            printf "| %s | %s | %.0f | %s | %s | %s | %s | %s | %d |\n", label, load, rate, p50, p99,
+                has_service == "" ? "-" : per_request(service), has_nginx == "" ? "-" : per_request(nginx),
+                has_database == "" ? "-" : per_request(database), failed
         }' "$work/last.wrk"
 }

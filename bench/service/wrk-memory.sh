@@ -22,7 +22,7 @@ for arenas in "" MALLOC_ARENA_MAX=2; do
     before=$(resident "$service_pid")
     [[ -f $work/request.body ]] ||
         "$build/bench/service/bench_service_automatch" --url "$service_url" --apps "$apps" --save "$work/request"
-    measure "${arenas:-default arenas}" "$service_pid" "" -s "$here/automatch.lua" \
+    measure "${arenas:-default arenas}" "$service_pid" "" "" -s "$here/automatch.lua" \
         "$service_url/vld603scan/automatch"
     echo "resident size: $before at the start, $(resident "$service_pid") after $(awk '/requests in/ { print $1 }' "$work/last.wrk") requests"
     kill "$service_pid"
