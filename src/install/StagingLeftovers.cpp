@@ -10,6 +10,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QHash>
 #include <QRegularExpression>
 #include <QSet>
 
@@ -41,6 +42,33 @@ QByteArray stagedItemName(const QString &name)
     }
     return encoded.mid(1, encoded.size() - 1 - kTailBytes);
 }
+
+// The staged item names in each folder, each folder read once: thousands of apps share a few folders, and reading
+// the folder again for each of them made the sweep quadratic.
+class StagedNames
+{
+public:
+    bool anyBeside(const QString &item)
+    {
+        const QFileInfo info(item);
+        auto found = m_byFolder.constFind(info.path());
+        if (found == m_byFolder.cend()) {
+            QSet<QByteArray> names;
+            FolderReader reader(NativePath::encode(info.path()));
+            for (const FolderReader::Entry &entry : reader.entries()) {
+                const QByteArray name = stagedItemName(NativePath::decode(entry.name));
+                if (!name.isEmpty()) {
+                    names.insert(name);
+                }
+            }
+            found = m_byFolder.insert(info.path(), names);
+        }
+        return found->contains(NativePath::encode(info.fileName()).left(kNameBytes));
+    }
+
+private:
+    QHash<QString, QSet<QByteArray>> m_byFolder;
+};
 
 } // namespace
 
@@ -81,16 +109,18 @@ int sweep(const QList<std::shared_ptr<VLApp>> &apps, const QStringList &folders)
 {
     int cleared = 0;
     QSet<QString> recorded;
+    StagedNames staged;
     for (const std::shared_ptr<VLApp> &app : apps) {
         if (!QDir::isAbsolutePath(app->localPath)) {
             continue;
         }
         const QString item = QDir::cleanPath(app->localPath);
         recorded.insert(item);
-        // An update of the app running in another process has its staged copy beside the app: left alone.
+        // An update of the app running in another process has its staged copy beside the app: left alone. The folder
+        // is read again under the lock before anything goes.
         const QString lockPath = UpdateLock::path(app->digestString);
         FileLock updating(lockPath);
-        if (!lockPath.isEmpty() && updating.lock(0)) {
+        if (!lockPath.isEmpty() && staged.anyBeside(item) && updating.lock(0)) {
             cleared += clearBeside(item);
         }
     }
