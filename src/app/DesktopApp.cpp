@@ -35,6 +35,12 @@
 #include <QMessageBox>
 #include <QSessionManager>
 #include <QThreadPool>
+#include <QTimer>
+
+namespace {
+// Past the window's first listing and paint of a large store, even on a busy machine.
+constexpr int kSweepDelayMs = 10000;
+} // namespace
 
 DesktopApp::DesktopApp()
     : m_crashAsker(std::make_unique<CrashReportDialog>()), m_driver(std::make_unique<VLMainWindowController>()),
@@ -196,9 +202,19 @@ void DesktopApp::start(bool launchedByLoginItem)
     } else {
         applyShowStatusItem();
     }
-    // What a killed update left beside the apps goes, away from the windows' thread: a staged copy can be large.
-    QThreadPool::globalInstance()->start(
-        [] { StagingLeftovers::sweep(VLScanData().apps().value_or(AppList()), VLAppScanner::searchScopes()); });
+    // What a killed update left beside the apps goes, away from the windows' thread: a staged copy can be large. It
+    // waits a while after the launch's store read or first check, so as not to take a core from the window's first
+    // listing. An update started meanwhile holds its lock, which the sweep respects, and clears its own leftovers.
+    connect(
+        m_driver.get(), &VLMainWindowController::checkFinished, this,
+        [this] {
+            QTimer::singleShot(kSweepDelayMs, this, [] {
+                QThreadPool::globalInstance()->start([] {
+                    StagingLeftovers::sweep(VLScanData().apps().value_or(AppList()), VLAppScanner::searchScopes());
+                });
+            });
+        },
+        Qt::SingleShotConnection);
     m_delegate->applicationDidFinishLaunching(launchedByLoginItem);
     m_expiryTimer.start();
     refreshPanelAndBadge();
