@@ -67,7 +67,8 @@ private slots:
         archive[QStringLiteral("releaseNotes")] =
             QStringLiteral("\"quoted\" \\ line\n\ttab \u0001 \u00fcn\u00efc\u00f6de");
         // A lone surrogate, as a damaged store can hold: it has no UTF-8 form and must still come back unchanged.
-        archive[QStringLiteral("shortDescription")] = QString(QStringLiteral("before ") + QChar(0xd800) + QStringLiteral(" after"));
+        archive[QStringLiteral("shortDescription")] =
+            QString(QStringLiteral("before ") + QChar(0xd800) + QStringLiteral(" after"));
 
         const VLApp restored = VLApp::initWithCoder(archive);
         QCOMPARE(restored.encodeWithCoder(), archive);
