@@ -1,6 +1,7 @@
 #include "ui/AppRowDelegate.h"
 
 #include "ui/AppListModel.h"
+#include "ui/RowColors.h"
 
 #include <QApplication>
 #include <QPainter>
@@ -29,7 +30,7 @@ void AppRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option
         return;
     }
     painter->save();
-    painter->setPen(QColor(0xd9, 0x2d, 0x20));
+    painter->setPen(kFailureTextColor);
     painter->drawText(option.rect.adjusted(4, 0, -4, 0), Qt::AlignVCenter | Qt::AlignLeft,
                       option.fontMetrics.elidedText(state, Qt::ElideRight, option.rect.width() - 8));
     painter->restore();

@@ -1,6 +1,7 @@
 #include "ui/PanelRowDelegate.h"
 
 #include "ui/AppListModel.h"
+#include "ui/RowColors.h"
 
 #include <QAbstractItemView>
 #include <QApplication>
@@ -20,7 +21,6 @@ constexpr int kSpacing = 6;
 constexpr int kActionWidth = 96;
 constexpr int kBarWidth = 64;
 constexpr int kToolWidth = 28;
-const QColor kFailureColor(0xd9, 0x2d, 0x20);
 
 QRect innerRect(const QRect &rect)
 {
@@ -269,7 +269,7 @@ void PanelRowDelegate::paintAction(QPainter *painter, const QStyleOptionViewItem
         break;
     case RowState::Failed:
         painter->save();
-        painter->setPen(kFailureColor);
+        painter->setPen(kFailureTextColor);
         painter->drawText(action, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextWordWrap,
                           wrappedToFit(option.fontMetrics, action, index.data(AppListModel::StateTextRole).toString()));
         painter->restore();
