@@ -288,7 +288,7 @@ void VLMainWindow::openCart(const AppRef &deal)
 {
     // A deal is ordered for a member: the account's forms come first.
     if (!m_driver.memberAccount().isLoggedIn) {
-        emit accountRequested();
+        emit signInForCartRequested(deal);
         return;
     }
     auto *cart = new CartDialog(m_driver, deal, this);

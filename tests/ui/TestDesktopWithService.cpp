@@ -27,6 +27,7 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
+#include <QPointer>
 #include <QProcess>
 #include <QPushButton>
 #include <QScopeGuard>
@@ -268,12 +269,23 @@ private slots:
         QVERIFY(m_service.waitForLog("POST /cart/vld6 200"));
     }
 
-    // Signed out, the Account button and a deal's Buy Now both bring the log-in form; Buy Now opens no cart, which
-    // would order for nobody.
+    // Signed out, the Account button and a deal's Buy Now both bring the log-in form, with no cart yet, which would
+    // order for nobody. A sign-in from that form goes on to the deal's cart; closing the form first drops it.
+    void signedOutReachesTheLogInForm_data()
+    {
+        QTest::addColumn<bool>("closedFirst");
+        QTest::newRow("signed in from the form") << false;
+        QTest::newRow("form closed, then signed in") << true;
+    }
+
     void signedOutReachesTheLogInForm()
     {
-        m_desktop->account().findChild<QPushButton *>(QStringLiteral("logoutButton"))->click();
-        QTRY_VERIFY(!m_desktop->driver().memberAccount().isLoggedIn);
+        QFETCH(bool, closedFirst);
+        VLMainWindowController &driver = m_desktop->driver();
+        if (driver.memberAccount().isLoggedIn) {
+            m_desktop->account().findChild<QPushButton *>(QStringLiteral("logoutButton"))->click();
+            QTRY_VERIFY(!driver.memberAccount().isLoggedIn);
+        }
         VLMainWindow &window = m_desktop->window();
         window.showView(AppView::Deals);
         for (const char *name : {"accountButton", "buyDealButton"}) {
@@ -285,6 +297,21 @@ private slots:
             QCOMPARE(m_desktop->account().currentPage(), AccountDialog::Page::Login);
         }
         QVERIFY(window.findChildren<CartDialog *>().isEmpty());
+        if (closedFirst) {
+            m_desktop->account().reject();
+            window.findChild<QPushButton *>(QStringLiteral("accountButton"))->click();
+        }
+        QPointer<AccountDialog> form = &m_desktop->account();
+        form->findChild<QLineEdit *>(QStringLiteral("email"))->setText(QStringLiteral("newcomer@example.com"));
+        form->findChild<QLineEdit *>(QStringLiteral("password"))->setText(QStringLiteral("Pw 9!x"));
+        QSignalSpy signedIn(&driver, &VLMainWindowController::loginEnded);
+        form->findChild<QPushButton *>(QStringLiteral("loginButton"))->click();
+        QVERIFY(signedIn.wait(30000));
+        QVERIFY(driver.memberAccount().isLoggedIn);
+        const QList<CartDialog *> carts = window.findChildren<CartDialog *>();
+        QCOMPARE(carts.size(), closedFirst ? 0 : 1);
+        QCOMPARE(!form.isNull() && form->isVisible(), closedFirst);
+        qDeleteAll(carts);
     }
 
     // "Forgot Password?" opens the site's page for a new password in the browser, and clears the status line.
