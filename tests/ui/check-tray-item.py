@@ -1,7 +1,7 @@
 #!/usr/bin/python3
 """Under a real X server and a session bus of its own (run by xvfb-run and dbus-run-session), this plays the desktop's
 tray host. velmora, started as the login item before any tray host is there, waits for one (the watcher first says no
-host is registered, then announces one), registers its StatusNotifierItem, whose tooltip carries the count of outdated
+host is registered, then announces one), registers its StatusNotifierItem, titled with the product's name, whose tooltip carries the count of outdated
 apps of a store checked by velmora-cli against velmora-service; activating the item opens the panel, and its exported
 menu holds the gear menu's items, whose Quit quits.
 Usage: check-tray-item.py VELMORA VELMORA-CLI VELMORA-SERVICE INSTALLED-APPLICATIONS-FOLDER"""
@@ -145,6 +145,8 @@ def main(velmora, cli, service, installed):
             fail(f"the item has no icon: {properties}", log)
         if properties["Status"] != "Active":
             fail(f"the item's status is {properties['Status']}", log)
+        if properties["Title"] != "Velmora Desktop":
+            fail(f"the item's title is {properties['Title']!r}", log)
 
         call(bus, name, path, ITEM, "Activate", (20, 20), "(ii)")
         wait_for(lambda: "panel opened" in logged(log), "the panel to open", log)
