@@ -38,7 +38,9 @@ DetailsPane::DetailsPane(QWidget *parent)
     m_dontCheck->setObjectName(QStringLiteral("dontCheckChoice"));
     m_watchList->setObjectName(QStringLiteral("watchListChoice"));
     m_report->setText(tr("Report a problem…"));
+    m_report->setAccessibleDescription(tr("Tells the service about a problem with this app"));
     m_share->setText(tr("Share…"));
+    m_share->setAccessibleDescription(tr("Makes a short link to this app's page"));
     m_share->setObjectName(QStringLiteral("shareButton"));
     m_buy->setObjectName(QStringLiteral("buyDealButton"));
     m_buy->setAccessibleName(tr("Buy Now"));

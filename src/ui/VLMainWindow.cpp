@@ -213,6 +213,8 @@ void VLMainWindow::refreshUpdateAllButton()
     m_updateAll->setProperty("cancels", cancels);
     m_updateAll->setText(cancels ? tr("Cancel") : tr("Update All"));
     m_updateAll->setAccessibleName(m_updateAll->text());
+    m_updateAll->setAccessibleDescription(cancels ? tr("Stops the updates that are running or waiting")
+                                                  : tr("Updates every outdated app in turn"));
     m_updateAll->setEnabled(cancels || m_anyOutdated);
 }
 

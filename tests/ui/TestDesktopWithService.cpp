@@ -20,6 +20,7 @@
 #include "ui/VLPanelController.h"
 
 #include <QAbstractItemModelTester>
+#include <QAccessible>
 #include <QCheckBox>
 #include <QDir>
 #include <QFile>
@@ -349,6 +350,75 @@ private slots:
         dialog.findChild<QPushButton *>(QStringLiteral("forgotPasswordButton"))->click();
         QVERIFY(status->text().isEmpty());
         QTRY_COMPARE(openedPage(), (site + QStringLiteral("/member/forgot-password")).toUtf8());
+    }
+
+    // Every control the keyboard can reach has a name a screen reader says, a button or field also what it does, and
+    // Tab from the first control comes to each of them.
+    void everyControlIsNamedAndReachedByTab_data()
+    {
+        QTest::addColumn<QString>("surface");
+        for (const char *surface : {"window, updates", "window, deals", "panel", "preferences", "account, log-in",
+                                    "account, sign-up", "account, profile", "cart"}) {
+            QTest::newRow(surface) << QString::fromLatin1(surface);
+        }
+    }
+
+    void everyControlIsNamedAndReachedByTab()
+    {
+        QFETCH(QString, surface);
+        VLMainWindow &window = m_desktop->window();
+        std::unique_ptr<CartDialog> cart;
+        QWidget *top = &m_desktop->account();
+        if (surface.startsWith(QLatin1String("window"))) {
+            window.showView(surface.endsWith(QLatin1String("deals")) ? AppView::Deals : AppView::Updates);
+            top = &window;
+        } else if (surface == QLatin1String("panel")) {
+            m_desktop->panel().openPanel(QRect(800, 0, 30, 24), false);
+            top = &m_desktop->panel();
+        } else if (surface == QLatin1String("preferences")) {
+            top = &m_desktop->preferences();
+        } else if (surface == QLatin1String("cart")) {
+            cart = std::make_unique<CartDialog>(m_desktop->driver(), window.deals().value(0), &window);
+            top = cart.get();
+        } else {
+            const QStringList pages{QStringLiteral("account, log-in"), QStringLiteral("account, sign-up"),
+                                    QStringLiteral("account, profile")};
+            m_desktop->account().showPage(static_cast<AccountDialog::Page>(pages.indexOf(surface)));
+        }
+        top->show();
+        top->activateWindow();
+        QTRY_VERIFY(top->isActiveWindow());
+        QList<QWidget *> controls;
+        for (QWidget *control : top->findChildren<QWidget *>()) {
+            if (control->window() == top && control->isVisibleTo(top) && control->isEnabled() &&
+                (control->focusPolicy() & Qt::TabFocus) && !control->focusProxy()) {
+                controls.append(control);
+            }
+        }
+        QVERIFY(!controls.isEmpty());
+        QSet<QWidget *> reached;
+        controls.first()->setFocus(Qt::TabFocusReason);
+        for (qsizetype i = 0; i <= controls.size() && QApplication::focusWidget(); ++i) {
+            reached.insert(QApplication::focusWidget());
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QStringList faults;
+        for (QWidget *control : std::as_const(controls)) {
+            const QString what = QString::fromLatin1(control->metaObject()->className()) + QLatin1Char(' ') +
+                                 control->objectName() + QLatin1Char(' ') + control->property("text").toString();
+            QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(control);
+            if (accessible->text(QAccessible::Name).isEmpty()) {
+                faults << what + QStringLiteral(": no name");
+            }
+            if ((qobject_cast<QAbstractButton *>(control) || qobject_cast<QLineEdit *>(control)) &&
+                accessible->text(QAccessible::Description).isEmpty() && control->toolTip().isEmpty()) {
+                faults << what + QStringLiteral(": no description");
+            }
+            if (!reached.contains(control)) {
+                faults << what + QStringLiteral(": not reached by Tab");
+            }
+        }
+        QVERIFY2(faults.isEmpty(), qPrintable(faults.join(QStringLiteral("; "))));
     }
 };
 
