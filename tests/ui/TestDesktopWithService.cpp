@@ -1,7 +1,8 @@
 // The desktop program's views against the real service: the sample apps' old versions on a volume of the test's
 // own, a real check, an update run from a panel row to its done mark, an install link handed over during a check,
 // the window's views and search over the scanned store, the preferences writing their settings, the account's forms
-// with their failure texts and the forgotten-password page, and the deals cart for a member and for someone signed out.
+// with their failure texts and the forgotten-password page, the deals cart for a member and for someone signed out,
+// and every view's controls named for a screen reader and reached by Tab.
 
 #include "GuiTestMain.h"
 #include "support/HostSettings.h"
