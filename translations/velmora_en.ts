@@ -1062,6 +1062,14 @@ a scan.
         <source>Deal price: %1</source>
         <translation type="unfinished"></translation>
     </message>
+    <message>
+        <source>Tells the service about a problem with this app</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Makes a short link to this app&apos;s page</source>
+        <translation type="unfinished"></translation>
+    </message>
 </context>
 <context>
     <name>PanelListModel</name>
@@ -1327,6 +1335,10 @@ a scan.
     </message>
     <message>
         <source>Developer</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Closes the preferences; every change is already saved</source>
         <translation type="unfinished"></translation>
     </message>
 </context>
@@ -1613,6 +1625,14 @@ a scan.
     </message>
     <message>
         <source>Opens the sign-in form, or your profile when you are signed in</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Stops the updates that are running or waiting</source>
+        <translation type="unfinished"></translation>
+    </message>
+    <message>
+        <source>Updates every outdated app in turn</source>
         <translation type="unfinished"></translation>
     </message>
 </context>

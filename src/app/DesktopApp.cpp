@@ -157,9 +157,10 @@ VLMainWindow &DesktopApp::window()
     if (!m_window) {
         m_window = std::make_unique<VLMainWindow>(*m_driver, *m_updates, *m_actions);
         connect(m_window.get(), &VLMainWindow::preferencesRequested, this, [this] { preferences().show(); });
-        connect(m_window.get(), &VLMainWindow::accountRequested, this, [this] {
-            account().show();
-            account().raise();
+        connect(m_window.get(), &VLMainWindow::accountRequested, this, &DesktopApp::showAccount);
+        connect(m_window.get(), &VLMainWindow::signInForCartRequested, this, [this](const AppRef &deal) {
+            account().signInThen([this, deal] { window().openCart(deal); });
+            showAccount();
         });
         connect(m_window.get(), &VLMainWindow::reportRequested, this, &DesktopApp::reportProblem);
         connect(m_window.get(), &VLMainWindow::closeRequested, this,
@@ -184,6 +185,12 @@ AccountDialog &DesktopApp::account()
         m_account->setAttribute(Qt::WA_DeleteOnClose);
     }
     return *m_account;
+}
+
+void DesktopApp::showAccount()
+{
+    account().show();
+    account().raise();
 }
 
 bool DesktopApp::statusItemShown() const

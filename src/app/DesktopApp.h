@@ -58,6 +58,7 @@ public:
 
 private:
     void applyShowStatusItem();
+    void showAccount();
     void togglePanel(const QRect &anchor);
     void onGearAction(PanelAction action);
     void onRowAction(PanelAction action, const AppRef &app);

@@ -18,6 +18,7 @@
 #include <QFileInfo>
 #include <QMessageBox>
 #include <QPainter>
+#include <QPalette>
 #include <QPixmap>
 #include <QProcess>
 #include <QPushButton>
@@ -29,6 +30,40 @@
 namespace {
 
 constexpr int kLoadTimeoutMs = 60000;
+
+// A desktop's dark palette, to look at the views as a dark desktop shows them.
+QPalette darkPalette()
+{
+    const QColor text(0xe8, 0xe8, 0xe8);
+    QPalette dark;
+    const std::pair<QPalette::ColorRole, QColor> roles[] = {{QPalette::Window, QColor(0x2d, 0x2d, 0x2d)},
+                                                            {QPalette::WindowText, text},
+                                                            {QPalette::Base, QColor(0x1f, 0x1f, 0x1f)},
+                                                            {QPalette::AlternateBase, QColor(0x28, 0x28, 0x28)},
+                                                            {QPalette::Text, text},
+                                                            {QPalette::Button, QColor(0x3a, 0x3a, 0x3a)},
+                                                            {QPalette::ButtonText, text},
+                                                            {QPalette::BrightText, Qt::white},
+                                                            {QPalette::Light, QColor(0x55, 0x55, 0x55)},
+                                                            {QPalette::Midlight, QColor(0x48, 0x48, 0x48)},
+                                                            {QPalette::Mid, QColor(0x30, 0x30, 0x30)},
+                                                            {QPalette::Dark, QColor(0x1a, 0x1a, 0x1a)},
+                                                            {QPalette::Shadow, Qt::black},
+                                                            {QPalette::Highlight, QColor(0x3d, 0x7a, 0xd6)},
+                                                            {QPalette::HighlightedText, Qt::white},
+                                                            {QPalette::Link, QColor(0x7a, 0xb4, 0xff)},
+                                                            {QPalette::LinkVisited, QColor(0xb4, 0x9a, 0xff)},
+                                                            {QPalette::ToolTipBase, QColor(0x3a, 0x3a, 0x3a)},
+                                                            {QPalette::ToolTipText, text},
+                                                            {QPalette::PlaceholderText, QColor(0x9a, 0x9a, 0x9a)}};
+    for (const auto &[role, color] : roles) {
+        dark.setColor(role, color);
+    }
+    for (const QPalette::ColorRole role : {QPalette::WindowText, QPalette::Text, QPalette::ButtonText}) {
+        dark.setColor(QPalette::Disabled, role, QColor(0x80, 0x80, 0x80));
+    }
+    return dark;
+}
 
 bool save(QWidget &widget, const QString &folder, const QString &name)
 {
@@ -130,6 +165,9 @@ bool renderAll(const QString &folder)
 {
     if (!QDir().mkpath(folder)) {
         return false;
+    }
+    if (qgetenv("VELMORA_SCREENSHOT_PALETTE") == "dark") {
+        QApplication::setPalette(darkPalette());
     }
     DesktopApp desktop;
     VLMainWindowController &driver = desktop.driver();

@@ -38,7 +38,8 @@ int main(int argc, char **argv)
     } else {
         app = std::make_unique<QApplication>(argc, argv);
     }
-    QApplication::setApplicationName(QStringLiteral("velmora"));
+    // Qt gives the tray item's title as the application's name: the product's name, as a tray host lists it.
+    QApplication::setApplicationName(QStringLiteral("Velmora Desktop"));
     QApplication::setApplicationDisplayName(QStringLiteral("Velmora Desktop"));
     QApplication::setApplicationVersion(QStringLiteral(VELMORA_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("velmora"));

@@ -11,6 +11,8 @@
 #include <QPushButton>
 #include <QVBoxLayout>
 
+#include <utility>
+
 namespace {
 
 // The profile form's fields, in the form's order: the member's names and e-mail, then the postal address.
@@ -54,6 +56,7 @@ AccountDialog::AccountDialog(VLMainWindowController &driver, QWidget *parent) : 
             showPage(Page::Login);
         }
     });
+    connect(this, &QDialog::finished, this, [this] { m_afterSignIn = nullptr; });
     showPage(driver.memberAccount().isLoggedIn ? Page::Profile : Page::Login);
 }
 
@@ -188,6 +191,23 @@ AccountDialog::Page AccountDialog::currentPage() const
     return m_page;
 }
 
+void AccountDialog::signInThen(std::function<void()> next)
+{
+    m_afterSignIn = std::move(next);
+    showPage(Page::Login);
+}
+
+bool AccountDialog::continueAfterSignIn()
+{
+    if (!m_afterSignIn) {
+        return false;
+    }
+    const std::function<void()> next = std::exchange(m_afterSignIn, nullptr);
+    close();
+    next();
+    return true;
+}
+
 void AccountDialog::setBusy(bool busy)
 {
     m_pages.at(static_cast<int>(m_page))->setEnabled(!busy);
@@ -223,7 +243,9 @@ void AccountDialog::takeLoginEnded(const VLMemberAccount &account)
 {
     if (account.isLoggedIn) {
         field("password")->clear();
-        showPage(Page::Profile);
+        if (!continueAfterSignIn()) {
+            showPage(Page::Profile);
+        }
         return;
     }
     setBusy(false);
@@ -237,7 +259,9 @@ void AccountDialog::takeSignupEnded(const VLMemberAccount &account)
 {
     if (account.isLoggedIn) {
         field("signupPassword")->clear();
-        showPage(Page::Profile);
+        if (!continueAfterSignIn()) {
+            showPage(Page::Profile);
+        }
         return;
     }
     setBusy(false);

@@ -6,6 +6,8 @@
 
 #include <QDialog>
 
+#include <functional>
+
 class QLabel;
 class QLineEdit;
 class QPushButton;
@@ -24,6 +26,9 @@ public:
 
     void showPage(Page page);
     Page currentPage() const;
+    // The log-in form, for something that needs a member: a sign-in closes the dialog and runs next; closing the
+    // dialog first drops it.
+    void signInThen(std::function<void()> next);
 
 private:
     QWidget *buildLoginPage();
@@ -42,6 +47,8 @@ private:
     void takeLoginEnded(const VLMemberAccount &account);
     void takeSignupEnded(const VLMemberAccount &account);
     void fillProfile(const VLMemberAccount &account);
+    // After a sign-in: closes the dialog and runs what waited for it, if anything did.
+    bool continueAfterSignIn();
 
     VLMainWindowController &m_driver;
     QList<QWidget *> m_pages; // by Page
@@ -50,4 +57,5 @@ private:
     QLabel *m_createErrorfield = nullptr;
     QLabel *m_profileStatus = nullptr;
     QLabel *m_memberSince = nullptr;
+    std::function<void()> m_afterSignIn;
 };

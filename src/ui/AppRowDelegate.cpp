@@ -30,7 +30,7 @@ void AppRowDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option
         return;
     }
     painter->save();
-    painter->setPen(kFailureTextColor);
+    painter->setPen(failureTextColor(option.palette));
     painter->drawText(option.rect.adjusted(4, 0, -4, 0), Qt::AlignVCenter | Qt::AlignLeft,
                       option.fontMetrics.elidedText(state, Qt::ElideRight, option.rect.width() - 8));
     painter->restore();

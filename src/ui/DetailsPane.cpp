@@ -2,6 +2,7 @@
 
 #include "model/VLApp.h"
 #include "ui/AppIcon.h"
+#include "ui/IconView.h"
 
 #include <QCheckBox>
 #include <QHBoxLayout>
@@ -11,7 +12,7 @@
 #include <QVBoxLayout>
 
 DetailsPane::DetailsPane(QWidget *parent)
-    : QWidget(parent), m_icon(new QLabel(this)), m_name(new QLabel(this)), m_versions(new QLabel(this)),
+    : QWidget(parent), m_icon(new IconView(64, this)), m_name(new QLabel(this)), m_versions(new QLabel(this)),
       m_notes(new QTextBrowser(this)), m_update(new QPushButton(this)), m_report(new QPushButton(this)),
       m_share(new QPushButton(this)), m_buy(new QPushButton(tr("Buy Now…"), this)), m_choices(new QWidget(this))
 {
@@ -38,7 +39,9 @@ DetailsPane::DetailsPane(QWidget *parent)
     m_dontCheck->setObjectName(QStringLiteral("dontCheckChoice"));
     m_watchList->setObjectName(QStringLiteral("watchListChoice"));
     m_report->setText(tr("Report a problem…"));
+    m_report->setAccessibleDescription(tr("Tells the service about a problem with this app"));
     m_share->setText(tr("Share…"));
+    m_share->setAccessibleDescription(tr("Makes a short link to this app's page"));
     m_share->setObjectName(QStringLiteral("shareButton"));
     m_buy->setObjectName(QStringLiteral("buyDealButton"));
     m_buy->setAccessibleName(tr("Buy Now"));
@@ -123,7 +126,7 @@ void DetailsPane::showApp(const AppRef &app, bool memberSignedIn, bool updating)
         m_versions->clear();
         return;
     }
-    m_icon->setPixmap(AppIcon::iconFor(*app).pixmap(64, 64));
+    m_icon->setIcon(AppIcon::iconFor(*app));
     m_name->setText(app->displayName.isEmpty() ? app->name : app->displayName);
     QStringList versions;
     if (app->isInstalled()) {

@@ -7,6 +7,7 @@
 
 #include <QWidget>
 
+class IconView;
 class QCheckBox;
 class QLabel;
 class QPushButton;
@@ -37,7 +38,7 @@ private:
     QCheckBox *addChoice(const QString &title, const QString &description);
 
     AppRef m_app;
-    QLabel *m_icon;
+    IconView *m_icon;
     QLabel *m_name;
     QLabel *m_versions;
     QTextBrowser *m_notes;

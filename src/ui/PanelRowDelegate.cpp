@@ -269,7 +269,7 @@ void PanelRowDelegate::paintAction(QPainter *painter, const QStyleOptionViewItem
         break;
     case RowState::Failed:
         painter->save();
-        painter->setPen(kFailureTextColor);
+        painter->setPen(failureTextColor(option.palette));
         painter->drawText(action, Qt::AlignLeft | Qt::AlignVCenter | Qt::TextWordWrap,
                           wrappedToFit(option.fontMetrics, action, index.data(AppListModel::StateTextRole).toString()));
         painter->restore();

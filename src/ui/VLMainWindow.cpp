@@ -213,6 +213,8 @@ void VLMainWindow::refreshUpdateAllButton()
     m_updateAll->setProperty("cancels", cancels);
     m_updateAll->setText(cancels ? tr("Cancel") : tr("Update All"));
     m_updateAll->setAccessibleName(m_updateAll->text());
+    m_updateAll->setAccessibleDescription(cancels ? tr("Stops the updates that are running or waiting")
+                                                  : tr("Updates every outdated app in turn"));
     m_updateAll->setEnabled(cancels || m_anyOutdated);
 }
 
@@ -288,7 +290,7 @@ void VLMainWindow::openCart(const AppRef &deal)
 {
     // A deal is ordered for a member: the account's forms come first.
     if (!m_driver.memberAccount().isLoggedIn) {
-        emit accountRequested();
+        emit signInForCartRequested(deal);
         return;
     }
     auto *cart = new CartDialog(m_driver, deal, this);

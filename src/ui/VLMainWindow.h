@@ -48,6 +48,8 @@ public:
 signals:
     void preferencesRequested();
     void accountRequested();
+    // Buy Now for someone signed out: the log-in comes first, then this deal's cart.
+    void signInForCartRequested(const AppRef &deal);
     void reportRequested(const AppRef &app);
     void closeRequested(bool shiftHeld);
 

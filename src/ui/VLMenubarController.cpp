@@ -2,6 +2,7 @@
 
 #include "platform/Log.h"
 #include "ui/PanelPlacement.h"
+#include "ui/XEmbedTray.h"
 
 #include <QCursor>
 #include <QDBusConnection>
@@ -16,6 +17,7 @@ const QString kWatcherPath = QStringLiteral("/StatusNotifierWatcher");
 const QString kHostRegistered = QStringLiteral("StatusNotifierHostRegistered");
 // Long enough for a desktop's panel to come up at login; a desktop with no tray host shows the window after it.
 constexpr int kTrayHostWaitMs = 20000;
+constexpr int kTrayPollMs = 500;
 
 // Asked the way Qt asks when it makes the first tray icon, so that both come to the same answer.
 bool trayHostRegistered()
@@ -24,14 +26,23 @@ bool trayHostRegistered()
     return watcher.isValid() && watcher.property("IsStatusNotifierHostRegistered").toBool();
 }
 
+// A tray of either kind: a StatusNotifierHost on the bus, or an XEmbed tray on the X server.
+bool trayHostRunning()
+{
+    return trayHostRegistered() || XEmbedTray::isRunning();
+}
+
 } // namespace
 
 VLMenubarController::VLMenubarController(QObject *parent) : QObject(parent)
 {
-    m_hostWait.setSingleShot(true);
-    connect(&m_hostWait, &QTimer::timeout, this, [this] {
-        vlLog(QStringLiteral("no tray host registered within %1 s").arg(kTrayHostWaitMs / 1000));
-        settleTrayHost();
+    connect(&m_hostPoll, &QTimer::timeout, this, [this] {
+        if (XEmbedTray::isRunning()) {
+            settleTrayHost();
+        } else if (m_hostDeadline.hasExpired()) {
+            vlLog(QStringLiteral("no tray host registered within %1 s").arg(kTrayHostWaitMs / 1000));
+            settleTrayHost();
+        }
     });
 }
 
@@ -45,7 +56,7 @@ bool VLMenubarController::trayAvailable()
 bool VLMenubarController::waitForTrayHost()
 {
     QDBusConnection bus = QDBusConnection::sessionBus();
-    if (m_hostWatcher || !bus.isConnected() || trayHostRegistered()) {
+    if (m_hostWatcher || !bus.isConnected() || trayHostRunning()) {
         return m_hostWatcher != nullptr;
     }
     vlLog(QStringLiteral("waiting for a tray host on the session bus"));
@@ -53,7 +64,8 @@ bool VLMenubarController::waitForTrayHost()
         std::make_unique<QDBusServiceWatcher>(kWatcherService, bus, QDBusServiceWatcher::WatchForRegistration);
     connect(m_hostWatcher.get(), &QDBusServiceWatcher::serviceRegistered, this, &VLMenubarController::checkTrayHost);
     bus.connect(kWatcherService, kWatcherPath, kWatcherService, kHostRegistered, this, SLOT(checkTrayHost()));
-    m_hostWait.start(kTrayHostWaitMs);
+    m_hostDeadline.setRemainingTime(kTrayHostWaitMs);
+    m_hostPoll.start(kTrayPollMs);
     return true;
 }
 
@@ -70,7 +82,7 @@ void VLMenubarController::settleTrayHost()
         return;
     }
     m_hostWatcher.reset();
-    m_hostWait.stop();
+    m_hostPoll.stop();
     QDBusConnection::sessionBus().disconnect(kWatcherService, kWatcherPath, kWatcherService, kHostRegistered, this,
                                              SLOT(checkTrayHost()));
     emit trayHostSettled();

@@ -5,6 +5,7 @@
 
 #include "ui/VLStatusItemView.h"
 
+#include <QDeadlineTimer>
 #include <QObject>
 #include <QRect>
 #include <QTimer>
@@ -26,7 +27,8 @@ public:
     static bool trayAvailable();
     // At login the desktop's tray host may come up after us, and Qt settles whether there is one only once, when the
     // first tray icon is made. True when there is no host yet: trayHostSettled() follows once one has registered with
-    // a StatusNotifierWatcher on the session bus, or after a while without one. Ask trayAvailable() only after that.
+    // a StatusNotifierWatcher on the session bus or an XEmbed tray owns its selection on the X server, or after a
+    // while without either. Ask trayAvailable() only after that.
     bool waitForTrayHost();
     bool waitingForTrayHost() const { return m_hostWatcher != nullptr; }
 
@@ -57,7 +59,9 @@ private:
 
     std::unique_ptr<QSystemTrayIcon> m_statusItem;
     std::unique_ptr<QDBusServiceWatcher> m_hostWatcher;
-    QTimer m_hostWait;
+    // The bus announces a StatusNotifierHost; an XEmbed tray is looked for now and then until the deadline.
+    QTimer m_hostPoll;
+    QDeadlineTimer m_hostDeadline;
     VLStatusItemView m_view;
     QMenu *m_contextMenu = nullptr;
     bool m_hasActiveIcon = false;

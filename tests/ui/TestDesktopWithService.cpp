@@ -1,7 +1,8 @@
 // The desktop program's views against the real service: the sample apps' old versions on a volume of the test's
 // own, a real check, an update run from a panel row to its done mark, an install link handed over during a check,
 // the window's views and search over the scanned store, the preferences writing their settings, the account's forms
-// with their failure texts and the forgotten-password page, and the deals cart for a member and for someone signed out.
+// with their failure texts and the forgotten-password page, the deals cart for a member and for someone signed out,
+// and every view's controls named for a screen reader and reached by Tab.
 
 #include "GuiTestMain.h"
 #include "support/HostSettings.h"
@@ -20,6 +21,7 @@
 #include "ui/VLPanelController.h"
 
 #include <QAbstractItemModelTester>
+#include <QAccessible>
 #include <QCheckBox>
 #include <QDir>
 #include <QFile>
@@ -27,6 +29,7 @@
 #include <QLineEdit>
 #include <QListView>
 #include <QListWidget>
+#include <QPointer>
 #include <QProcess>
 #include <QPushButton>
 #include <QScopeGuard>
@@ -268,12 +271,23 @@ private slots:
         QVERIFY(m_service.waitForLog("POST /cart/vld6 200"));
     }
 
-    // Signed out, the Account button and a deal's Buy Now both bring the log-in form; Buy Now opens no cart, which
-    // would order for nobody.
+    // Signed out, the Account button and a deal's Buy Now both bring the log-in form, with no cart yet, which would
+    // order for nobody. A sign-in from that form goes on to the deal's cart; closing the form first drops it.
+    void signedOutReachesTheLogInForm_data()
+    {
+        QTest::addColumn<bool>("closedFirst");
+        QTest::newRow("signed in from the form") << false;
+        QTest::newRow("form closed, then signed in") << true;
+    }
+
     void signedOutReachesTheLogInForm()
     {
-        m_desktop->account().findChild<QPushButton *>(QStringLiteral("logoutButton"))->click();
-        QTRY_VERIFY(!m_desktop->driver().memberAccount().isLoggedIn);
+        QFETCH(bool, closedFirst);
+        VLMainWindowController &driver = m_desktop->driver();
+        if (driver.memberAccount().isLoggedIn) {
+            m_desktop->account().findChild<QPushButton *>(QStringLiteral("logoutButton"))->click();
+            QTRY_VERIFY(!driver.memberAccount().isLoggedIn);
+        }
         VLMainWindow &window = m_desktop->window();
         window.showView(AppView::Deals);
         for (const char *name : {"accountButton", "buyDealButton"}) {
@@ -285,6 +299,21 @@ private slots:
             QCOMPARE(m_desktop->account().currentPage(), AccountDialog::Page::Login);
         }
         QVERIFY(window.findChildren<CartDialog *>().isEmpty());
+        if (closedFirst) {
+            m_desktop->account().reject();
+            window.findChild<QPushButton *>(QStringLiteral("accountButton"))->click();
+        }
+        QPointer<AccountDialog> form = &m_desktop->account();
+        form->findChild<QLineEdit *>(QStringLiteral("email"))->setText(QStringLiteral("newcomer@example.com"));
+        form->findChild<QLineEdit *>(QStringLiteral("password"))->setText(QStringLiteral("Pw 9!x"));
+        QSignalSpy signedIn(&driver, &VLMainWindowController::loginEnded);
+        form->findChild<QPushButton *>(QStringLiteral("loginButton"))->click();
+        QVERIFY(signedIn.wait(30000));
+        QVERIFY(driver.memberAccount().isLoggedIn);
+        const QList<CartDialog *> carts = window.findChildren<CartDialog *>();
+        QCOMPARE(carts.size(), closedFirst ? 0 : 1);
+        QCOMPARE(!form.isNull() && form->isVisible(), closedFirst);
+        qDeleteAll(carts);
     }
 
     // "Forgot Password?" opens the site's page for a new password in the browser, and clears the status line.
@@ -322,6 +351,75 @@ private slots:
         dialog.findChild<QPushButton *>(QStringLiteral("forgotPasswordButton"))->click();
         QVERIFY(status->text().isEmpty());
         QTRY_COMPARE(openedPage(), (site + QStringLiteral("/member/forgot-password")).toUtf8());
+    }
+
+    // Every control the keyboard can reach has a name a screen reader says, a button or field also what it does, and
+    // Tab from the first control comes to each of them.
+    void everyControlIsNamedAndReachedByTab_data()
+    {
+        QTest::addColumn<QString>("surface");
+        for (const char *surface : {"window, updates", "window, deals", "panel", "preferences", "account, log-in",
+                                    "account, sign-up", "account, profile", "cart"}) {
+            QTest::newRow(surface) << QString::fromLatin1(surface);
+        }
+    }
+
+    void everyControlIsNamedAndReachedByTab()
+    {
+        QFETCH(QString, surface);
+        VLMainWindow &window = m_desktop->window();
+        std::unique_ptr<CartDialog> cart;
+        QWidget *top = &m_desktop->account();
+        if (surface.startsWith(QLatin1String("window"))) {
+            window.showView(surface.endsWith(QLatin1String("deals")) ? AppView::Deals : AppView::Updates);
+            top = &window;
+        } else if (surface == QLatin1String("panel")) {
+            m_desktop->panel().openPanel(QRect(800, 0, 30, 24), false);
+            top = &m_desktop->panel();
+        } else if (surface == QLatin1String("preferences")) {
+            top = &m_desktop->preferences();
+        } else if (surface == QLatin1String("cart")) {
+            cart = std::make_unique<CartDialog>(m_desktop->driver(), window.deals().value(0), &window);
+            top = cart.get();
+        } else {
+            const QStringList pages{QStringLiteral("account, log-in"), QStringLiteral("account, sign-up"),
+                                    QStringLiteral("account, profile")};
+            m_desktop->account().showPage(static_cast<AccountDialog::Page>(pages.indexOf(surface)));
+        }
+        top->show();
+        top->activateWindow();
+        QTRY_VERIFY(top->isActiveWindow());
+        QList<QWidget *> controls;
+        for (QWidget *control : top->findChildren<QWidget *>()) {
+            if (control->window() == top && control->isVisibleTo(top) && control->isEnabled() &&
+                (control->focusPolicy() & Qt::TabFocus) && !control->focusProxy()) {
+                controls.append(control);
+            }
+        }
+        QVERIFY(!controls.isEmpty());
+        QSet<QWidget *> reached;
+        controls.first()->setFocus(Qt::TabFocusReason);
+        for (qsizetype i = 0; i <= controls.size() && QApplication::focusWidget(); ++i) {
+            reached.insert(QApplication::focusWidget());
+            QTest::keyClick(QApplication::focusWidget(), Qt::Key_Tab);
+        }
+        QStringList faults;
+        for (QWidget *control : std::as_const(controls)) {
+            const QString what = QString::fromLatin1(control->metaObject()->className()) + QLatin1Char(' ') +
+                                 control->objectName() + QLatin1Char(' ') + control->property("text").toString();
+            QAccessibleInterface *accessible = QAccessible::queryAccessibleInterface(control);
+            if (accessible->text(QAccessible::Name).isEmpty()) {
+                faults << what + QStringLiteral(": no name");
+            }
+            if ((qobject_cast<QAbstractButton *>(control) || qobject_cast<QLineEdit *>(control)) &&
+                accessible->text(QAccessible::Description).isEmpty() && control->toolTip().isEmpty()) {
+                faults << what + QStringLiteral(": no description");
+            }
+            if (!reached.contains(control)) {
+                faults << what + QStringLiteral(": not reached by Tab");
+            }
+        }
+        QVERIFY2(faults.isEmpty(), qPrintable(faults.join(QStringLiteral("; "))));
     }
 };
 

@@ -1,11 +1,14 @@
 #!/usr/bin/python3
 """Under a real X server and a session bus of its own (run by xvfb-run and dbus-run-session), this plays the desktop's
 tray host. velmora, started as the login item before any tray host is there, waits for one (the watcher first says no
-host is registered, then announces one), registers its StatusNotifierItem, whose tooltip carries the count of outdated
+host is registered, then announces one), registers its StatusNotifierItem, titled with the product's name, whose tooltip carries the count of outdated
 apps of a store checked by velmora-cli against velmora-service; activating the item opens the panel, and its exported
-menu holds the gear menu's items, whose Quit quits.
+menu holds the gear menu's items, whose Quit quits. Started again with the watcher but no host, it takes an XEmbed
+tray that comes up (the test owns its selection on the X server) without waiting out its wait for a host.
 Usage: check-tray-item.py VELMORA VELMORA-CLI VELMORA-SERVICE INSTALLED-APPLICATIONS-FOLDER"""
 
+import ctypes
+import ctypes.util
 import os
 import re
 import shutil
@@ -54,6 +57,35 @@ class Watcher:
     def announce_host(self):
         self.host = True
         self.bus.emit_signal(None, "/StatusNotifierWatcher", WATCHER, "StatusNotifierHostRegistered", None)
+
+
+class XEmbedTray:
+    """Owns the X server's _NET_SYSTEM_TRAY_S0 selection, as an XEmbed tray does, and sees the icons' dock requests."""
+
+    def __init__(self):
+        class Iterator(ctypes.Structure):
+            _fields_ = [("data", ctypes.POINTER(ctypes.c_uint32)), ("rem", ctypes.c_int), ("index", ctypes.c_int)]
+
+        xcb = self.xcb = ctypes.CDLL(ctypes.util.find_library("xcb"))
+        xcb.xcb_connect.restype = xcb.xcb_get_setup.restype = ctypes.c_void_p
+        xcb.xcb_setup_roots_iterator.restype = Iterator
+        xcb.xcb_intern_atom_reply.restype = ctypes.POINTER(ctypes.c_uint32)
+        xcb.xcb_poll_for_event.restype = ctypes.POINTER(ctypes.c_uint8)
+        self.connection = ctypes.c_void_p(xcb.xcb_connect(None, None))
+        root = xcb.xcb_setup_roots_iterator(ctypes.c_void_p(xcb.xcb_get_setup(self.connection))).data[0]
+        window = xcb.xcb_generate_id(self.connection)
+        xcb.xcb_create_window(self.connection, 0, window, root, 0, 0, 1, 1, 0, 2, 0, 0, None)  # 2: input only
+        name = b"_NET_SYSTEM_TRAY_S0"
+        atom = xcb.xcb_intern_atom_reply(self.connection, xcb.xcb_intern_atom(self.connection, 0, len(name), name),
+                                         None)[2]  # the reply's atom follows its 8-byte header
+        xcb.xcb_set_selection_owner(self.connection, window, atom, 0)
+        xcb.xcb_flush(self.connection)
+        self.docked = False
+
+    def dock_requested(self):
+        while event := self.xcb.xcb_poll_for_event(self.connection):
+            self.docked = self.docked or event[0] & 0x7f == 33  # a ClientMessage: the dock request
+        return self.docked
 
 
 def logged(log):
@@ -145,6 +177,8 @@ def main(velmora, cli, service, installed):
             fail(f"the item has no icon: {properties}", log)
         if properties["Status"] != "Active":
             fail(f"the item's status is {properties['Status']}", log)
+        if properties["Title"] != "Velmora Desktop":
+            fail(f"the item's title is {properties['Title']!r}", log)
 
         call(bus, name, path, ITEM, "Activate", (20, 20), "(ii)")
         wait_for(lambda: "panel opened" in logged(log), "the panel to open", log)
@@ -158,7 +192,18 @@ def main(velmora, cli, service, installed):
         wait_for(lambda: desktop.poll() is not None, "velmora to quit from its menu", log)
         if desktop.returncode != 0:
             fail(f"velmora quit with status {desktop.returncode}", log)
-        print(f"velmora's tray item registered late, counted {count} updates, opened the panel and quit from its menu")
+
+        watcher.host = False
+        log = f"{work}/velmora-xembed.log"
+        desktop = subprocess.Popen([velmora, "--login-item"], env=env, stderr=open(log, "w"))
+        processes.append(desktop)
+        wait_for(lambda: "waiting for a tray host" in logged(log), "velmora to wait for a tray host again", log)
+        tray = XEmbedTray()
+        wait_for(tray.dock_requested, "velmora to dock its icon in the XEmbed tray", log)
+        if "no tray host registered within" in logged(log):
+            fail("velmora waited out its wait although an XEmbed tray was there", log)
+        print(f"velmora's tray item registered late, counted {count} updates, opened the panel and quit from its menu; "
+              "started again, it docked in an XEmbed tray that came up")
     finally:
         for process in processes:
             process.kill()
