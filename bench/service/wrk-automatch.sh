@@ -2,7 +2,7 @@
 # The matching request of 500 apps under wrk, against one velmora-service on SQLite, and nginx answering the very
 # same reply bytes from a file in the same run: the limit of answering at all on this machine. With --processes,
 # also N service processes on one PostgreSQL database behind nginx (the packaged site), for each N of the list, run
-# as the systemd unit runs them (MALLOC_ARENA_MAX=2).
+# as the systemd unit runs them.
 #
 #   bench/service/wrk-automatch.sh [--processes 1,2,4] [--rounds R] [--site-directives TEXT] [BUILD_DIR] [SECONDS]
 #                                  [CONNECTIONS]
@@ -70,7 +70,7 @@ if [[ -n $processes ]]; then
     load_catalogue "$db"
     most=$(tr ' ' '\n' <<<"$processes" | sort -n | tail -n1)
     for i in $(seq "$most"); do
-        serve "pg-$i" "$db" MALLOC_ARENA_MAX=2
+        serve "pg-$i" "$db"
         pg_pids+=("$service_pid")
         ports+=("${service_url##*:}")
     done

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# Resident size of one velmora-service (SQLite) after many large matching requests, with glibc's default arenas and
-# with MALLOC_ARENA_MAX=2 (as the systemd unit runs it): each of its worker threads that allocates at once may get
-# an arena of its own, which keeps what a large request left behind.
+# Resident size of one velmora-service (SQLite) after many large matching requests, with glibc's default arenas (as
+# the systemd unit runs it) and with MALLOC_ARENA_MAX=2: each of its worker threads that allocates at once may get
+# an arena of its own, which keeps what a large request left behind until the process gives its heap back.
 #
 #   bench/service/wrk-memory.sh [BUILD_DIR] [SECONDS] [CONNECTIONS] [APPS]
 #

@@ -42,7 +42,7 @@ key=$work/member.key
 "$service" migrate --db "$db" --key-file "$key" >/dev/null
 
 start_process() { # index port
-    MALLOC_ARENA_MAX=2 "$service" serve --listen "127.0.0.1:$2" --db "$db" --key-file "$key" --workers 8 \
+    "$service" serve --listen "127.0.0.1:$2" --db "$db" --key-file "$key" --workers 8 \
         --files "$work/files" >"$work/address-$1" 2>"$work/service-$1.log" &
     pids[$1]=$!
     for _ in $(seq 100); do [[ -s $work/address-$1 ]] && return; sleep 0.1; done
