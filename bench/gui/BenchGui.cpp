@@ -30,6 +30,7 @@
 #include "ui/VLPanelController.h"
 
 #include <QApplication>
+#include <QDeadlineTimer>
 #include <QDir>
 #include <QElapsedTimer>
 #include <QFile>
@@ -38,6 +39,7 @@
 #include <QScrollBar>
 #include <QTemporaryDir>
 #include <QThread>
+#include <QTimer>
 #include <QTreeView>
 #include <QWheelEvent>
 
@@ -53,6 +55,7 @@ constexpr char kSpawnVariable[] = "VELMORA_BENCH_SPAWN_NS";
 constexpr int kLaunchRuns = 5;
 constexpr int kPanelOpens = 10;
 constexpr int kWaitMs = 60000;
+constexpr int kWakeMs = 250;
 
 qint64 monotonicNs()
 {
@@ -138,15 +141,18 @@ private:
     bool m_painted = false;
 };
 
+// Sleeps until events come, as the program's own event loop does: a wait that polled would take a core from the
+// threads it waits for. The timer only wakes it to give up.
 bool waitFor(const std::function<bool()> &done)
 {
-    QElapsedTimer timer;
-    timer.start();
+    const QDeadlineTimer deadline(kWaitMs);
+    QTimer wake;
+    wake.start(kWakeMs);
     while (!done()) {
-        if (timer.elapsed() > kWaitMs) {
+        if (deadline.hasExpired()) {
             return false;
         }
-        QApplication::processEvents(QEventLoop::AllEvents, 5);
+        QApplication::processEvents(QEventLoop::WaitForMoreEvents);
     }
     return true;
 }

@@ -203,12 +203,6 @@ void DesktopApp::start(bool launchedByLoginItem)
     // A crash from now on leaves a report; one from an earlier run is sent, or the user is asked first.
     m_crashReporter = std::make_unique<VLCrashReporter>(QStringLiteral("velmora"), m_crashAsker.get());
     m_crashReporter->startCrashReporting();
-    if (launchedByLoginItem && VLSettings().boolValue(SettingKey::showStatusItem) && m_menubar->waitForTrayHost()) {
-        connect(m_menubar.get(), &VLMenubarController::trayHostSettled, this, &DesktopApp::applyShowStatusItem,
-                Qt::SingleShotConnection);
-    } else {
-        applyShowStatusItem();
-    }
     // What a killed update left beside the apps goes, away from the windows' thread: a staged copy can be large. It
     // waits a while after the launch's store read or first check, so as not to take a core from the window's first
     // listing. An update started meanwhile holds its lock, which the sweep respects, and clears its own leftovers.
@@ -222,7 +216,16 @@ void DesktopApp::start(bool launchedByLoginItem)
             });
         },
         Qt::SingleShotConnection);
+    // The store's read starts on the check thread before the window is made: its first stretch, the JSON, takes one
+    // core, and the window is made and shown on the other. The window lists the records once they are read, as it
+    // would if it were made first: what the read hands over arrives through this thread's event loop.
     m_delegate->applicationDidFinishLaunching(launchedByLoginItem);
+    if (launchedByLoginItem && VLSettings().boolValue(SettingKey::showStatusItem) && m_menubar->waitForTrayHost()) {
+        connect(m_menubar.get(), &VLMenubarController::trayHostSettled, this, &DesktopApp::applyShowStatusItem,
+                Qt::SingleShotConnection);
+    } else {
+        applyShowStatusItem();
+    }
     m_expiryTimer.start();
     refreshPanelAndBadge();
 }

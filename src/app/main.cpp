@@ -5,10 +5,10 @@
 #include "app/SingleInstance.h"
 #include "platform/Log.h"
 #include "services/VLGoogleTracking.h"
+#include "ui/AppIcon.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
-#include <QIcon>
 #include <QTranslator>
 
 #include <memory>
@@ -72,7 +72,7 @@ int main(int argc, char **argv)
                                  QStringLiteral("[link...]"));
     parser.process(*app);
     installLogRouting(parser.isSet(verbose));
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/icons/velmora.svg")));
+    QApplication::setWindowIcon(AppIcon::programIcon());
 
     if (parser.isSet(screenshot)) {
         return ScreenshotRenderer::renderAll(parser.value(screenshot)) ? 0 : 1;

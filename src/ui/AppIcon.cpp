@@ -17,7 +17,13 @@ QIcon iconFor(const VLApp &app)
             }
         }
     }
-    return QIcon(QStringLiteral(":/icons/velmora.svg"));
+    return programIcon();
+}
+
+QIcon programIcon()
+{
+    static const QIcon icon(QStringLiteral(":/icons/velmora.svg"));
+    return icon;
 }
 
 } // namespace AppIcon

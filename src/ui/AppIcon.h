@@ -9,5 +9,7 @@ class VLApp;
 namespace AppIcon {
 
 QIcon iconFor(const VLApp &app);
+// The program's own: one icon shared by every caller, so that its file is parsed once and each size drawn once.
+QIcon programIcon();
 
 } // namespace AppIcon

@@ -5,6 +5,7 @@
 #include "scan/VLScanData.h"
 #include "services/VLMemberAccount.h"
 #include "ui/AppActions.h"
+#include "ui/AppIcon.h"
 #include "ui/AppListModel.h"
 #include "ui/AppRowDelegate.h"
 #include "ui/CartDialog.h"
@@ -45,7 +46,7 @@ VLMainWindow::VLMainWindow(VLMainWindowController &driver, UpdateController &upd
 {
     setObjectName(QStringLiteral("VLMainWindow"));
     setWindowTitle(tr("Velmora Desktop"));
-    setWindowIcon(QIcon(QStringLiteral(":/icons/velmora.svg")));
+    setWindowIcon(AppIcon::programIcon());
     resize(980, 620);
 
     m_navigation->setObjectName(QStringLiteral("navigation"));
