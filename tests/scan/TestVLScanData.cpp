@@ -96,9 +96,11 @@ private slots:
     {
         // Far more than one piece of the save's text: no record is lost or doubled where pieces meet.
         AppList many;
-        for (int i = 0; i < 3000; ++i) {
-            many.append(record(QStringLiteral("-"), QString::number(i)));
-            many.last()->releaseNotes = QString(200, QLatin1Char('x'));
+        for (int i = 0; i < 1000; ++i) {
+            const AppRef app = record(QStringLiteral("-"), QString::number(i));
+            app->releaseNotes = QString(300, QLatin1Char('x'));
+            app->license = app->minOS = app->bundleID = QStringLiteral("");
+            many.append(app);
         }
         VLScanData store(m_file);
         store.setApps(many);
