@@ -32,10 +32,13 @@
 #include <QTemporaryDir>
 
 #include <cstdio>
+#include <cstring>
+#include <ctime>
 #include <fcntl.h>
 #include <spawn.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <vector>
 
@@ -158,11 +161,48 @@ void printStages(const char *label, const Stages &stages)
     std::printf("\n");
 }
 
-// velmora-cli check, with its wall and processor time and peak resident size; false when it did not exit 0.
-bool timeCli(double *seconds, double *cpuSeconds, long *peakKb)
+// Runs command as a child of this small, freshly started process and writes its wall and processor time, its
+// peak resident size and its exit status to figuresPath. A process spawned by the bench itself would not do: the
+// kernel keeps the peak of the memory a process replaced by exec, so such a child would report the bench's own
+// peak whenever that is larger.
+int measure(const char *figuresPath, char **command)
 {
-    QList<QByteArray> words = qgetenv("VELMORA_BENCH_WRAP").split(' ');
-    words.removeAll(QByteArray());
+    timespec start{};
+    clock_gettime(CLOCK_MONOTONIC, &start);
+    const pid_t pid = fork();
+    if (pid == 0) {
+        execvp(command[0], command);
+        _exit(127);
+    }
+    int status = 0;
+    rusage usage{};
+    if (pid < 0 || wait4(pid, &status, 0, &usage) != pid) {
+        return 1;
+    }
+    timespec end{};
+    clock_gettime(CLOCK_MONOTONIC, &end);
+    const auto seconds = [](const timeval &time) { return double(time.tv_sec) + double(time.tv_usec) / 1e6; };
+    FILE *figures = std::fopen(figuresPath, "w");
+    if (!figures) {
+        return 1;
+    }
+    std::fprintf(figures, "%f %f %ld %d\n",
+                 double(end.tv_sec - start.tv_sec) + double(end.tv_nsec - start.tv_nsec) / 1e9,
+                 seconds(usage.ru_utime) + seconds(usage.ru_stime), usage.ru_maxrss,
+                 WIFEXITED(status) ? WEXITSTATUS(status) : 128);
+    return std::fclose(figures) == 0 ? 0 : 1;
+}
+
+// velmora-cli check, with its wall and processor time and peak resident size; false when it did not exit 0.
+bool timeCli(const QString &figuresPath, double *seconds, double *cpuSeconds, long *peakKb)
+{
+    QList<QByteArray> words{QCoreApplication::applicationFilePath().toLocal8Bit(), "--measure",
+                            QFile::encodeName(figuresPath)};
+    for (const QByteArray &word : qgetenv("VELMORA_BENCH_WRAP").split(' ')) {
+        if (!word.isEmpty()) {
+            words << word;
+        }
+    }
     words << VELMORA_CLI_PATH << "check";
     std::vector<char *> argv;
     for (QByteArray &word : words) {
@@ -173,30 +213,30 @@ bool timeCli(double *seconds, double *cpuSeconds, long *peakKb)
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, 1, "/dev/null", O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&actions, 2, "/dev/null", O_WRONLY, 0);
-    QElapsedTimer timer;
-    timer.start();
     pid_t pid = 0;
-    const int spawned = posix_spawnp(&pid, argv[0], &actions, nullptr, argv.data(), environ);
+    const int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
-    if (spawned != 0) {
-        return false;
-    }
     int status = 0;
-    rusage usage{};
-    if (wait4(pid, &status, 0, &usage) != pid) {
+    if (spawned != 0 || waitpid(pid, &status, 0) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0) {
         return false;
     }
-    *seconds = double(timer.nsecsElapsed()) / 1e9;
-    *peakKb = usage.ru_maxrss;
-    const auto toSeconds = [](const timeval &time) { return double(time.tv_sec) + double(time.tv_usec) / 1e6; };
-    *cpuSeconds = toSeconds(usage.ru_utime) + toSeconds(usage.ru_stime);
-    return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+    QFile figures(figuresPath);
+    if (!figures.open(QIODevice::ReadOnly)) {
+        return false;
+    }
+    int exitCode = -1;
+    const bool read =
+        std::sscanf(figures.readAll().constData(), "%lf %lf %ld %d", seconds, cpuSeconds, peakKb, &exitCode) == 4;
+    return read && exitCode == 0;
 }
 
 } // namespace
 
 int main(int argc, char **argv)
 {
+    if (argc > 3 && std::strcmp(argv[1], "--measure") == 0) {
+        return measure(argv[2], argv + 3);
+    }
     QTemporaryDir sandbox;
     TestSupport::isolateEnvironment(sandbox.path());
     QCoreApplication app(argc, argv);
@@ -238,7 +278,7 @@ int main(int argc, char **argv)
             double seconds = 0;
             double cpuSeconds = 0;
             long peakKb = 0;
-            if (!timeCli(&seconds, &cpuSeconds, &peakKb)) {
+            if (!timeCli(sandbox.filePath(QStringLiteral("figures")), &seconds, &cpuSeconds, &peakKb)) {
                 std::fprintf(stderr, "velmora-cli check failed\n");
                 return 1;
             }

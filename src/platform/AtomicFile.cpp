@@ -28,14 +28,7 @@ void syncFolder(const QString &path)
     }
 }
 
-} // namespace
-
-QString temporaryPrefix(const QString &path)
-{
-    return path + QStringLiteral(".new-");
-}
-
-Result writeAndSync(int fd, const QByteArray &bytes)
+Result writeAll(int fd, const QByteArray &bytes)
 {
     const char *data = bytes.constData();
     qint64 left = bytes.size();
@@ -51,6 +44,11 @@ Result writeAndSync(int fd, const QByteArray &bytes)
         data += written;
         left -= written;
     }
+    return {true, {}};
+}
+
+Result sync(int fd)
+{
     // Without this the rename could reach the disk before the data, and a crash leave an empty file.
     if (fsync(fd) != 0) {
         return failure(errno);
@@ -58,14 +56,48 @@ Result writeAndSync(int fd, const QByteArray &bytes)
     return {true, {}};
 }
 
+} // namespace
+
+QString temporaryPrefix(const QString &path)
+{
+    return path + QStringLiteral(".new-");
+}
+
+Result writeAndSync(int fd, const QByteArray &bytes)
+{
+    const Result written = writeAll(fd, bytes);
+    return written.ok ? sync(fd) : written;
+}
+
 Result write(const QString &path, const QByteArray &bytes)
+{
+    bool given = false;
+    return write(path, [&bytes, &given](QByteArray &piece) {
+        if (!given) {
+            piece = bytes;
+            given = true;
+        }
+        return false;
+    });
+}
+
+Result write(const QString &path, const std::function<bool(QByteArray &)> &nextPiece)
 {
     QByteArray name = QFile::encodeName(temporaryPrefix(path) + QStringLiteral("XXXXXX"));
     const int fd = mkostemp(name.data(), O_CLOEXEC);
     if (fd < 0) {
         return failure(errno);
     }
-    Result result = writeAndSync(fd, bytes);
+    Result result{true, {}};
+    QByteArray piece;
+    for (bool more = true; more && result.ok;) {
+        piece.resize(0); // keeps the capacity: the next piece is built in the same buffer
+        more = nextPiece(piece);
+        result = writeAll(fd, piece);
+    }
+    if (result.ok) {
+        result = sync(fd);
+    }
     // Some file systems report a failed write only when the file is closed.
     if (close(fd) != 0 && result.ok) {
         result = failure(errno);

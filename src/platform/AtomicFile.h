@@ -9,6 +9,8 @@
 #include <QByteArray>
 #include <QString>
 
+#include <functional>
+
 namespace AtomicFile {
 
 struct Result
@@ -19,6 +21,9 @@ struct Result
 
 // Replaces path with bytes; the new file is private to the user (mode 0600).
 Result write(const QString &path, const QByteArray &bytes);
+// The same for contents made piece by piece, so that a large file is never held whole: nextPiece(piece) fills the
+// emptied piece and returns false once nothing is left (a piece it fills on that call is still written).
+Result write(const QString &path, const std::function<bool(QByteArray &)> &nextPiece);
 
 // The names write() gives its temporary files for path all start with this. Such a file that no write is using is
 // the leftover of a writer killed before its rename.

@@ -4,18 +4,52 @@
 #include "platform/AtomicFile.h"
 #include "platform/FileBytes.h"
 #include "platform/Log.h"
+#include "platform/ParallelMap.h"
+#include "scan/ScanStoreFileRecords.h"
 
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QJsonArray>
 #include <QJsonDocument>
-#include <QJsonObject>
 
+#include <atomic>
 #include <cstdio>
 
 namespace {
 const QString kAppsKey = QStringLiteral("apps");
+
+// The records of a file in this program's own layout, each object parsed just before its record is made, on all
+// cores; nullopt when the layout is another or an object does not parse, for the whole text to be parsed instead.
+std::optional<AppList> restoreBySplitting(const QByteArray &text,
+                                          const std::function<AppRef(const QJsonObject &)> &restore)
+{
+    const std::optional<std::vector<QByteArrayView>> objects = ScanStoreFileRecords::split(text);
+    if (!objects) {
+        return std::nullopt;
+    }
+    std::atomic<bool> unparsed{false};
+    const std::vector<AppRef> records = parallelMap<AppRef>(
+        qsizetype(objects->size()),
+        [&](qsizetype i) {
+            const QByteArrayView object = (*objects)[size_t(i)];
+            QJsonParseError error;
+            const QJsonDocument document =
+                QJsonDocument::fromJson(QByteArray::fromRawData(object.data(), object.size()), &error);
+            if (error.error != QJsonParseError::NoError) {
+                unparsed = true;
+                return AppRef();
+            }
+            return restore(document.object());
+        },
+        &unparsed);
+    if (unparsed) {
+        return std::nullopt;
+    }
+    return AppList(records.begin(), records.end());
 }
+
+} // namespace
 
 ScanStoreFile::ScanStoreFile(const QString &path) : m_path(path), m_lock(path + QStringLiteral(".lock")) {}
 
@@ -24,7 +58,7 @@ QString ScanStoreFile::defaultPath()
     return AppPaths::dataFolder() + QStringLiteral("/vldscan.vld6");
 }
 
-ScanStoreFile::Contents ScanStoreFile::read()
+ScanStoreFile::Contents ScanStoreFile::read(const std::function<AppRef(const QJsonObject &)> &restore)
 {
     Contents contents;
     // Refused without reading when it is a pipe, a device or too large; otherwise the bytes, and the stamp of the
@@ -43,6 +77,11 @@ ScanStoreFile::Contents ScanStoreFile::read()
         contents.damage = keepAside(contents.stamp, reason, std::nullopt, true);
         return contents;
     }
+    if (std::optional<AppList> records = restoreBySplitting(*file.bytes, restore)) {
+        contents.status = Status::Loaded;
+        contents.apps = std::move(*records);
+        return contents;
+    }
     QJsonParseError error;
     const QJsonDocument document = QJsonDocument::fromJson(*file.bytes, &error);
     const QJsonValue apps = document.object().value(kAppsKey);
@@ -54,14 +93,19 @@ ScanStoreFile::Contents ScanStoreFile::read()
         return contents;
     }
     contents.status = Status::Loaded;
+    // Taken out of the array first, which is then not shared between threads.
+    std::vector<QJsonObject> archives;
     bool strayEntries = false;
     for (const QJsonValue &entry : apps.toArray()) {
         if (entry.isObject()) {
-            contents.apps.append(entry);
+            archives.push_back(entry.toObject());
         } else {
             strayEntries = true;
         }
     }
+    const std::vector<AppRef> records = parallelMap<AppRef>(
+        qsizetype(archives.size()), [&archives, &restore](qsizetype i) { return restore(archives[size_t(i)]); });
+    contents.apps = AppList(records.begin(), records.end());
     if (strayEntries) {
         contents.damage = keepAside(contents.stamp, QStringLiteral("entries that are no records"), file.bytes, false);
     }
@@ -71,22 +115,32 @@ ScanStoreFile::Contents ScanStoreFile::read()
 std::optional<FileStamp> ScanStoreFile::write(qsizetype count,
                                               const std::function<void(qsizetype, QByteArray &)> &appendRecord)
 {
-    // Written as text straight away: a document built first held the records twice more, for longer.
-    QByteArray document = "{\"apps\":[";
-    for (qsizetype i = 0; i < count; ++i) {
-        if (i > 0) {
-            document += ',';
-        }
-        appendRecord(i, document);
-    }
-    document += "]}";
     // The whole data folder may have been deleted since (a forced reset); the records in memory still count.
     QDir().mkpath(QFileInfo(m_path).path());
     const bool locked = lock(-1);
     if (locked) {
         removeLeftoverSaves();
     }
-    const AtomicFile::Result result = AtomicFile::write(m_path, document);
+    // Written as text in pieces of a few hundred records: the whole text of a large store, held at once, was the
+    // largest allocation of a check.
+    constexpr qsizetype kPieceBytes = 256 * 1024;
+    qsizetype next = 0;
+    const AtomicFile::Result result = AtomicFile::write(m_path, [&](QByteArray &piece) {
+        if (next == 0) {
+            piece += "{\"apps\":[";
+        }
+        for (; next < count && piece.size() < kPieceBytes; ++next) {
+            if (next > 0) {
+                piece += ',';
+            }
+            appendRecord(next, piece);
+        }
+        if (next < count) {
+            return true;
+        }
+        piece += "]}";
+        return false;
+    });
     // Taken before the lock goes, so that it is the stamp of this write and not of a later one.
     const FileStamp written = stamp();
     if (locked) {

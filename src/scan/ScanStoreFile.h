@@ -6,9 +6,10 @@
 
 #include "platform/FileLock.h"
 #include "platform/FileStamp.h"
+#include "scan/AppList.h"
 
 #include <QDateTime>
-#include <QJsonArray>
+#include <QJsonObject>
 #include <QString>
 
 #include <functional>
@@ -29,7 +30,7 @@ public:
     struct Contents
     {
         Status status = Status::Missing;
-        QJsonArray apps;
+        AppList apps;
         QDateTime modified;
         FileStamp stamp;
         std::optional<Damage> damage; // also for a Loaded file of which some entries had to be left out
@@ -51,8 +52,9 @@ public:
     // The file's records. A file that is no plain file, is larger than kLargestStore, cannot be read, is no JSON
     // object or has no "apps" list is Damaged, is not read further and has been kept aside as damagedPath() (moved
     // when the lock could be had, its bytes copied otherwise); an entry that is not an object is left out, and the
-    // file is copied aside so that it is not lost with the next save.
-    Contents read();
+    // file is copied aside so that it is not lost with the next save. restore(archive) makes the record of each entry;
+    // it is called on several threads at once, and no entry's parsed object outlives its call.
+    Contents read(const std::function<AppRef(const QJsonObject &)> &restore);
     // Replaces the file with {"apps": [...]} and gives the new file's stamp; nullopt when it could not be written
     // completely: the old file then stays as it was, and the reason is logged. appendRecord(i, out) appends the
     // compact JSON object of record i, for i below count.

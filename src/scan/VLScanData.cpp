@@ -1,10 +1,8 @@
 #include "scan/VLScanData.h"
 
-#include "platform/ParallelMap.h"
 #include "scan/ScanMerge.h"
 
 #include <QHash>
-#include <QJsonArray>
 #include <QJsonObject>
 
 namespace {
@@ -34,7 +32,7 @@ QString VLScanData::pathForDataFile()
 void VLScanData::loadDataFromDisk()
 {
     QMutexLocker locker(&m_mutex);
-    const ScanStoreFile::Contents contents = m_file.read();
+    ScanStoreFile::Contents contents = readFile();
     m_knownStamp = contents.stamp;
     if (contents.damage) {
         m_damage = contents.damage;
@@ -43,7 +41,7 @@ void VLScanData::loadDataFromDisk()
         m_fileModDate = contents.modified;
     }
     if (contents.status == ScanStoreFile::Status::Loaded) {
-        takeRecords(contents);
+        m_apps = std::move(contents.apps);
     } else {
         m_apps.reset();
     }
@@ -55,28 +53,18 @@ std::optional<ScanStoreFile::Damage> VLScanData::damage() const
     return m_damage;
 }
 
-void VLScanData::takeRecords(const ScanStoreFile::Contents &contents, const AppList &freshScan)
+ScanStoreFile::Contents VLScanData::readFile(const AppList &freshScan)
 {
-    // Restoring a record re-reads its bundle's version, unless a fresh scan has just read it, so a large store is
-    // restored on all cores; the archives are taken out of the JSON array first, which is then not shared between
-    // threads.
-    std::vector<QJsonObject> archives;
-    archives.reserve(size_t(contents.apps.size()));
-    for (const QJsonValue &entry : contents.apps) {
-        archives.push_back(entry.toObject());
-    }
+    // Restoring a record re-reads its bundle's version, unless a fresh scan has just read it.
     QHash<QString, const VLApp *> scannedByPath;
     scannedByPath.reserve(freshScan.size());
     for (const AppRef &app : freshScan) {
         scannedByPath.insert(app->localPath, app.get());
     }
-    const std::vector<AppRef> records =
-        parallelMap<AppRef>(qsizetype(archives.size()), [&archives, &scannedByPath](qsizetype i) {
-            const QJsonObject &archive = archives[size_t(i)];
-            const VLApp *scanned = scannedByPath.value(archive.value(QLatin1String("localPath")).toString());
-            return std::make_shared<VLApp>(VLApp::initWithCoder(archive, scanned));
-        });
-    m_apps = AppList(records.begin(), records.end());
+    return m_file.read([&scannedByPath](const QJsonObject &archive) {
+        const VLApp *scanned = scannedByPath.value(archive.value(QLatin1String("localPath")).toString());
+        return std::make_shared<VLApp>(VLApp::initWithCoder(archive, scanned));
+    });
 }
 
 bool VLScanData::saveDataToDisk()
@@ -192,7 +180,7 @@ bool VLScanData::reloadIfChangedOnDisk(const AppList &freshScan)
     if (m_file.stamp() == m_knownStamp) {
         return false;
     }
-    const ScanStoreFile::Contents contents = m_file.read();
+    ScanStoreFile::Contents contents = readFile(freshScan);
     m_knownStamp = contents.stamp;
     if (contents.damage) {
         m_damage = contents.damage;
@@ -202,7 +190,7 @@ bool VLScanData::reloadIfChangedOnDisk(const AppList &freshScan)
         return false;
     }
     m_fileModDate = contents.modified;
-    takeRecords(contents, freshScan);
+    m_apps = std::move(contents.apps);
     doQuickSanityCheck();
     return true;
 }

@@ -87,7 +87,7 @@ public:
     };
 
 private:
-    void takeRecords(const ScanStoreFile::Contents &contents, const AppList &freshScan = {});
+    ScanStoreFile::Contents readFile(const AppList &freshScan = {});
 
     mutable QRecursiveMutex m_mutex;
     ScanStoreFile m_file;

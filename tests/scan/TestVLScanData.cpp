@@ -92,6 +92,26 @@ private slots:
         QVERIFY(!QFile::exists(m_file + QStringLiteral(".damaged")));
     }
 
+    void savedInPieces()
+    {
+        // Far more than one piece of the save's text: no record is lost or doubled where pieces meet.
+        AppList many;
+        for (int i = 0; i < 1000; ++i) {
+            const AppRef app = record(QStringLiteral("-"), QString::number(i));
+            app->releaseNotes = QString(300, QLatin1Char('x'));
+            app->license = app->minOS = app->bundleID = QStringLiteral("");
+            many.append(app);
+        }
+        VLScanData store(m_file);
+        store.setApps(many);
+        QVERIFY(store.saveDataToDisk());
+        const AppList loaded = VLScanData(m_file).apps().value_or(AppList());
+        QCOMPARE(loaded.size(), many.size());
+        for (int i = 0; i < loaded.size(); ++i) {
+            QCOMPARE(loaded.at(i)->vlID, QString::number(i));
+        }
+    }
+
     void damagedFileKeptAside_data()
     {
         // aside: "moved", "copied" or "none"; records -1: absent.
@@ -104,6 +124,14 @@ private slots:
         QTest::newRow("a stray entry") << QByteArray("{\"apps\": [7, {\"localPath\": \"-\", \"vlID\": \"4\"}]}")
                                        << "copied" << 1;
         QTest::newRow("empty list") << QByteArray("{\"apps\": []}") << "none" << 0;
+        // Records are found in the text before each is parsed; the whole text decides what is damaged.
+        QTest::newRow("a broken record after a good one")
+            << QByteArray("{\"apps\": [{\"vlID\": \"1\"}, {\"vlID\": }]}") << "moved" << -1;
+        QTest::newRow("text after the list") << QByteArray("{\"apps\": [{\"vlID\": \"1\"}]} {}") << "moved" << -1;
+        QTest::newRow("brackets and quotes within texts")
+            << QByteArray("{\"apps\":[{\"vlID\":\"}]\\\"{[\",\"name\":\"a\\\\\"},\n{\"vlID\":\"2\"}]}") << "none" << 2;
+        QTest::newRow("another key beside the list")
+            << QByteArray("{\"version\": 6, \"apps\": [{\"vlID\": \"1\"}]}") << "none" << 1;
     }
 
     void damagedFileKeptAside()
