@@ -44,7 +44,8 @@ extern "C" int LLVMFuzzerInitialize(int *, char ***)
 
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
-    const QByteArray body(reinterpret_cast<const char *>(data), qsizetype(size));
+    // Read where libFuzzer put it, so that the sanitizer sees any read past the end.
+    const QByteArrayView body(reinterpret_cast<const char *>(data), qsizetype(size));
     QString error;
     const std::optional<AutomatchRequest> request = AutomatchRequest::parse(body, &error);
     if (!request) {
@@ -53,13 +54,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         }
         return 0;
     }
-    for (const auto &[number, app] : request->apps) {
+    for (const AutomatchApp &app : request->apps) {
         g_index->match(app.description);
-        const QByteArray echoed =
-            '[' + JsonText::quoted(app.digest) + ',' + JsonText::quoted(app.installedVersion) + ']';
+        QByteArray echoed = "[";
+        JsonText::appendQuotedBytes(echoed, app.digest);
+        echoed += ',';
+        JsonText::appendQuotedBytes(echoed, app.installedVersion);
+        echoed += ']';
         const QJsonArray texts = QJsonDocument::fromJson(echoed).array();
-        if (texts.size() != 2 || texts.at(0).toString() != app.digest ||
-            texts.at(1).toString() != app.installedVersion) {
+        if (texts.size() != 2 || texts.at(0).toString() != QString::fromUtf8(app.digest) ||
+            texts.at(1).toString() != QString::fromUtf8(app.installedVersion)) {
             std::abort();
         }
     }

@@ -44,8 +44,10 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     }
     const CatalogueIndex index(std::move(entries));
     for (const CatalogueEntry &entry : index.entries()) {
+        // Sent as a request sends it, in UTF-8; an id that is no valid Unicode (a lone surrogate) cannot be sent.
         const QString bundleId = firstBundleId(entry.record);
-        if (!bundleId.trimmed().isEmpty() && !index.match({bundleId, QString(), QString()})) {
+        const QByteArray sent = bundleId.toUtf8();
+        if (!bundleId.trimmed().isEmpty() && QString::fromUtf8(sent) == bundleId && !index.match({sent, {}, {}})) {
             std::abort();
         }
     }

@@ -10,9 +10,15 @@
 
 namespace {
 
-QString folded(const QString &key)
+QByteArray folded(const QString &key)
 {
-    return key.trimmed().toCaseFolded();
+    return key.trimmed().toCaseFolded().toUtf8();
+}
+
+// What QString::trimmed() takes off in ASCII.
+bool isAsciiSpace(char c)
+{
+    return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
 } // namespace
@@ -47,11 +53,11 @@ CatalogueIndex::CatalogueIndex(std::vector<CatalogueEntry> entries) : m_entries(
     }
 }
 
-void CatalogueIndex::add(QHash<QString, Candidate> &table, const QJsonValue &keys, int entry)
+void CatalogueIndex::add(Table &table, const QJsonValue &keys, int entry)
 {
     const QJsonArray list = keys.toArray();
     for (int position = 0; position < list.size(); ++position) {
-        const QString key = folded(list.at(position).toString());
+        const QByteArray key = folded(list.at(position).toString());
         if (key.isEmpty())
             continue;
         const Candidate candidate{entry, position};
@@ -76,25 +82,26 @@ bool CatalogueIndex::better(const Candidate &a, const Candidate &b) const
     return x.id.toLongLong() < y.id.toLongLong();
 }
 
-const CatalogueEntry *CatalogueIndex::lookup(const QHash<QString, Candidate> &table, const QString &key) const
+const CatalogueEntry *CatalogueIndex::lookup(const Table &table, QByteArrayView key) const
 {
-    const QStringView trimmed = QStringView(key).trimmed();
-    if (trimmed.isEmpty())
+    while (!key.isEmpty() && isAsciiSpace(key.front()))
+        key = key.sliced(1);
+    while (!key.isEmpty() && isAsciiSpace(key.back()))
+        key.chop(1);
+    if (key.isEmpty())
         return nullptr;
     // Nearly every key is ASCII, whose case folding is A-Z to a-z: folded on the stack, as a matching request
-    // looks up some 1,500 keys.
+    // looks up some 1,500 keys. Others go the way the table's keys went.
     constexpr qsizetype onStack = 256;
-    const bool ascii = std::all_of(trimmed.begin(), trimmed.end(), [](QChar c) { return c.unicode() < 0x80; });
-    std::array<char16_t, onStack> buffer; // left unset: only the key's part is written and read
-    QString foldedKey;
-    if (ascii && trimmed.size() <= onStack) {
-        std::transform(trimmed.begin(), trimmed.end(), buffer.begin(), [](QChar c) {
-            const char16_t u = c.unicode();
-            return u >= u'A' && u <= u'Z' ? char16_t(u + (u'a' - u'A')) : u;
-        });
-        foldedKey = QString::fromRawData(reinterpret_cast<const QChar *>(buffer.data()), trimmed.size());
+    const bool ascii = std::all_of(key.begin(), key.end(), [](char c) { return uchar(c) < 0x80; });
+    std::array<char, onStack> buffer; // left unset: only the key's part is written and read
+    QByteArray foldedKey;
+    if (ascii && key.size() <= onStack) {
+        std::transform(key.begin(), key.end(), buffer.begin(),
+                       [](char c) { return c >= 'A' && c <= 'Z' ? char(c + ('a' - 'A')) : c; });
+        foldedKey = QByteArray::fromRawData(buffer.data(), key.size());
     } else {
-        foldedKey = trimmed.toString().toCaseFolded();
+        foldedKey = folded(QString::fromUtf8(key));
     }
     const auto it = table.constFind(foldedKey);
     return it == table.constEnd() ? nullptr : &m_entries[size_t(it->entry)];

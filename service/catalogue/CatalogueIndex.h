@@ -26,12 +26,12 @@ struct CatalogueEntry
     QByteArray localLinkJson;
 };
 
-// What an app of a matching request says about itself.
+// What an app of a matching request says about itself, as UTF-8.
 struct AppDescription
 {
-    QString bundleId;    // "b"
-    QString bundleName;  // "t", the bundle's file name such as Foo.app
-    QString displayName; // "d"
+    QByteArrayView bundleId;    // "b"
+    QByteArrayView bundleName;  // "t", the bundle's file name such as Foo.app
+    QByteArrayView displayName; // "d"
 };
 
 class CatalogueIndex
@@ -50,15 +50,17 @@ private:
         int entry = -1;
         int position = 0; // where the key stands in the record's own list: a main app's id comes first
     };
-    void add(QHash<QString, Candidate> &table, const QJsonValue &keys, int entry);
+    // Keyed by the folded key's UTF-8, so that a request's bytes are looked up without becoming a text.
+    using Table = QHash<QByteArray, Candidate>;
+    void add(Table &table, const QJsonValue &keys, int entry);
     bool better(const Candidate &a, const Candidate &b) const;
-    const CatalogueEntry *lookup(const QHash<QString, Candidate> &table, const QString &key) const;
+    const CatalogueEntry *lookup(const Table &table, QByteArrayView key) const;
 
     std::vector<CatalogueEntry> m_entries;
     QHash<QString, int> m_byId;
-    QHash<QString, Candidate> m_byBundleId;
-    QHash<QString, Candidate> m_byBundleName;
-    QHash<QString, Candidate> m_byDisplayName;
+    Table m_byBundleId;
+    Table m_byBundleName;
+    Table m_byDisplayName;
 };
 
 // The record's main bundle identifier (the first listed), or "".

@@ -21,16 +21,15 @@ QByteArray matchReply(const httplib::Request &req, const CatalogueIndex &index, 
     // Matched first, so that the reply is allocated once: its records' parts are most of it.
     struct Match
     {
-        int number;
         const AutomatchApp *app;
         const CatalogueEntry *entry;
     };
     std::vector<Match> matched;
     matched.reserve(request.apps.size());
     qsizetype size = 256;
-    for (const auto &[number, app] : request.apps) {
+    for (const AutomatchApp &app : request.apps) {
         if (const CatalogueEntry *entry = index.match(app.description)) {
-            matched.push_back({number, &app, entry});
+            matched.push_back({&app, entry});
             size += entry->replyTail.deflated.size() + 128;
         }
     }
@@ -38,12 +37,12 @@ QByteArray matchReply(const httplib::Request &req, const CatalogueIndex &index, 
     QByteArray &text = reply.text();
     text.append('{');
     bool first = true;
-    for (const auto &[number, app, entry] : matched) {
-        text.append(first ? "\"" : ",\"").append(QByteArray::number(number)).append("\":{\"h\":");
+    for (const auto &[app, entry] : matched) {
+        text.append(first ? "\"" : ",\"").append(QByteArray::number(app->index)).append("\":{\"h\":");
         first = false;
-        JsonText::appendQuoted(text, app->digest);
+        JsonText::appendQuotedBytes(text, app->digest);
         text.append(",\"i\":");
-        JsonText::appendQuoted(text, app->installedVersion);
+        JsonText::appendQuotedBytes(text, app->installedVersion);
         if (!entry->localLinkJson.isEmpty())
             text.append(",\"e1\":").append(baseJson).append(entry->localLinkJson);
         reply.append(entry->replyTail);
@@ -55,9 +54,8 @@ QByteArray matchReply(const httplib::Request &req, const CatalogueIndex &index, 
 void automatch(const httplib::Request &req, httplib::Response &res, ServiceContext &context)
 {
     QString error;
-    // Read where it lies: the request keeps none of the body's bytes.
-    const auto request =
-        AutomatchRequest::parse(QByteArray::fromRawData(req.body.data(), qsizetype(req.body.size())), &error);
+    // Read where it lies: the request points into the body, which outlives it.
+    const auto request = AutomatchRequest::parse(QByteArrayView(req.body.data(), qsizetype(req.body.size())), &error);
     if (!request)
         return Reply::fail(res, 400, error);
     const auto index = context.catalogue.current();

@@ -2,34 +2,23 @@
 
 #include "wire/FormBody.h"
 
+#include <algorithm>
+
 namespace {
 
 constexpr int maxApps = 1000000;
 
-// Sets one field of an app group; false when a URL-encoded value is malformed.
-bool setAppField(AutomatchApp &app, char field, QByteArrayView raw)
+// The app group of that index: the fields of one app come together, in rising order of index, so nearly always the
+// last group or a new one at the end.
+AutomatchApp &appAt(std::vector<AutomatchApp> &apps, int index)
 {
-    switch (field) {
-    case 'p':
-        app.digest = QString::fromUtf8(raw);
-        return true;
-    case 'v':
-        app.installedVersion = QString::fromUtf8(raw);
-        return true;
-    case 'm':
-        // When the app was last opened plays no part in matching; it only has to be well-formed.
-        return Percent::isValid(raw, true);
-    default:
-        break;
-    }
-    auto value = Percent::decode(raw, true);
-    if (!value)
-        return false;
-    AppDescription &description = app.description;
-    (field == 't'   ? description.bundleName
-     : field == 'd' ? description.displayName
-                    : description.bundleId) = std::move(*value);
-    return true;
+    if (apps.empty() || apps.back().index < index)
+        return apps.emplace_back(AutomatchApp{index, {}, {}, {}});
+    if (apps.back().index == index)
+        return apps.back();
+    const auto at = std::lower_bound(apps.begin(), apps.end(), index,
+                                     [](const AutomatchApp &app, int wanted) { return app.index < wanted; });
+    return at != apps.end() && at->index == index ? *at : *apps.insert(at, AutomatchApp{index, {}, {}, {}});
 }
 
 // "app[12][t]" -> 12, 't'; false for any other name.
@@ -56,11 +45,40 @@ bool parseAppFieldName(QByteArrayView name, int *index, char *field)
 
 } // namespace
 
-// The body is read in place: a field's name is decoded only when it holds escapes, and only the values matching
-// needs become texts. A 500-app request is some 3,000 fields, read for every matching request.
-std::optional<AutomatchRequest> AutomatchRequest::parse(const QByteArray &body, QString *error)
+// The body is read in place: a name or a value is decoded only when it holds escapes, and only the head's values
+// become texts. A 500-app request is some 3,000 fields, read for every matching request.
+std::optional<AutomatchRequest> AutomatchRequest::parse(QByteArrayView body, QString *error)
 {
     AutomatchRequest request;
+    // Sets one field of an app group; false when a URL-encoded value is malformed.
+    const auto setAppField = [&request, body](AutomatchApp &app, char field, QByteArrayView raw) {
+        switch (field) {
+        case 'p':
+            app.digest = raw;
+            return true;
+        case 'v':
+            app.installedVersion = raw;
+            return true;
+        case 'm':
+            // When the app was last opened plays no part in matching; it only has to be well-formed.
+            return Percent::isValid(raw, true);
+        default:
+            break;
+        }
+        QByteArrayView value = raw;
+        if (!Percent::isPlainAscii(raw, true)) {
+            const auto decoded = Percent::decodeBytes(raw, true);
+            if (!decoded)
+                return false;
+            if (request.m_decoded.capacity() == 0)
+                request.m_decoded.reserve(body.size()); // nothing decodes longer than it was sent
+            value = QByteArrayView(request.m_decoded.constEnd(), decoded->size());
+            request.m_decoded.append(QByteArrayView(*decoded)); // a copy into the reserved space, never a share
+        }
+        AppDescription &description = app.description;
+        (field == 't' ? description.bundleName : field == 'd' ? description.displayName : description.bundleId) = value;
+        return true;
+    };
     const std::pair<QByteArrayView, QString *> head[] = {{"vld", &request.clientVersion},
                                                          {"c", &request.serial},
                                                          {"uuid", &request.installation},
@@ -69,8 +87,12 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(const QByteArray &body, 
     int lastIndex = -1;
     AutomatchApp *app = nullptr;
     const bool read = Percent::forEachPair(body, [&](QByteArrayView name, QByteArrayView raw) {
+        int index = 0;
+        char field = 0;
+        // An app field's name has no escapes as the program sends it, so it is tried as it stands first.
+        bool isAppField = parseAppFieldName(name, &index, &field);
         QByteArray decodedName;
-        if (!Percent::isPlainAscii(name, true)) {
+        if (!isAppField && !Percent::isPlainAscii(name, true)) {
             auto decoded = Percent::decodeBytes(name, true);
             if (!decoded) {
                 *error = QStringLiteral("bad form encoding");
@@ -78,17 +100,16 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(const QByteArray &body, 
             }
             decodedName = std::move(*decoded);
             name = decodedName;
+            isAppField = parseAppFieldName(name, &index, &field);
         }
-        int index = 0;
-        char field = 0;
-        if (parseAppFieldName(name, &index, &field)) {
+        if (isAppField) {
             if (index >= maxApps) {
                 *error = QStringLiteral("app index out of range: %1").arg(index);
                 return false;
             }
             // The fields of one app come together; look the app up only when the index changes.
             if (index != lastIndex) {
-                app = &request.apps[index];
+                app = &appAt(request.apps, index);
                 lastIndex = index;
             }
             if (!setAppField(*app, field, raw)) {

@@ -4,26 +4,34 @@
 
 #include "catalogue/CatalogueIndex.h"
 
-#include <map>
+#include <QByteArray>
+#include <QString>
 
 #include <optional>
+#include <vector>
 
+// One app group. Its texts point into the request's body, or into the request's own copy of what was URL-encoded:
+// the body must outlive the request.
 struct AutomatchApp
 {
-    AppDescription description;
-    QString digest;           // "p", sent as is
-    QString installedVersion; // "v", sent as is (not URL-encoded)
+    int index = 0;
+    AppDescription description;      // decoded
+    QByteArrayView digest;           // "p", sent as is
+    QByteArrayView installedVersion; // "v", sent as is (not URL-encoded)
 };
 
 struct AutomatchRequest
 {
-    QString clientVersion;            // "vld"
-    QString serial;                   // "c"
-    QString installation;             // "uuid"
-    QString memberId;                 // "mid"
-    QString type;                     // "type"
-    std::map<int, AutomatchApp> apps; // by index, in order
+    QString clientVersion;          // "vld"
+    QString serial;                 // "c"
+    QString installation;           // "uuid"
+    QString memberId;               // "mid"
+    QString type;                   // "type"
+    std::vector<AutomatchApp> apps; // by index, in order; an index sent twice is one app
 
     // Nullopt with a reason when the body is not a well-formed request.
-    static std::optional<AutomatchRequest> parse(const QByteArray &body, QString *error);
+    static std::optional<AutomatchRequest> parse(QByteArrayView body, QString *error);
+
+private:
+    QByteArray m_decoded; // the values that had escapes, decoded; reserved once so that views into it stay put
 };

@@ -2,6 +2,8 @@
 
 #include <QVarLengthArray>
 
+#include <algorithm>
+
 namespace JsonText {
 
 namespace {
@@ -54,6 +56,13 @@ void appendQuoted(QByteArray &out, const QString &text)
         ascii[i] = char(c);
     }
     appendQuotedUtf8(out, QByteArrayView(ascii.constData(), ascii.size()));
+}
+
+void appendQuotedBytes(QByteArray &out, QByteArrayView utf8)
+{
+    if (std::all_of(utf8.begin(), utf8.end(), [](char c) { return uchar(c) < 0x80; }))
+        return appendQuotedUtf8(out, utf8);
+    appendQuoted(out, QString::fromUtf8(utf8));
 }
 
 QByteArray quoted(const QString &text)

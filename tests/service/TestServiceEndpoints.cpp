@@ -58,6 +58,13 @@ private slots:
         const QJsonObject encoded = m_client->automatch("app%5B3%5D%5Bb%5D=com.velmora.sample.reader&app[3][m]=x");
         QCOMPARE(encoded.value(QStringLiteral("3")).toObject().value(QStringLiteral("m")).toString(),
                  QStringLiteral("5005"));
+        // An index sent again later is the same app, its later fields taking over.
+        const QJsonObject split = m_client->automatch(
+            "app[4][b]=com.velmora.sample.reader&app[2][p]=x&app[4][p]=first&app[2][b]=com.velmora.sample.notes&"
+            "app[4][p]=second&app[4][v]=%41");
+        QCOMPARE(split.keys(), (QStringList{QStringLiteral("2"), QStringLiteral("4")}));
+        QCOMPARE(Replies::texts(split.value(QStringLiteral("4")).toObject(), {"h", "i", "m"}),
+                 L({"second", "%41", "5005"}));
     }
 
     void emptyRequestGivesEmptyObject()
@@ -80,6 +87,11 @@ private slots:
         row("file name before display name", "org.example.none", "velmora PAINT.app", "Velmora Clock", "5002");
         row("display name last", "", "Clock2.app", "velmora clock", "5003");
         row("display name with non-ASCII", "", "x.app", "Velmora Notes \xc3\xa9", "");
+        row("bundle id padded with white space", " \tcom.velmora.sample.notes\n ", "", "", "5001");
+        row("non-ASCII that folds to ASCII (long s)",
+            "COM.velmora.\xc5\xbf"
+            "ample.notes",
+            "", "", "5001");
     }
 
     void matchingPriority()

@@ -180,7 +180,7 @@ private slots:
         entries.push_back(entry("15", "{'name':'E','bundle_ids':['com.example.tool']}"));
         entries.push_back(entry("14", "{'name':'D','bundle_ids':['com.example.tool']}"));
         const CatalogueIndex index(std::move(entries));
-        const CatalogueEntry *match = index.match({bundleId, {}, {}});
+        const CatalogueEntry *match = index.match({bundleId.toUtf8(), {}, {}});
         QVERIFY(match);
         QCOMPARE(match->id, expected);
     }
