@@ -1,6 +1,6 @@
 // The service's reader of form bodies, which every POST from the program goes through: whatever the bytes, each
 // field reads raw, decoded and to the end of the body; and a value that decodes comes back the same after the
-// program's own percent-encoding.
+// program's own percent-encoding; and a value is called valid exactly when it decodes.
 
 #include "FuzzEnvironment.h"
 #include "wire/FormBody.h"
@@ -36,6 +36,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         form->rawToEnd(field.name);
         const std::optional<QString> value = form->decoded(field.name);
         if (value && Percent::decode(QUrl::toPercentEncoding(*value), true) != value) {
+            std::abort();
+        }
+        if (Percent::isValid(field.raw, true) != Percent::decode(field.raw, true).has_value()) {
             std::abort();
         }
     }

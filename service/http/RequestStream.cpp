@@ -2,9 +2,12 @@
 
 #include <poll.h>
 #include <sys/socket.h>
+#include <sys/uio.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <string_view>
 #include <utility>
 
 RequestStream::RequestStream(const FrontConnection &connection, std::string head,
@@ -45,32 +48,48 @@ ssize_t RequestStream::write(const char *ptr, size_t size)
         m_heldHead.assign(ptr, size);
         return ssize_t(size);
     }
-    // A body small enough to copy goes out in the same send as the head; a large one follows it.
-    constexpr size_t joinedLimit = 64 * 1024;
-    if (!m_heldHead.empty() && size <= joinedLimit) {
-        m_heldHead.append(ptr, size);
-        return flush() ? ssize_t(size) : -1;
-    }
-    return flush() && sendAll(ptr, size) ? ssize_t(size) : -1;
+    // The held head goes out in the same call as this part of the body.
+    const std::string held = std::exchange(m_heldHead, std::string());
+    return sendAll(held, std::string_view(ptr, size)) ? ssize_t(size) : -1;
 }
 
 bool RequestStream::flush()
 {
     const std::string held = std::exchange(m_heldHead, std::string());
-    return sendAll(held.data(), held.size());
+    return sendAll(held, {});
 }
 
-bool RequestStream::sendAll(const char *ptr, size_t size)
+bool RequestStream::sendAll(std::string_view first, std::string_view second)
 {
-    size_t written = 0;
-    while (written < size) {
-        const ssize_t sent = ::send(m_connection.fd, ptr + written, size - written, MSG_DONTWAIT | MSG_NOSIGNAL);
-        if (sent > 0)
-            written += size_t(sent);
-        else if ((sent < 0 && errno != EAGAIN && errno != EINTR) || !waitWritable())
+    iovec parts[] = {{const_cast<char *>(first.data()), first.size()},
+                     {const_cast<char *>(second.data()), second.size()}};
+    iovec *next = parts;
+    const iovec *const end = parts + 2;
+    for (;;) {
+        while (next != end && next->iov_len == 0)
+            ++next;
+        if (next == end)
+            return true;
+        msghdr message{};
+        message.msg_iov = next;
+        message.msg_iovlen = size_t(end - next);
+        ssize_t sent = ::sendmsg(m_connection.fd, &message, MSG_DONTWAIT | MSG_NOSIGNAL);
+        if (sent < 0 && errno != EAGAIN && errno != EINTR)
             return false;
+        if (sent <= 0) {
+            if (!waitWritable())
+                return false;
+            continue;
+        }
+        for (; sent > 0; ++next) {
+            const size_t taken = std::min(size_t(sent), next->iov_len);
+            next->iov_base = static_cast<char *>(next->iov_base) + taken;
+            next->iov_len -= taken;
+            sent -= ssize_t(taken);
+            if (next->iov_len > 0)
+                break;
+        }
     }
-    return true;
 }
 
 bool RequestStream::waitWritable() const

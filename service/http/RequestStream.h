@@ -27,7 +27,8 @@ public:
 
 private:
     bool waitWritable() const;
-    bool sendAll(const char *ptr, size_t size);
+    // Both parts in order, in as few calls as the socket takes them.
+    bool sendAll(std::string_view first, std::string_view second);
 
     const FrontConnection &m_connection;
     const std::string m_head;

@@ -66,8 +66,25 @@ std::optional<QByteArray> decodeBytes(QByteArrayView bytes, bool plusIsSpace)
 
 bool isValid(QByteArrayView bytes, bool plusIsSpace)
 {
+    // Escapes of ASCII need only their digits checked; a text with anything else is decoded for its UTF-8 check.
+    qsizetype i = 0;
+    for (; i < bytes.size(); ++i) {
+        const uchar c = uchar(bytes[i]);
+        if (c >= 0x80)
+            break;
+        if (c != '%')
+            continue;
+        const int high = i + 2 < bytes.size() ? hexValue(uchar(bytes[i + 1])) : -1;
+        if (high < 0 || hexValue(uchar(bytes[i + 2])) < 0)
+            return false;
+        if (high >= 8)
+            break;
+        i += 2;
+    }
+    if (i >= bytes.size())
+        return true;
     QVarLengthArray<char, 256> buffer;
-    return isPlainAscii(bytes, plusIsSpace) || unescaped(bytes, plusIsSpace, buffer);
+    return unescaped(bytes, plusIsSpace, buffer).has_value();
 }
 
 } // namespace Percent
