@@ -32,6 +32,12 @@ CatalogueCache::CatalogueCache(CatalogueStore &store, QString filesDir)
 
 std::shared_ptr<const CatalogueIndex> CatalogueCache::current()
 {
+    const auto askedAt = std::chrono::steady_clock::now();
+    {
+        std::lock_guard lock(m_mutex);
+        if (m_index && askedAt - m_askedAt < revisionReuse)
+            return m_index;
+    }
     const qint64 revision = m_store.revision();
     std::lock_guard lock(m_mutex);
     if (!m_index || revision != m_revision) {
@@ -45,6 +51,8 @@ std::shared_ptr<const CatalogueIndex> CatalogueCache::current()
         m_index = std::move(index);
         m_revision = revision;
     }
+    if (!StorageFault::occurred())
+        m_askedAt = std::max(m_askedAt, askedAt);
     return m_index;
 }
 

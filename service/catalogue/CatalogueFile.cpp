@@ -1,5 +1,6 @@
 #include "catalogue/CatalogueFile.h"
 
+#include "catalogue/CatalogueCache.h"
 #include "catalogue/PublicCatalogueMapping.h"
 #include "catalogue/RecordFields.h"
 
@@ -9,6 +10,7 @@
 #include <QRegularExpression>
 
 #include <cmath>
+#include <thread>
 
 namespace {
 
@@ -212,7 +214,11 @@ ImportSummary importFile(CatalogueStore &store, const QString &path)
     const auto import = read(path, &error);
     if (!import)
         return {0, 0, 0, error};
-    return store.importCatalogue(*import);
+    const ImportSummary summary = store.importCatalogue(*import);
+    // A running process may go on matching against the revision it asked for until revisionReuse has passed.
+    if (summary.error.isEmpty())
+        std::this_thread::sleep_for(CatalogueCache::revisionReuse);
+    return summary;
 }
 
 } // namespace CatalogueFile

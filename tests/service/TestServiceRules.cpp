@@ -1,11 +1,15 @@
 // The service's rules that are easier to pin down without HTTP: decoding, the catalogue mapping, match
-// ranking and the password box.
+// ranking, the catalogue in memory after an import, and the password box.
 
+#include "catalogue/CatalogueCache.h"
 #include "catalogue/CatalogueFile.h"
 #include "catalogue/CatalogueIndex.h"
 #include "catalogue/PublicCatalogueMapping.h"
 #include "members/SecretBox.h"
+#include "storage/OpenStorage.h"
+#include "storage/Schema.h"
 #include "support/DataTable.h"
+#include "support/PlistFiles.h"
 #include "support/TestMain.h"
 #include "wire/FormBody.h"
 #include "wire/PathSegments.h"
@@ -14,6 +18,7 @@
 
 #include <QJsonArray>
 #include <QJsonDocument>
+#include <QTemporaryDir>
 
 namespace {
 
@@ -183,6 +188,25 @@ private slots:
         const CatalogueEntry *match = index.match({bundleId.toUtf8(), {}, {}});
         QVERIFY(match);
         QCOMPARE(match->id, expected);
+    }
+
+    // Each process keeps its catalogue for a while without asking the store; an import has waited that out by the
+    // time it reports, so the other process's next request sees it.
+    void importSeenByAnotherProcessRightAway()
+    {
+        QTemporaryDir dir;
+        QString error;
+        const auto db = openDatabase(dir.filePath(QStringLiteral("service.sqlite")), std::chrono::seconds(1), &error);
+        QVERIFY2(db, qPrintable(error));
+        QVERIFY2(Schema::migrate(*db, &error), qPrintable(error));
+        const auto storage = storageOver(db);
+        CatalogueCache otherProcess(*storage->catalogue, QString());
+        QVERIFY(!otherProcess.current()->match({"org.example.zeta", {}, {}}));
+        const QString path = dir.filePath(QStringLiteral("more.json"));
+        QVERIFY(PlistFiles::writeFile(
+            path, R"([{"name":"Zeta Tool","key":"zeta","current_version":"1.2","bundle_ids":["org.example.zeta"]}])"));
+        QVERIFY(CatalogueFile::importFile(*storage->catalogue, path).error.isEmpty());
+        QVERIFY(otherProcess.current()->match({"org.example.zeta", {}, {}}));
     }
 
     void secretBox()
