@@ -8,17 +8,42 @@ namespace {
 
 constexpr int maxApps = 1000000;
 
-// The app group of that index: the fields of one app come together, in rising order of index, so nearly always the
-// last group or a new one at the end.
-AutomatchApp &appAt(std::vector<AutomatchApp> &apps, int index)
+constexpr QByteArrayView keptFields = "btdpv";
+
+QByteArrayView &fieldOf(AutomatchApp &app, char field)
 {
-    if (apps.empty() || apps.back().index < index)
-        return apps.emplace_back(AutomatchApp{index, {}, {}, {}});
-    if (apps.back().index == index)
-        return apps.back();
-    const auto at = std::lower_bound(apps.begin(), apps.end(), index,
-                                     [](const AutomatchApp &app, int wanted) { return app.index < wanted; });
-    return at != apps.end() && at->index == index ? *at : *apps.insert(at, AutomatchApp{index, {}, {}, {}});
+    switch (field) {
+    case 'b':
+        return app.description.bundleId;
+    case 't':
+        return app.description.bundleName;
+    case 'd':
+        return app.description.displayName;
+    case 'p':
+        return app.digest;
+    default:
+        return app.installedVersion;
+    }
+}
+
+// Groups in index order, an index sent in several places joined into one group whose later fields win.
+void joinByIndex(std::vector<AutomatchApp> &apps)
+{
+    std::stable_sort(apps.begin(), apps.end(), [](const auto &a, const auto &b) { return a.index < b.index; });
+    auto joined = apps.begin();
+    for (auto next = apps.begin(); next != apps.end(); ++next) {
+        if (joined == apps.begin() || std::prev(joined)->index != next->index) {
+            *joined++ = *next;
+            continue;
+        }
+        AutomatchApp &into = *std::prev(joined);
+        for (qsizetype bit = 0; bit < keptFields.size(); ++bit) {
+            if (next->fieldsSent & (1u << bit))
+                fieldOf(into, keptFields[bit]) = fieldOf(*next, keptFields[bit]);
+        }
+        into.fieldsSent |= next->fieldsSent;
+    }
+    apps.erase(joined, apps.end());
 }
 
 // "app[12][t]" -> 12, 't'; false for any other name.
@@ -52,21 +77,13 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(QByteArrayView body, QSt
     AutomatchRequest request;
     // Sets one field of an app group; false when a URL-encoded value is malformed.
     const auto setAppField = [&request, body](AutomatchApp &app, char field, QByteArrayView raw) {
-        switch (field) {
-        case 'p':
-            app.digest = raw;
-            return true;
-        case 'v':
-            app.installedVersion = raw;
-            return true;
-        case 'm':
+        if (field == 'm') {
             // When the app was last opened plays no part in matching; it only has to be well-formed.
             return Percent::isValid(raw, true);
-        default:
-            break;
         }
         QByteArrayView value = raw;
-        if (!Percent::isPlainAscii(raw, true)) {
+        // The digest and the installed version are sent as they are; the rest is URL-encoded.
+        if (field != 'p' && field != 'v' && !Percent::isPlainAscii(raw, true)) {
             const auto decoded = Percent::decodeBytes(raw, true);
             if (!decoded)
                 return false;
@@ -75,8 +92,8 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(QByteArrayView body, QSt
             value = QByteArrayView(request.m_decoded.constEnd(), decoded->size());
             request.m_decoded.append(QByteArrayView(*decoded)); // a copy into the reserved space, never a share
         }
-        AppDescription &description = app.description;
-        (field == 't' ? description.bundleName : field == 'd' ? description.displayName : description.bundleId) = value;
+        fieldOf(app, field) = value;
+        app.fieldsSent |= 1u << keptFields.indexOf(field);
         return true;
     };
     const std::pair<QByteArrayView, QString *> head[] = {{"vld", &request.clientVersion},
@@ -85,6 +102,7 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(QByteArrayView body, QSt
                                                          {"mid", &request.memberId},
                                                          {"type", &request.type}};
     int lastIndex = -1;
+    bool inOrder = true;
     AutomatchApp *app = nullptr;
     const bool read = Percent::forEachPair(body, [&](QByteArrayView name, QByteArrayView raw) {
         int index = 0;
@@ -107,9 +125,12 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(QByteArrayView body, QSt
                 *error = QStringLiteral("app index out of range: %1").arg(index);
                 return false;
             }
-            // The fields of one app come together; look the app up only when the index changes.
+            // The fields of one app come together, in rising order of index; an index out of that order is joined
+            // with its earlier groups at the end.
             if (index != lastIndex) {
-                app = &appAt(request.apps, index);
+                inOrder = inOrder && index > lastIndex;
+                app = &request.apps.emplace_back();
+                app->index = index;
                 lastIndex = index;
             }
             if (!setAppField(*app, field, raw)) {
@@ -136,5 +157,7 @@ std::optional<AutomatchRequest> AutomatchRequest::parse(QByteArrayView body, QSt
     });
     if (!read)
         return std::nullopt;
+    if (!inOrder)
+        joinByIndex(request.apps);
     return request;
 }

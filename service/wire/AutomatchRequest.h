@@ -18,6 +18,7 @@ struct AutomatchApp
     AppDescription description;      // decoded
     QByteArrayView digest;           // "p", sent as is
     QByteArrayView installedVersion; // "v", sent as is (not URL-encoded)
+    unsigned fieldsSent = 0;         // a bit for each of b, t, d, p and v, for joining an index sent twice
 };
 
 struct AutomatchRequest
